@@ -1,0 +1,42 @@
+#pragma once
+
+#include <zuSystem/zuIoDevice.h>
+
+#include <cstdio>
+#include <string>
+
+namespace zu {
+
+// A file on disk, opened by UTF-8 path, with 64-bit offsets.
+class zuFileIoDevice : public zuIoDevice {
+public:
+    enum OpenMode {
+        ReadOnly,  // existing file, reading
+        WriteOnly, // created or truncated, writing
+        ReadWrite, // existing file, reading and writing
+        Append     // created if missing, writing at the end
+    };
+
+    zuFileIoDevice() = default;
+    // Opens at once; isOpen() and isError() tell the outcome.
+    zuFileIoDevice(const std::string& pathUtf8, OpenMode mode);
+    ~zuFileIoDevice() override;
+
+    bool open(const std::string& pathUtf8, OpenMode mode);
+    void close();
+    const std::string& path() const { return mPath; }
+
+    int64_t read(void* destination, int64_t size) override;
+    int64_t write(const void* source, int64_t size) override;
+    bool seek(int64_t offset, SeekOrigin origin = SeekSet) override;
+    int64_t pos() const override;
+    int64_t size() const override;
+    bool isOpen() const override { return mFile != nullptr; }
+    bool flush() override;
+
+private:
+    std::FILE* mFile = nullptr;
+    std::string mPath;
+};
+
+} // namespace zu

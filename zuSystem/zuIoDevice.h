@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdint>
+
+namespace zu {
+
+// A byte device: read, write, seek, position, size and a sticky error state.
+// Offsets are 64-bit. A failed operation sets the error state; clearError() resets it.
+class zuIoDevice {
+public:
+    enum SeekOrigin { SeekSet, SeekCur, SeekEnd };
+
+    virtual ~zuIoDevice() = default;
+
+    // Return the number of bytes transferred (0..size), or -1 on failure.
+    virtual int64_t read(void* destination, int64_t size) = 0;
+    virtual int64_t write(const void* source, int64_t size) = 0;
+    // Moves the position; false (and the error state) when the target is invalid.
+    virtual bool seek(int64_t offset, SeekOrigin origin = SeekSet) = 0;
+    virtual int64_t pos() const = 0;
+    // The total size in bytes, or -1 when the device cannot tell (a pipe).
+    virtual int64_t size() const = 0;
+    virtual bool isOpen() const = 0;
+    virtual bool flush() { return true; }
+
+    bool isError() const { return mError; }
+    void setError() { mError = true; }
+    void clearError() { mError = false; }
+
+private:
+    bool mError = false;
+};
+
+} // namespace zu

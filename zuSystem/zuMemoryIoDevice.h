@@ -1,0 +1,30 @@
+#pragma once
+
+#include <zuSystem/zuIoDevice.h>
+
+#include <vector>
+
+namespace zu {
+
+// A device over a byte vector it owns: writes grow it, reads stop at its end.
+class zuMemoryIoDevice : public zuIoDevice {
+public:
+    zuMemoryIoDevice() = default;
+    explicit zuMemoryIoDevice(std::vector<char> bytes);
+
+    const std::vector<char>& data() const { return mBytes; }
+    std::vector<char>& data() { return mBytes; }
+
+    int64_t read(void* destination, int64_t size) override;
+    int64_t write(const void* source, int64_t size) override;
+    bool seek(int64_t offset, SeekOrigin origin = SeekSet) override;
+    int64_t pos() const override { return mPosition; }
+    int64_t size() const override { return static_cast<int64_t>(mBytes.size()); }
+    bool isOpen() const override { return true; }
+
+private:
+    std::vector<char> mBytes;
+    int64_t mPosition = 0;
+};
+
+} // namespace zu
