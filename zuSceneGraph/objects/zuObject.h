@@ -1,0 +1,88 @@
+#pragma once
+
+#include <zuSceneGraph/objects/zuPointer.h>
+#include <zuSceneGraph/objects/zuRttiInterface.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace zu {
+
+class zuController;
+class zuMutex;
+
+// The base of every shared or persistable object: identity, reference count, and the
+// name and controllers that concrete classes keep.
+class zuObject : public zuRttiInterface {
+public:
+    static const zuRtti TYPE;
+
+    using LockFunction = bool (*)();
+    using UnlockFunction = void (*)();
+
+    ~zuObject() override = default;
+
+    const zuRtti& GetType() const override { return TYPE; }
+    void IncrementReferences() const override { ++mReferences; }
+    void DecrementReferences() const override;
+    int GetReferences() const override { return static_cast<int>(mReferences); }
+    void Load(zuBaseStream& stream, zuLink* link) override;
+    void Link(zuBaseStream& stream, zuLink* link) override;
+    bool Register(zuBaseStream& stream) const override;
+    void Save(zuBaseStream& stream) const override;
+    int GetDiskUsed(const zuBaseStream& stream) const override;
+    bool Equals(const zuRttiInterface* other) const override;
+    bool Clone(zuRttiInterface*& target) const override;
+
+    virtual zuObject* GetObjectByName(const std::string& name);
+    virtual void GetAllObjectsByName(const std::string& name, std::vector<zuObject*>& objects);
+    virtual zuObject* GetObjectByID(unsigned int id);
+    virtual int GetControllerQuantity() const = 0;
+    virtual zuController* GetController(int i) const = 0;
+    virtual void SetControllerQuantity(int quantity) = 0;
+    virtual void SetController(int i, zuController* controller) = 0;
+    virtual bool AttachController(zuController* controller) = 0;
+    virtual void DetachController(zuController* controller) = 0;
+    virtual void DetachAllControllers() = 0;
+    virtual void SetName(const std::string& name) = 0;
+    virtual const std::string& GetName() const = 0;
+    // A developer's trace: appends "debug type N address" to D:/log.txt.
+    virtual void debugObject(int type) const;
+
+    unsigned int GetID() const { return mID; }
+    void ClearReferences() { mReferences = 0; }
+    // Copying is not supported at this level: the result is empty.
+    zuPointer<zuObject> Copy(bool unique) const;
+    // Updates every attached controller for `time`; true when any of them changed something.
+    bool UpdateControllers(double time);
+
+    static unsigned int GetNextID() { return ms_uiNextID; }
+    // Identifier assignment policies: no-op lock (the default), the library mutex, none.
+    static void setDefaultLockFunctions();
+    static void setMutexLockFunctions();
+    static void setNoLockFunctions();
+    // The library mutex, created by the library start and deleted by its end.
+    static void createLibraryMutex();
+    static void destroyLibraryMutex();
+    static zuMutex* libraryMutex();
+
+protected:
+    zuObject();
+    // A copy is a new object: it takes a new identifier and starts unreferenced.
+    zuObject(const zuObject& other);
+    zuObject& operator=(const zuObject&) { return *this; }
+
+private:
+    unsigned int mID;
+    mutable uint32_t mReferences;
+
+    static unsigned int ms_uiNextID;
+    static LockFunction mLockFunction;
+    static UnlockFunction mUnlockFunction;
+};
+
+// A shared, empty name for classes that carry none.
+const std::string& zuEmptyName();
+
+} // namespace zu

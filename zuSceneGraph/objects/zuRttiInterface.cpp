@@ -1,0 +1,110 @@
+#include <zuSceneGraph/objects/zuRttiInterface.h>
+
+#include <zuSceneGraph/stream/zuBaseStream.h>
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <unordered_map>
+
+namespace zu {
+
+const zuRtti zuRttiInterface::TYPE("zuCore.zuRttiInterface", nullptr);
+
+namespace {
+
+// Filled at library start before any worker thread runs, then only read.
+std::unique_ptr<std::unordered_map<std::string, zuRttiInterface::FactoryFunction>> factories;
+
+} // namespace
+
+bool zuRttiInterface::CreateFactoryMap()
+{
+    if (factories)
+        return false;
+    factories = std::make_unique<std::unordered_map<std::string, FactoryFunction>>();
+    return true;
+}
+
+void zuRttiInterface::DestroyFactoryMap()
+{
+    factories.reset();
+}
+
+bool zuRttiInterface::RegisterFactoryFunction(const std::string& name, FactoryFunction factory)
+{
+    if (!factories)
+        CreateFactoryMap();
+    return factories->emplace(name, factory).second;
+}
+
+void zuRttiInterface::UnregisterFactoryFunction(const std::string& name)
+{
+    if (factories)
+        factories->erase(name);
+}
+
+zuRttiInterface::FactoryFunction zuRttiInterface::GetFactory(const std::string& name)
+{
+    if (!factories)
+        return nullptr;
+    auto entry = factories->find(name);
+    return entry == factories->end() ? nullptr : entry->second;
+}
+
+std::vector<std::string> zuRttiInterface::GetFactoryNames()
+{
+    std::vector<std::string> names;
+    if (factories)
+        for (const auto& entry : *factories)
+            names.push_back(entry.first);
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+bool zuRttiInterface::Register(zuBaseStream& stream) const
+{
+    return stream.registerObject(this);
+}
+
+int zuRttiInterface::GetDiskUsed(const zuBaseStream& stream) const
+{
+    const int nameLength = static_cast<int>(std::strlen(GetType().GetName()));
+    return nameLength + (stream.GetVersion() >= zuStreamVersion(6, 0) ? 16 : 12);
+}
+
+void zuRttiInterface::Save(zuBaseStream& stream) const
+{
+    stream.Write(GetType().GetName());
+    if (stream.GetVersion() >= zuStreamVersion(6, 0))
+        stream.Write(GetDiskUsed(stream));
+    stream.Write(this);
+}
+
+void zuRttiInterface::Load(zuBaseStream& stream, zuLink* link)
+{
+    if (stream.GetVersion() >= zuStreamVersion(6, 0)) {
+        int recordSize = 0;
+        stream.Read(recordSize);
+        stream.mRecordSize = recordSize > 0 ? static_cast<uint64_t>(recordSize) : 0;
+    }
+    uint64_t identifier = 0;
+    stream.readValues(&identifier, 8, 1);
+    stream.registerLink(identifier, link);
+}
+
+void zuRttiInterface::Link(zuBaseStream&, zuLink*)
+{
+}
+
+bool zuRttiInterface::Equals(const zuRttiInterface* other) const
+{
+    return other && other->IsDerived(zuRttiInterface::TYPE);
+}
+
+bool zuRttiInterface::Clone(zuRttiInterface*& target) const
+{
+    return target && target->IsDerived(zuRttiInterface::TYPE);
+}
+
+} // namespace zu

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <zuSceneGraph/objects/zuRtti.h>
+
+#include <string>
+#include <vector>
+
+namespace zu {
+
+class zuBaseStream;
+class zuLink;
+
+// The abstract root of every persistable class: its type record, reference counting and
+// the persistence operations of the object stream. It holds no data of its own.
+class zuRttiInterface {
+public:
+    using FactoryFunction = zuRttiInterface* (*)(zuBaseStream&);
+
+    static const zuRtti TYPE;
+
+    // The virtual operations keep this slot order; subclasses add theirs after them.
+    virtual ~zuRttiInterface() = default;
+    virtual const zuRtti& GetType() const { return TYPE; }
+    virtual void IncrementReferences() const {}
+    virtual void DecrementReferences() const {}
+    virtual int GetReferences() const { return 0; }
+    // Reads the record size (from 6.0), the saved identity, and registers the link.
+    virtual void Load(zuBaseStream& stream, zuLink* link);
+    virtual void Link(zuBaseStream& stream, zuLink* link);
+    virtual bool PostLink() { return true; }
+    // Registers this object with the stream; false when it was registered already.
+    virtual bool Register(zuBaseStream& stream) const;
+    // Writes the type name, the record size (from 6.0) and the identity.
+    virtual void Save(zuBaseStream& stream) const;
+    // The exact byte count of the whole record that Save writes.
+    virtual int GetDiskUsed(const zuBaseStream& stream) const;
+    virtual bool Equals(const zuRttiInterface* other) const;
+    virtual bool Clone(zuRttiInterface*& target) const;
+
+    bool IsExactly(const zuRtti& type) const { return &GetType() == &type; }
+    bool IsDerived(const zuRtti& type) const { return GetType().IsDerived(type); }
+
+    // The process-wide factory registry: persisted type name -> factory.
+    static bool CreateFactoryMap();
+    static void DestroyFactoryMap();
+    // Keeps the first factory of a name: a second registration returns false.
+    static bool RegisterFactoryFunction(const std::string& name, FactoryFunction factory);
+    static void UnregisterFactoryFunction(const std::string& name);
+    static FactoryFunction GetFactory(const std::string& name);
+    // The registered type names in sorted order (for tools that visit every class).
+    static std::vector<std::string> GetFactoryNames();
+};
+
+} // namespace zu

@@ -1,0 +1,592 @@
+#include <zuSceneGraph/stream/zuBaseStream.h>
+
+#include <zuSceneGraph/objects/zuRttiInterface.h>
+#include <zuSceneGraph/stream/zuDataStreamLoader.h>
+#include <zuSceneGraph/stream/zuRttiCustomInformation.h>
+
+#include <zuSystem/zuProgressNotifierInterface.h>
+
+#include <algorithm>
+#include <bit>
+#include <cstdio>
+#include <iostream>
+
+namespace zu {
+
+const char* const zuBaseStream::IMAGE_CATALOG_KEY = "StreamImgCatalog";
+const char* const zuBaseStream::TOP_LEVEL_MARKER = "Top Level";
+
+namespace {
+
+// Puts values that were copied as raw little-endian bytes into host order.
+void toHostOrder(void* values, int size, uint64_t count)
+{
+    if constexpr (std::endian::native != std::endian::little) {
+        char* bytes = static_cast<char*>(values);
+        for (uint64_t i = 0; i < count; ++i)
+            std::reverse(bytes + i * size, bytes + (i + 1) * size);
+    } else {
+        (void)values, (void)size, (void)count;
+    }
+}
+
+} // namespace
+
+zuBaseStream::zuBaseStream(zuCatalog<zuImage>* catalog)
+{
+    mParameters[IMAGE_CATALOG_KEY] = zuVariant(static_cast<void*>(catalog));
+}
+
+zuBaseStream::~zuBaseStream()
+{
+    RemoveAllToLevel();
+    deleteLinks();
+    clearCustomInformations();
+}
+
+zuCatalog<zuImage>* zuBaseStream::GetImageCatalog() const
+{
+    return static_cast<zuCatalog<zuImage>*>(mParameters.value(IMAGE_CATALOG_KEY).toPointer());
+}
+
+// ---------------------------------------------------------------------------------------
+// Top-level list
+
+bool zuBaseStream::InsertTopLevel(zuRttiInterface* object)
+{
+    if (!object || !mTopLevelSet.insert(object).second)
+        return false;
+    mTopLevel.push_back(object);
+    object->IncrementReferences();
+    return true;
+}
+
+bool zuBaseStream::RemoveTopLevel(zuRttiInterface* object)
+{
+    if (!object || mTopLevelSet.erase(object) == 0)
+        return false;
+    mTopLevel.erase(std::find(mTopLevel.begin(), mTopLevel.end(), object));
+    object->DecrementReferences();
+    return true;
+}
+
+void zuBaseStream::RemoveAllToLevel()
+{
+    std::vector<zuRttiInterface*> objects;
+    objects.swap(mTopLevel);
+    mTopLevelSet.clear();
+    for (zuRttiInterface* object : objects)
+        object->DecrementReferences();
+}
+
+zuRttiInterface* zuBaseStream::GetObjectAt(int i) const
+{
+    if (i < 0 || i >= GetObjectCount())
+        return nullptr;
+    return mTopLevel[static_cast<size_t>(i)];
+}
+
+// ---------------------------------------------------------------------------------------
+// Saving
+
+bool zuBaseStream::registerObject(const zuRttiInterface* object)
+{
+    if (!mRegistered.insert(object).second)
+        return false;
+    mOrdered.push_back(object);
+    return true;
+}
+
+void zuBaseStream::clearObjectMap()
+{
+    mRegistered.clear();
+    mOrdered.clear();
+    mReferences.clear();
+}
+
+void zuBaseStream::registerTopLevel()
+{
+    clearObjectMap();
+    clearCustomInformations();
+    for (zuRttiInterface* object : mTopLevel)
+        object->Register(*this);
+}
+
+uint64_t zuBaseStream::computeSaveSize() const
+{
+    uint64_t total = static_cast<uint64_t>(TOP_LEVEL_MARKER_LENGTH + 4) * mTopLevel.size();
+    for (const zuRttiInterface* object : mOrdered)
+        total += static_cast<uint64_t>(object->GetDiskUsed(*this));
+    return total;
+}
+
+bool zuBaseStream::writeRecords()
+{
+    for (const zuRttiInterface* object : mOrdered) {
+        if (mStreamError)
+            return false;
+        if (IsTopLevel(object))
+            Write(TOP_LEVEL_MARKER);
+        object->Save(*this);
+        if (mProgress) {
+            mProgress->step(1);
+            if (mProgress->isCancelRequested())
+                return false;
+        }
+    }
+    return !mStreamError;
+}
+
+namespace {
+
+void reportBufferNotFilled(uint64_t written, uint64_t expected)
+{
+    std::cerr << "The buffer is not exactly filled : " << written << "/" << expected
+              << " bytes written regarding bytes to be written\n"
+              << " This is an indication that some"
+              << " class is either incorrectly reporting the number of disk bytes"
+              << " used (via the GetDiskUsed function) or incorrectly writing the"
+              << " member data to disk.\n";
+}
+
+} // namespace
+
+bool zuBaseStream::Save(char*& buffer, unsigned long& size)
+{
+    mStreamError = false;
+    registerTopLevel();
+    const uint64_t total = computeSaveSize();
+    char* data = total ? new char[total] : nullptr;
+    resetBufferState();
+    setWindow(data, 0, total);
+    const bool complete = writeRecords();
+    const uint64_t written = GetOffset() + mOverflow;
+    resetBufferState();
+    if (written != total && complete) {
+        reportBufferNotFilled(written, total);
+        delete[] data;
+        return false;
+    }
+    if (!complete) {
+        delete[] data;
+        return false;
+    }
+    buffer = data;
+    size = total;
+    return true;
+}
+
+unsigned long zuBaseStream::initializeClientBufferSave()
+{
+    mStreamError = false;
+    registerTopLevel();
+    return computeSaveSize();
+}
+
+bool zuBaseStream::finalizeClientBufferSave(char* buffer, int size)
+{
+    const uint64_t total = computeSaveSize();
+    resetBufferState();
+    setWindow(buffer, 0, size > 0 ? static_cast<uint64_t>(size) : 0);
+    const bool complete = writeRecords();
+    const uint64_t written = GetOffset() + mOverflow;
+    resetBufferState();
+    if (!complete)
+        return false;
+    if (written != total || static_cast<uint64_t>(std::max(size, 0)) != total) {
+        reportBufferNotFilled(written, total);
+        return false;
+    }
+    return true;
+}
+
+void zuBaseStream::resetBufferState()
+{
+    mBuffer = nullptr;
+    mWindowStart = 0;
+    mWindowEnd = 0;
+    mPosition = 0;
+    mDataEnd = 0;
+    mOverflow = 0;
+}
+
+// ---------------------------------------------------------------------------------------
+// Loading
+
+zuLink* zuBaseStream::newLink(zuRttiInterface* object)
+{
+    if ((mLinkCount & (LINK_CHUNK_SIZE - 1)) == 0 && (mLinkCount >> LINK_CHUNK_SHIFT) == mLinkChunks.size())
+        mLinkChunks.emplace_back(new zuLink[LINK_CHUNK_SIZE]);
+    zuLink* link = linkAt(mLinkCount++);
+    link->setObject(object);
+    // The link holds the new object until the load ends, so that an object nobody
+    // references (its referrer was skipped, or the data broke) is freed, not leaked.
+    object->IncrementReferences();
+    return link;
+}
+
+void zuBaseStream::deleteLinks()
+{
+    const size_t count = mLinkCount;
+    std::vector<std::unique_ptr<zuLink[]>> chunks;
+    chunks.swap(mLinkChunks);
+    mLinkCount = 0;
+    for (size_t i = 0; i < count; ++i) {
+        zuLink& link = chunks[i >> LINK_CHUNK_SHIFT][i & (LINK_CHUNK_SIZE - 1)];
+        if (zuRttiInterface* object = link.getObject())
+            object->DecrementReferences();
+    }
+}
+
+void zuBaseStream::registerLink(uint64_t identifier, zuLink* link)
+{
+    mReferences[identifier].object = link->getObject();
+}
+
+void zuBaseStream::addObjectReference(zuLink* link, uint64_t identifier)
+{
+    link->addInterface(identifier);
+    ++mReferences[identifier].pending;
+}
+
+void zuBaseStream::ReadLink(zuLink* link)
+{
+    uint64_t identifier = 0;
+    readValues(&identifier, 8, 1);
+    addObjectReference(link, identifier);
+}
+
+zuRttiInterface* zuBaseStream::getFromMapAndRemove(uint64_t identifier)
+{
+    auto entry = mReferences.find(identifier);
+    if (entry == mReferences.end())
+        return nullptr;
+    zuRttiInterface* object = entry->second.object;
+    if (entry->second.pending <= 1)
+        mReferences.erase(entry);
+    else
+        --entry->second.pending;
+    return object;
+}
+
+void zuBaseStream::removeUnreferencedObjects()
+{
+    std::erase_if(mReferences, [](const auto& entry) { return entry.second.pending == 0; });
+}
+
+bool zuBaseStream::Load(char* buffer, unsigned long size)
+{
+    clearObjectMap();
+    RemoveAllToLevel();
+    clearCustomInformations();
+    mStreamError = false;
+    resetBufferState();
+    setWindow(buffer, 0, buffer ? size : 0);
+    setDataEnd(buffer ? size : 0);
+    loadRecords(false);
+    finishLoad();
+    clearObjectMap();
+    resetBufferState();
+    return waitForStreamLoaderEnd() && !mStreamError;
+}
+
+void zuBaseStream::loadRecords(bool detailedFactoryMessage)
+{
+    std::string name;
+    mRecordType.clear();
+    while (!mStreamError && GetRemaining() > 0) {
+        mRecordStart = GetOffset();
+        mRecordSize = 0;
+        Read(name);
+        const bool topLevel = name == TOP_LEVEL_MARKER;
+        if (topLevel) {
+            mRecordStart = GetOffset();
+            Read(name);
+        }
+        if (mStreamError)
+            break;
+        mRecordType = name;
+        const zuRttiInterface::FactoryFunction factory = zuRttiInterface::GetFactory(name);
+        if (factory) {
+            zuRttiInterface* object = factory(*this);
+            if (mStreamError || !object)
+                break;
+            if (mVersion >= zuStreamVersion(6, 0) && GetOffset() - mRecordStart != mRecordSize) {
+                setCorrupt("the record's fields do not fill its size");
+                break;
+            }
+            if (topLevel)
+                InsertTopLevel(object);
+            onObjectLoad();
+        } else if (mVersion >= zuStreamVersion(6, 0)) {
+            std::cout << "Skipping object type " << name << "\n";
+            int recordSize = 0;
+            Read(recordSize);
+            const int64_t header = static_cast<int64_t>(name.size()) + 8;
+            if (recordSize < header) {
+                setCorrupt("the size of the skipped record is too small");
+                break;
+            }
+            Skip(static_cast<uint64_t>(recordSize - header));
+        } else {
+            if (detailedFactoryMessage)
+                std::cerr << "zuBaseStream error : cannot find the factory function(" << name
+                          << ").\nMake sure you have called";
+            else
+                std::cerr << "zuBaseStream error : cannot find the factory function. \nMake sure you have called";
+            std::cerr << " RegisterFactory() to the each class in the init library function.\n";
+            break;
+        }
+        if (mProgress) {
+            mProgress->step(static_cast<int64_t>(GetOffset() - mRecordStart));
+            if (mProgress->isCancelRequested()) {
+                mStreamError = true;
+                break;
+            }
+        }
+    }
+}
+
+void zuBaseStream::finishLoad()
+{
+    if (mStreamError) {
+        // The data broke: nothing of it is handed out. Dropping the top-level list and the
+        // links frees every object the load created.
+        RemoveAllToLevel();
+    } else {
+        removeUnreferencedObjects();
+        for (size_t i = 0; i < mLinkCount; ++i) {
+            zuLink* link = linkAt(i);
+            link->getObject()->Link(*this, link);
+        }
+        for (size_t i = 0; i < mLinkCount; ++i) {
+            if (!linkAt(i)->getObject()->PostLink())
+                std::cerr << "zuBaseStream error : cannot post link object\n";
+        }
+    }
+    deleteLinks();
+    clearCustomInformations();
+}
+
+void zuBaseStream::setCorrupt(const char* reason)
+{
+    if (mStreamError)
+        return;
+    mStreamError = true;
+    std::cerr << "zuBaseStream error : corrupt or truncated data at offset " << GetOffset() << " (" << reason;
+    if (!mRecordType.empty())
+        std::cerr << ", in the record \"" << mRecordType << "\" at offset " << mRecordStart;
+    std::cerr << ")\n";
+}
+
+bool zuBaseStream::CheckCount(int64_t count, uint64_t elementSize)
+{
+    if (count < 0 || (elementSize && static_cast<uint64_t>(count) > GetRemaining() / elementSize)) {
+        setCorrupt("a count exceeds the data that remains");
+        return false;
+    }
+    return !mStreamError;
+}
+
+// ---------------------------------------------------------------------------------------
+// Custom information and stream loaders
+
+void zuBaseStream::registerInformations(const zuRttiInterface* object, zuRttiCustomInformation* information)
+{
+    zuRttiCustomInformation*& slot = mCustomInformations[object];
+    if (slot != information)
+        delete slot;
+    slot = information;
+}
+
+zuRttiCustomInformation* zuBaseStream::getInformations(const zuRttiInterface* object) const
+{
+    auto entry = mCustomInformations.find(object);
+    return entry == mCustomInformations.end() ? nullptr : entry->second;
+}
+
+void zuBaseStream::clearCustomInformations()
+{
+    for (auto& entry : mCustomInformations)
+        delete entry.second;
+    mCustomInformations.clear();
+}
+
+void zuBaseStream::registerStreamLoader(const zuRtti* type, zuDataStreamLoader* loader)
+{
+    for (auto& entry : mStreamLoaders)
+        if (entry.first == type) {
+            entry.second = loader;
+            return;
+        }
+    mStreamLoaders.emplace_back(type, loader);
+}
+
+void zuBaseStream::unregisterStreamLoader(const zuRtti* type)
+{
+    std::erase_if(mStreamLoaders, [type](const auto& entry) { return entry.first == type; });
+}
+
+zuDataStreamLoader* zuBaseStream::getStreamLoader(const zuRtti* type) const
+{
+    for (const auto& entry : mStreamLoaders)
+        if (entry.first == type)
+            return entry.second;
+    return nullptr;
+}
+
+bool zuBaseStream::onObjectLoad()
+{
+    bool result = true;
+    for (const auto& entry : mStreamLoaders)
+        result = entry.second->onObjectLoad() && result;
+    return result;
+}
+
+bool zuBaseStream::waitForStreamLoaderEnd()
+{
+    bool result = true;
+    for (const auto& entry : mStreamLoaders)
+        result = entry.second->waitForEnd(mProgress) && result;
+    return result;
+}
+
+void zuBaseStream::cancelStreamLoaders()
+{
+    for (const auto& entry : mStreamLoaders)
+        entry.second->cancel();
+}
+
+// ---------------------------------------------------------------------------------------
+// Primitives
+
+void zuBaseStream::Read(bool& value)
+{
+    char byte = 0;
+    readValues(&byte, 1, 1);
+    value = byte != 0;
+}
+
+void zuBaseStream::Write(bool value)
+{
+    const char byte = value ? 1 : 0;
+    writeValues(&byte, 1, 1);
+}
+
+void zuBaseStream::Read(std::string& value)
+{
+    int length = 0;
+    readValues(&length, 4, 1);
+    if (length <= 0) {
+        value.clear();
+        return;
+    }
+    if (!CheckCount(length, 1)) {
+        value.clear();
+        return;
+    }
+    value.resize(static_cast<size_t>(length));
+    readValues(value.data(), 1, static_cast<uint64_t>(length));
+}
+
+void zuBaseStream::Write(const std::string& value)
+{
+    const int length = static_cast<int>(value.size());
+    writeValues(&length, 4, 1);
+    writeValues(value.data(), 1, value.size());
+}
+
+void zuBaseStream::Write(const char* value)
+{
+    const size_t size = value ? std::strlen(value) : 0;
+    const int length = static_cast<int>(size);
+    writeValues(&length, 4, 1);
+    writeValues(value, 1, size);
+}
+
+void zuBaseStream::Read(zuRttiInterface*& value)
+{
+    uint64_t identifier = 0;
+    readValues(&identifier, 8, 1);
+    value = reinterpret_cast<zuRttiInterface*>(static_cast<uintptr_t>(identifier));
+}
+
+void zuBaseStream::Write(const zuRttiInterface* value)
+{
+    const uint64_t identifier = reinterpret_cast<uintptr_t>(value);
+    writeValues(&identifier, 8, 1);
+}
+
+void zuBaseStream::Skip(uint64_t n)
+{
+    if (n > GetRemaining()) {
+        setCorrupt("a skip runs past the end of the data");
+        return;
+    }
+    while (n > 0) {
+        const uint64_t inWindow = std::min(n, mWindowEnd - mPosition);
+        mPosition += inWindow;
+        n -= inWindow;
+        if (n > 0 && !fetchNextWindow()) {
+            setCorrupt("a skip runs past the end of the data");
+            return;
+        }
+    }
+}
+
+void zuBaseStream::readAcrossWindows(void* destination, int size, uint64_t count)
+{
+    uint64_t bytes = static_cast<uint64_t>(size) * count;
+    char* target = static_cast<char*>(destination);
+    if (mStreamError || bytes > GetRemaining()) {
+        std::memset(destination, 0, bytes);
+        setCorrupt("a read runs past the end of the data");
+        return;
+    }
+    while (bytes > 0) {
+        const uint64_t inWindow = std::min(bytes, mWindowEnd - mPosition);
+        std::memcpy(target, mBuffer + mPosition, inWindow);
+        mPosition += inWindow;
+        target += inWindow;
+        bytes -= inWindow;
+        if (bytes > 0 && !fetchNextWindow()) {
+            std::memset(target, 0, bytes);
+            setCorrupt("a read runs past the end of the data");
+            return;
+        }
+    }
+    toHostOrder(destination, size, count);
+}
+
+void zuBaseStream::writeAcrossWindows(const void* source, int size, uint64_t count)
+{
+    const char* bytes = static_cast<const char*>(source);
+    // Values go out in little-endian order; on a big-endian host each is converted first.
+    char converted[8];
+    for (uint64_t i = 0; i < count;) {
+        uint64_t run = count - i;
+        const char* from = bytes + i * size;
+        if constexpr (std::endian::native != std::endian::little) {
+            writeConverted(converted, from, size, 1);
+            from = converted;
+            run = 1;
+        }
+        uint64_t left = run * static_cast<uint64_t>(size);
+        while (left > 0) {
+            if (mPosition == mWindowEnd && !flushWindow()) {
+                // A save into a fixed buffer overflowed: count what did not fit.
+                mOverflow += left + (count - i - run) * static_cast<uint64_t>(size);
+                return;
+            }
+            const uint64_t inWindow = std::min(left, mWindowEnd - mPosition);
+            std::memcpy(mBuffer + mPosition, from, inWindow);
+            mPosition += inWindow;
+            from += inWindow;
+            left -= inWindow;
+        }
+        i += run;
+    }
+    (void)converted;
+}
+
+} // namespace zu

@@ -1,0 +1,359 @@
+#pragma once
+
+#include <zuSceneGraph/stream/zuLink.h>
+#include <zuSceneGraph/stream/zuStreamVersion.h>
+
+#include <Wm4/Wm4ColorRGB.h>
+#include <Wm4/Wm4ColorRGBA.h>
+#include <Wm4/Wm4Matrix2.h>
+#include <Wm4/Wm4Matrix3.h>
+#include <Wm4/Wm4Matrix4.h>
+#include <Wm4/Wm4Plane3.h>
+#include <Wm4/Wm4Quaternion.h>
+#include <Wm4/Wm4System.h>
+#include <Wm4/Wm4Vector2.h>
+#include <Wm4/Wm4Vector3.h>
+#include <Wm4/Wm4Vector4.h>
+#include <zuSystem/zuVariant.h>
+
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <type_traits>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+namespace zu {
+
+class zuRtti;
+class zuRttiInterface;
+class zuRttiCustomInformation;
+class zuDataStreamLoader;
+class zuProgressNotifierInterface;
+class zuImage;
+template <class T> class zuCatalog;
+template <class T> class zuGenericTransformation;
+
+// Turns a graph of objects into one flat little-endian byte buffer and back.
+//
+// Saving registers the top-level objects depth first, sizes every record with
+// GetDiskUsed, and writes them into one buffer of exactly that size. Loading builds each
+// record's object through the factory of its type name, lets it read its fields, then
+// links the saved references to the new objects and runs PostLink.
+//
+// Every read is bounds-checked: a read past the end of the data sets the stream-error
+// flag, yields zeros, and makes the load fail with the offset where the data broke.
+class zuBaseStream {
+public:
+    // The key of the image catalogue in the parameter map.
+    static const char* const IMAGE_CATALOG_KEY;
+
+    explicit zuBaseStream(zuCatalog<zuImage>* catalog = nullptr);
+    zuBaseStream(const zuBaseStream&) = delete;
+    zuBaseStream& operator=(const zuBaseStream&) = delete;
+    virtual ~zuBaseStream();
+
+    // Saves the top-level objects into a new buffer (the caller frees it with delete[]).
+    bool Save(char*& buffer, unsigned long& size);
+    // Saving into the caller's buffer: the first call returns the size the buffer needs.
+    unsigned long initializeClientBufferSave();
+    bool finalizeClientBufferSave(char* buffer, int size);
+    // Loads the records of buffer; the top-level objects are then GetObjectAt(0..).
+    bool Load(char* buffer, unsigned long size);
+
+    const zuStreamVersion& GetVersion() const { return mVersion; }
+    void SetVersion(const zuStreamVersion& version) { mVersion = version; }
+    zuVariant::zuVariantMapImpl& GetParameters() { return mParameters; }
+    zuCatalog<zuImage>* GetImageCatalog() const;
+
+    // The top-level list: each entry holds one reference on its object.
+    bool InsertTopLevel(zuRttiInterface* object);
+    bool RemoveTopLevel(zuRttiInterface* object);
+    void RemoveAllToLevel();
+    bool IsTopLevel(const zuRttiInterface* object) const { return mTopLevelSet.count(object) != 0; }
+    int GetObjectCount() const { return static_cast<int>(mTopLevel.size()); }
+    zuRttiInterface* GetObjectAt(int i) const;
+
+    // Save passes: an object registers itself once; false when it was registered already.
+    bool registerObject(const zuRttiInterface* object);
+    int GetOrderedObjectCount() const { return static_cast<int>(mOrdered.size()); }
+    const zuRttiInterface* GetOrderedObjectAt(int i) const { return mOrdered[static_cast<size_t>(i)]; }
+
+    // Load passes.
+    // Creates the link of a newly built object (the stream owns it until the load ends).
+    zuLink* newLink(zuRttiInterface* object);
+    void registerLink(uint64_t identifier, zuLink* link);
+    void addObjectReference(zuLink* link, uint64_t identifier);
+    // Reads one object reference and adds it to the link.
+    void ReadLink(zuLink* link);
+    zuRttiInterface* getFromMapAndRemove(uint64_t identifier);
+    void removeUnreferencedObjects();
+    // Builds a T and lets it read its record: the body of every class's Factory.
+    template <class T>
+    static zuRttiInterface* LoadNew(zuBaseStream& stream)
+    {
+        T* object = new T;
+        object->Load(stream, stream.newLink(object));
+        return object;
+    }
+
+    // Data a class keeps for one of its objects during a save or load (owned by the stream).
+    void registerInformations(const zuRttiInterface* object, zuRttiCustomInformation* information);
+    zuRttiCustomInformation* getInformations(const zuRttiInterface* object) const;
+    void clearCustomInformations();
+
+    void registerStreamLoader(const zuRtti* type, zuDataStreamLoader* loader);
+    void unregisterStreamLoader(const zuRtti* type);
+    zuDataStreamLoader* getStreamLoader(const zuRtti* type) const;
+    bool onObjectLoad();
+    bool waitForStreamLoaderEnd();
+    void cancelStreamLoaders();
+
+    void setStreamError() { mStreamError = true; }
+    bool isStreamError() const { return mStreamError; }
+    zuProgressNotifierInterface* GetProgressNotifier() const { return mProgress; }
+    void SetProgressNotifier(zuProgressNotifierInterface* progress) { mProgress = progress; }
+
+    // Offset of the next byte from the start of the data, and the bytes left to read.
+    uint64_t GetOffset() const { return mWindowStart + mPosition; }
+    uint64_t GetRemaining() const
+    {
+        const uint64_t offset = GetOffset();
+        return offset < mDataEnd ? mDataEnd - offset : 0;
+    }
+    // Checks, before anything is allocated, that `count` elements of `elementSize` bytes
+    // can still be read; a negative or too large count sets the stream-error flag.
+    bool CheckCount(int64_t count, uint64_t elementSize);
+
+    // Primitives. Multi-byte values are little-endian; there is no padding.
+    void Read(bool& value);
+    void Write(bool value);
+    void Read(char& value) { readValues(&value, 1, 1); }
+    void Write(char value) { writeValues(&value, 1, 1); }
+    void Read(unsigned char& value) { readValues(&value, 1, 1); }
+    void Write(unsigned char value) { writeValues(&value, 1, 1); }
+    void Read(short& value) { readValues(&value, 2, 1); }
+    void Write(short value) { writeValues(&value, 2, 1); }
+    void Read(unsigned short& value) { readValues(&value, 2, 1); }
+    void Write(unsigned short value) { writeValues(&value, 2, 1); }
+    void Read(int& value) { readValues(&value, 4, 1); }
+    void Write(int value) { writeValues(&value, 4, 1); }
+    void Read(unsigned int& value) { readValues(&value, 4, 1); }
+    void Write(unsigned int value) { writeValues(&value, 4, 1); }
+    void Read(long& value) { readValues(&value, 8, 1); }
+    void Write(long value) { writeValues(&value, 8, 1); }
+    void Read(unsigned long& value) { readValues(&value, 8, 1); }
+    void Write(unsigned long value) { writeValues(&value, 8, 1); }
+    void Read(long long& value) { readValues(&value, 8, 1); }
+    void Write(long long value) { writeValues(&value, 8, 1); }
+    void Read(unsigned long long& value) { readValues(&value, 8, 1); }
+    void Write(unsigned long long value) { writeValues(&value, 8, 1); }
+    void Read(float& value) { readValues(&value, 4, 1); }
+    void Write(float value) { writeValues(&value, 4, 1); }
+    void Read(double& value) { readValues(&value, 8, 1); }
+    void Write(double value) { writeValues(&value, 8, 1); }
+    // A signed 32-bit length, then the bytes; a length of 0 or less reads as "".
+    void Read(std::string& value);
+    void Write(const std::string& value);
+    void Write(const char* value);
+    // An object reference: 8 bytes, the object's address at save time (0 for null).
+    // The value read is an identifier to resolve in Link, never an object to use.
+    void Read(zuRttiInterface*& value);
+    void Write(const zuRttiInterface* value);
+    void Read(Wm4::ColorRGB& value) { readValues(&value, 4, 3); }
+    void Write(const Wm4::ColorRGB& value) { writeValues(&value, 4, 3); }
+    void Read(Wm4::ColorRGBA& value) { readValues(&value, 4, 4); }
+    void Write(const Wm4::ColorRGBA& value) { writeValues(&value, 4, 4); }
+    template <class Real> void Read(Wm4::Vector2<Real>& value) { readValues(&value, sizeof(Real), 2); }
+    template <class Real> void Write(const Wm4::Vector2<Real>& value) { writeValues(&value, sizeof(Real), 2); }
+    template <class Real> void Read(Wm4::Vector3<Real>& value) { readValues(&value, sizeof(Real), 3); }
+    template <class Real> void Write(const Wm4::Vector3<Real>& value) { writeValues(&value, sizeof(Real), 3); }
+    template <class Real> void Read(Wm4::Vector4<Real>& value) { readValues(&value, sizeof(Real), 4); }
+    template <class Real> void Write(const Wm4::Vector4<Real>& value) { writeValues(&value, sizeof(Real), 4); }
+    template <class Real> void Read(Wm4::Quaternion<Real>& value) { readValues(&value, sizeof(Real), 4); }
+    template <class Real> void Write(const Wm4::Quaternion<Real>& value) { writeValues(&value, sizeof(Real), 4); }
+    template <class Real> void Read(Wm4::Matrix2<Real>& value) { readValues(&value, sizeof(Real), 4); }
+    template <class Real> void Write(const Wm4::Matrix2<Real>& value) { writeValues(&value, sizeof(Real), 4); }
+    template <class Real> void Read(Wm4::Matrix3<Real>& value) { readValues(&value, sizeof(Real), 9); }
+    template <class Real> void Write(const Wm4::Matrix3<Real>& value) { writeValues(&value, sizeof(Real), 9); }
+    template <class Real> void Read(Wm4::Matrix4<Real>& value) { readValues(&value, sizeof(Real), 16); }
+    template <class Real> void Write(const Wm4::Matrix4<Real>& value) { writeValues(&value, sizeof(Real), 16); }
+    template <class Real> void Read(Wm4::Plane3<Real>& value) { readValues(&value, sizeof(Real), 4); }
+    template <class Real> void Write(const Wm4::Plane3<Real>& value) { writeValues(&value, sizeof(Real), 4); }
+    // The affine transformation value (defined with the transformation class).
+    template <class Real> void Read(zuGenericTransformation<Real>& value);
+    template <class Real> void Write(const zuGenericTransformation<Real>& value);
+
+    // Array forms: n elements back to back, with no count of their own.
+    template <class T> void Read(int n, T* values)
+    {
+        if constexpr (isPlainPrimitive<T>()) {
+            if (n > 0)
+                readValues(values, componentSize<T>(), static_cast<uint64_t>(n) * componentCount<T>());
+        } else {
+            for (int i = 0; i < n; ++i)
+                Read(values[i]);
+        }
+    }
+    template <class T> void Write(int n, const T* values)
+    {
+        if constexpr (isPlainPrimitive<T>()) {
+            if (n > 0)
+                writeValues(values, componentSize<T>(), static_cast<uint64_t>(n) * componentCount<T>());
+        } else {
+            for (int i = 0; i < n; ++i)
+                Write(values[i]);
+        }
+    }
+
+    // Advances over n bytes.
+    void Skip(uint64_t n);
+
+    // Reads count values of size bytes each (1, 2, 4 or 8), converting from little-endian.
+    void readValues(void* destination, int size, uint64_t count)
+    {
+        const uint64_t bytes = static_cast<uint64_t>(size) * count;
+        if (bytes <= mWindowEnd - mPosition) {
+            readConverted(mBuffer + mPosition, destination, size, count);
+            mPosition += bytes;
+        } else {
+            readAcrossWindows(destination, size, count);
+        }
+    }
+    // Writes count values of size bytes each, converting to little-endian.
+    void writeValues(const void* source, int size, uint64_t count)
+    {
+        const uint64_t bytes = static_cast<uint64_t>(size) * count;
+        if (bytes <= mWindowEnd - mPosition) {
+            writeConverted(mBuffer + mPosition, source, size, count);
+            mPosition += bytes;
+        } else {
+            writeAcrossWindows(source, size, count);
+        }
+    }
+
+    // Marks the data as corrupt at the current offset (first failure wins) and logs why.
+    void setCorrupt(const char* reason);
+
+protected:
+    // Hooks of the block-buffered containers. Reading: refill the window with the bytes that
+    // follow it. Writing: hand the full window to the device and start a new one. The plain
+    // stream has a single window, so both fail there.
+    virtual bool fetchNextWindow() { return false; }
+    virtual bool flushWindow() { return false; }
+
+    // The window the primitives work on: mBuffer[0..mWindowEnd) at stream offset mWindowStart.
+    void setWindow(char* buffer, uint64_t windowStart, uint64_t windowEnd)
+    {
+        mBuffer = buffer;
+        mWindowStart = windowStart;
+        mWindowEnd = windowEnd;
+        mPosition = 0;
+    }
+    void setDataEnd(uint64_t end) { mDataEnd = end; }
+    char* windowBuffer() const { return mBuffer; }
+    uint64_t windowStart() const { return mWindowStart; }
+    uint64_t windowEnd() const { return mWindowEnd; }
+    void clearStreamError() { mStreamError = false; }
+    void resetBufferState();
+
+    // The loading passes, shared with the containers.
+    void clearObjectMap();
+    // Reads records until the data ends, an error occurs or loading must stop.
+    // `detailedFactoryMessage` selects the container's wording of the unknown-type error.
+    void loadRecords(bool detailedFactoryMessage);
+    // Links, post-links and releases the links; on a stream error drops what was loaded.
+    void finishLoad();
+    // The save passes.
+    void registerTopLevel();
+    uint64_t computeSaveSize() const;
+    // Writes the ordered objects; false when the progress notifier asked to cancel.
+    bool writeRecords();
+    static const char* const TOP_LEVEL_MARKER;
+    static constexpr int TOP_LEVEL_MARKER_LENGTH = 9;
+
+private:
+    struct Reference {
+        uint32_t pending = 0;
+        zuRttiInterface* object = nullptr;
+    };
+    static constexpr unsigned LINK_CHUNK_SHIFT = 15;
+    static constexpr size_t LINK_CHUNK_SIZE = size_t(1) << LINK_CHUNK_SHIFT;
+
+    template <class T> static constexpr bool isPlainPrimitive()
+    {
+        return std::is_arithmetic_v<T> && !std::is_same_v<T, bool>
+            || std::is_same_v<T, Wm4::ColorRGB> || std::is_same_v<T, Wm4::ColorRGBA>
+            || isWm4Real<T, float>() || isWm4Real<T, double>();
+    }
+    template <class T, class Real> static constexpr bool isWm4Real()
+    {
+        return std::is_same_v<T, Wm4::Vector2<Real>> || std::is_same_v<T, Wm4::Vector3<Real>>
+            || std::is_same_v<T, Wm4::Vector4<Real>> || std::is_same_v<T, Wm4::Quaternion<Real>>
+            || std::is_same_v<T, Wm4::Matrix2<Real>> || std::is_same_v<T, Wm4::Matrix3<Real>>
+            || std::is_same_v<T, Wm4::Matrix4<Real>> || std::is_same_v<T, Wm4::Plane3<Real>>;
+    }
+    template <class T> static constexpr int componentSize()
+    {
+        if constexpr (std::is_arithmetic_v<T>)
+            return sizeof(T);
+        else if constexpr (std::is_same_v<T, Wm4::ColorRGB> || std::is_same_v<T, Wm4::ColorRGBA> || isWm4Real<T, float>())
+            return 4;
+        else
+            return 8;
+    }
+    template <class T> static constexpr uint64_t componentCount() { return sizeof(T) / componentSize<T>(); }
+
+    static void readConverted(const char* source, void* destination, int size, uint64_t count)
+    {
+        switch (size) {
+        case 1: std::memcpy(destination, source, count); break;
+        case 2: Wm4::System::Read2le(source, static_cast<int>(count), destination); break;
+        case 4: Wm4::System::Read4le(source, static_cast<int>(count), destination); break;
+        default: Wm4::System::Read8le(source, static_cast<int>(count), destination); break;
+        }
+    }
+    static void writeConverted(char* destination, const void* source, int size, uint64_t count)
+    {
+        switch (size) {
+        case 1: std::memcpy(destination, source, count); break;
+        case 2: Wm4::System::Write2le(destination, static_cast<int>(count), source); break;
+        case 4: Wm4::System::Write4le(destination, static_cast<int>(count), source); break;
+        default: Wm4::System::Write8le(destination, static_cast<int>(count), source); break;
+        }
+    }
+    void readAcrossWindows(void* destination, int size, uint64_t count);
+    void writeAcrossWindows(const void* source, int size, uint64_t count);
+    zuLink* linkAt(size_t i) const { return &mLinkChunks[i >> LINK_CHUNK_SHIFT][i & (LINK_CHUNK_SIZE - 1)]; }
+    void deleteLinks();
+
+    zuStreamVersion mVersion;
+    zuVariant::zuVariantMapImpl mParameters;
+    std::vector<zuRttiInterface*> mTopLevel;
+    std::unordered_set<const zuRttiInterface*> mTopLevelSet;
+    std::unordered_set<const zuRttiInterface*> mRegistered;
+    std::vector<const zuRttiInterface*> mOrdered;
+    std::vector<std::unique_ptr<zuLink[]>> mLinkChunks;
+    size_t mLinkCount = 0;
+    std::unordered_map<uint64_t, Reference> mReferences;
+    std::unordered_map<const zuRttiInterface*, zuRttiCustomInformation*> mCustomInformations;
+    std::vector<std::pair<const zuRtti*, zuDataStreamLoader*>> mStreamLoaders;
+    zuProgressNotifierInterface* mProgress = nullptr;
+
+    char* mBuffer = nullptr;
+    uint64_t mWindowStart = 0;  // stream offset of mBuffer[0]
+    uint64_t mWindowEnd = 0;    // bytes of the window that may be read or written
+    uint64_t mPosition = 0;     // position inside the window
+    uint64_t mDataEnd = 0;      // stream offset where the data ends (reading)
+    uint64_t mOverflow = 0;     // bytes a save tried to write past its buffer
+    bool mStreamError = false;
+    std::string mRecordType;    // type name of the record being read, for messages
+    uint64_t mRecordStart = 0;
+    uint64_t mRecordSize = 0;   // the size field of the record being read (0 before 6.0)
+
+    friend class zuRttiInterface;
+};
+
+} // namespace zu

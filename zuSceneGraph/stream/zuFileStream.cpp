@@ -1,0 +1,177 @@
+#include <zuSceneGraph/stream/zuFileStream.h>
+
+#include <zuSystem/zuIoDevice.h>
+#include <zuSystem/zuLog.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <iostream>
+
+namespace zu {
+
+namespace {
+
+int roundedBlockSize(int blockSize)
+{
+    if (blockSize % 8 != 0) {
+        std::cout << "Warning stream size has been truncatured to be a multiple of 8 (zu::zuStream constructor)\n";
+        blockSize -= blockSize % 8;
+    }
+    // A block must hold at least one 8-byte value.
+    return std::max(blockSize, 8);
+}
+
+} // namespace
+
+zuFileStream::zuFileStream(int blockSize, zuCatalog<zuImage>* catalog, char* block)
+    : zuStream(catalog), mBlock(block), mBlockSize(roundedBlockSize(blockSize))
+{
+    if (!mBlock) {
+        mOwnedBlock = std::make_unique<char[]>(static_cast<size_t>(mBlockSize));
+        mBlock = mOwnedBlock.get();
+    }
+}
+
+zuFileStream::~zuFileStream() = default;
+
+void zuFileStream::releaseDevice()
+{
+    resetBufferState();
+    mInput = nullptr;
+    mOutput = nullptr;
+    mLeftToFetch = 0;
+}
+
+void zuFileStream::reportDeviceError(const char* what)
+{
+    if (!isStreamError())
+        zuLog::instance().write("zustream", std::string(what) + " '" + GetName() + "' at offset "
+                                                + std::to_string(GetOffset()));
+    setStreamError();
+}
+
+bool zuFileStream::Save(zuIoDevice& device, const std::string& name, bool append)
+{
+    SetName(name);
+    clearObjectMap();
+    clearStreamError();
+    mOutput = &device;
+    const uint64_t start = append && device.pos() > 0 ? static_cast<uint64_t>(device.pos()) : 0;
+    resetBufferState();
+    setWindow(mBlock, start, static_cast<uint64_t>(mBlockSize));
+    if (device.isError())
+        reportDeviceError("Cannot write the stream");
+    const bool result = save(append);
+    releaseDevice();
+    return result;
+}
+
+bool zuFileStream::Load(zuIoDevice& device, const std::string& name)
+{
+    SetName(name);
+    clearStreamError();
+    resetBufferState();
+    mInput = &device;
+    if (device.isError())
+        reportDeviceError("Cannot read the stream");
+    device.seek(0, zuIoDevice::SeekEnd);
+    const int64_t size = device.pos();
+    device.seek(0, zuIoDevice::SeekSet);
+    mStreamSize = size > 0 ? static_cast<uint64_t>(size) : 0;
+    mLeftToFetch = mStreamSize;
+    setDataEnd(mStreamSize);
+    if (mStreamSize < static_cast<uint64_t>(zuStreamVersion::LENGTH_V6))
+        reportDeviceError("The stream is too short to hold a header:");
+    bool result = false;
+    if (!isStreamError() && fetchNextWindow()) {
+        int length = 0;
+        char* header = nullptr;
+        if (readNullTerminatedString(length, &header)) {
+            SetVersion(zuStreamVersion(header, length));
+            result = load();
+        } else {
+            reportDeviceError("The stream has no version header:");
+        }
+    }
+    releaseDevice();
+    return result && !isStreamError();
+}
+
+bool zuFileStream::fetchNextWindow()
+{
+    if (!mInput || mLeftToFetch == 0)
+        return false;
+    const uint64_t next = GetOffset();
+    const uint64_t size = std::min<uint64_t>(mLeftToFetch, static_cast<uint64_t>(mBlockSize));
+    const int64_t got = mInput->read(mBlock, static_cast<int64_t>(size));
+    if (got != static_cast<int64_t>(size) || mInput->isError()) {
+        reportDeviceError("Cannot read the stream");
+        mLeftToFetch = 0;
+        return false;
+    }
+    mLeftToFetch -= size;
+    setWindow(mBlock, next, size);
+    return true;
+}
+
+bool zuFileStream::flushWindow()
+{
+    if (!mOutput)
+        return false;
+    const uint64_t filled = GetOffset() - windowStart();
+    if (filled > 0) {
+        const int64_t written = mOutput->write(mBlock, static_cast<int64_t>(filled));
+        if (written != static_cast<int64_t>(filled) || mOutput->isError()) {
+            reportDeviceError("Cannot write the stream");
+            return false;
+        }
+    }
+    setWindow(mBlock, windowStart() + filled, static_cast<uint64_t>(mBlockSize));
+    return true;
+}
+
+bool zuFileStream::flushWriteBuffer()
+{
+    if (!flushWindow())
+        return false;
+    if (!mOutput->flush()) {
+        reportDeviceError("Cannot write the stream");
+        return false;
+    }
+    return true;
+}
+
+void zuFileStream::writeNullTerminatedString(int length, const char* text)
+{
+    if (length > 0)
+        writeValues(text, 1, static_cast<uint64_t>(length));
+}
+
+bool zuFileStream::readNullTerminatedString(int& length, char** text)
+{
+    const uint64_t offset = GetOffset() - windowStart();
+    const uint64_t available = windowEnd() - offset;
+    char* begin = windowBuffer() + offset;
+    const void* nul = std::memchr(begin, '\0', available);
+    if (!nul)
+        return false;
+    length = static_cast<int>(static_cast<const char*>(nul) - begin) + 1;
+    *text = begin;
+    Skip(static_cast<uint64_t>(length));
+    return true;
+}
+
+void zuFileStream::writeData(int size, int count, const void* source)
+{
+    if (size > 0 && count > 0)
+        writeValues(source, 1, static_cast<uint64_t>(size) * static_cast<uint64_t>(count));
+}
+
+void zuFileStream::readData(int size, int count, void* destination)
+{
+    if (size > 0 && count > 0)
+        readValues(destination, 1, static_cast<uint64_t>(size) * static_cast<uint64_t>(count));
+}
+
+} // namespace zu

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <zuSceneGraph/stream/zuStream.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace zu {
+
+class zuIoDevice;
+
+// The stream container over an IO device, through a block buffer: records are written
+// into the block, which goes to the device whenever it is full, and read back block by
+// block. The block size is a multiple of 8.
+class zuFileStream : public zuStream {
+public:
+    static constexpr int DEFAULT_BLOCK_SIZE = 1 << 20;
+
+    // With a null block, a block of blockSize bytes is allocated and owned; otherwise the
+    // caller's block (of at least blockSize bytes) is used and never freed.
+    explicit zuFileStream(int blockSize = DEFAULT_BLOCK_SIZE, zuCatalog<zuImage>* catalog = nullptr,
+                          char* block = nullptr);
+    ~zuFileStream() override;
+
+    using zuStream::Load;
+    using zuStream::Save;
+    bool Load(zuIoDevice& device, const std::string& name) override;
+    bool Save(zuIoDevice& device, const std::string& name, bool append) override;
+
+    void writeNullTerminatedString(int length, const char* text) override;
+    bool readNullTerminatedString(int& length, char** text) override;
+    void writeData(int size, int count, const void* source) override;
+    void readData(int size, int count, void* destination) override;
+    bool flushWriteBuffer() override;
+    uint64_t getStreamSize() const override { return mStreamSize; }
+
+    int GetBlockSize() const { return mBlockSize; }
+
+protected:
+    bool fetchNextWindow() override;
+    bool flushWindow() override;
+
+private:
+    void releaseDevice();
+    void reportDeviceError(const char* what);
+
+    char* mBlock;
+    int mBlockSize;
+    std::unique_ptr<char[]> mOwnedBlock;
+    uint64_t mStreamSize = 0;
+    uint64_t mLeftToFetch = 0;
+    zuIoDevice* mInput = nullptr;
+    zuIoDevice* mOutput = nullptr;
+};
+
+} // namespace zu

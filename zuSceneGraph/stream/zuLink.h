@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+namespace zu {
+
+class zuRttiInterface;
+
+// The references one loaded object read, in reading order, until the link pass turns
+// them into objects.
+class zuLink {
+public:
+    explicit zuLink(zuRttiInterface* object = nullptr) : mObject(object) {}
+
+    zuRttiInterface* getObject() const { return mObject; }
+    void setObject(zuRttiInterface* object) { mObject = object; }
+    void addInterface(uint64_t value) { mReferences.push_back(value); }
+    // The reference at the cursor, which then advances; 0 (null) past the last one.
+    uint64_t getLinkID()
+    {
+        return mCursor < mReferences.size() ? mReferences[mCursor++] : 0;
+    }
+    int getQuantity() const { return static_cast<int>(mReferences.size()); }
+
+private:
+    zuRttiInterface* mObject;
+    uint32_t mCursor = 0;
+    std::vector<uint64_t> mReferences;
+};
+
+} // namespace zu

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <zuSceneGraph/stream/zuBaseStream.h>
+
+#include <cstdint>
+#include <string>
+
+namespace zu {
+
+class zuIoDevice;
+
+// A stream container: the records of the object stream behind a version header, moved
+// to and from an IO device. zuFileStream supplies the device transfer.
+class zuStream : public zuBaseStream {
+public:
+    explicit zuStream(zuCatalog<zuImage>* catalog = nullptr) : zuBaseStream(catalog) {}
+
+    using zuBaseStream::Load;
+    using zuBaseStream::Save;
+    virtual bool Load(zuIoDevice& device, const std::string& name);
+    virtual bool Save(zuIoDevice& device, const std::string& name, bool append);
+    // The record loops behind Save and Load.
+    virtual bool save(bool append);
+    virtual bool load();
+    // Little-endian block transfer, as every primitive does it.
+    virtual void readle(int size, int count, void* destination) { readValues(destination, size, static_cast<uint64_t>(count)); }
+    virtual void writele(int size, int count, const void* source) { writeValues(source, size, static_cast<uint64_t>(count)); }
+    // Writes `length` bytes of text (the caller counts the NUL).
+    virtual void writeNullTerminatedString(int length, const char* text) = 0;
+    // Points `text` at the text up to and including the first NUL within the data at hand
+    // and moves past it; false when there is none.
+    virtual bool readNullTerminatedString(int& length, char** text) = 0;
+    // Raw bytes, with no byte-order conversion.
+    virtual void writeData(int size, int count, const void* source) = 0;
+    virtual void readData(int size, int count, void* destination) = 0;
+    virtual bool flushWriteBuffer() = 0;
+    virtual uint64_t getStreamSize() const = 0;
+    virtual uint64_t getCurrentStreamOffset() const { return GetOffset(); }
+    virtual bool hasRemainingData() const { return GetRemaining() > 0; }
+
+    const std::string& GetName() const { return mName; }
+
+protected:
+    void SetName(const std::string& name) { mName = name; }
+
+private:
+    std::string mName;
+};
+
+} // namespace zu

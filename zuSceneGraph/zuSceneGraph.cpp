@@ -1,0 +1,67 @@
+#include <zuSceneGraph/zuSceneGraph.h>
+
+#include <zuSceneGraph/objects/zuObject.h>
+
+#include <zuSystem/LibInitCounter.h>
+
+namespace zu {
+
+std::string zuSceneGraph::Version::GetDescStringMajorMinor()
+{
+    return std::to_string(GetMajor()) + "." + std::to_string(GetMinor());
+}
+
+std::string zuSceneGraph::Version::GetDescStringMajorMinorRelease()
+{
+    return GetDescStringMajorMinor() + "." + std::to_string(GetRelease());
+}
+
+std::string zuSceneGraph::Version::GetDescStringMajorMinorReleaseRevision()
+{
+    return GetDescStringMajorMinorRelease() + "." + std::to_string(GetRevision());
+}
+
+std::string zuSceneGraph::Version::GetDescStringMajorMinorReleaseRevisionDate()
+{
+    return GetDescStringMajorMinorReleaseRevision() + " " + std::to_string(GetYear()) + "-"
+        + std::to_string(GetMonth());
+}
+
+namespace {
+
+// The persistable classes of the library, registered in this order at start and
+// unregistered in reverse at the end.
+struct FactoryRegistration {
+    void (*registerFactory)();
+    void (*unregisterFactory)();
+};
+
+const FactoryRegistration factoryRegistrations[] = {
+    {nullptr, nullptr},
+};
+
+} // namespace
+
+void initializeZuSceneGraph()
+{
+    if (!LibInitCounter::initialize("scenegraph"))
+        return;
+    zuObject::createLibraryMutex();
+    zuRttiInterface::CreateFactoryMap();
+    for (const FactoryRegistration& entry : factoryRegistrations)
+        if (entry.registerFactory)
+            entry.registerFactory();
+}
+
+void terminateZuSceneGraph()
+{
+    if (!LibInitCounter::terminate("scenegraph"))
+        return;
+    for (auto entry = std::rbegin(factoryRegistrations); entry != std::rend(factoryRegistrations); ++entry)
+        if (entry->unregisterFactory)
+            entry->unregisterFactory();
+    zuRttiInterface::DestroyFactoryMap();
+    zuObject::destroyLibraryMutex();
+}
+
+} // namespace zu
