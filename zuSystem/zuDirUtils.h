@@ -16,8 +16,10 @@ public:
     static std::string ExtractFileName(const std::string& path);
     // The folder with its trailing separator: "dir/model.obj" -> "dir/"; "model.obj" -> "".
     static std::string ExtractDirectory(const std::string& path);
-    // Copies a file byte for byte, replacing the target. False when either side fails.
+    // Copies a file byte for byte, replacing the target. False when either side fails (a
+    // partly written target is removed). Copying a file onto itself leaves it and succeeds.
     static bool CopyFileUtf8(const std::string& source, const std::string& target);
+    // True for an existing path that is not a folder.
     static bool FileExists(const std::string& path);
 };
 

@@ -7,7 +7,9 @@
 
 namespace zu {
 
-// A file on disk, opened by UTF-8 path, with 64-bit offsets.
+// A file on disk, opened by UTF-8 path, with 64-bit offsets. A short read at the end of the
+// file is not an error; a failed read or write sets the error state. Seeking past the end is
+// allowed (a later write fills the gap with zero bytes).
 class zuFileIoDevice : public zuIoDevice {
 public:
     enum OpenMode {
@@ -22,7 +24,10 @@ public:
     zuFileIoDevice(const std::string& pathUtf8, OpenMode mode);
     ~zuFileIoDevice() override;
 
+    // Closes any open file first. On success the error state is cleared; on failure the
+    // device is closed and in the error state.
     bool open(const std::string& pathUtf8, OpenMode mode);
+    // Sets the error state when the buffered data cannot be written out.
     void close();
     const std::string& path() const { return mPath; }
 
@@ -35,8 +40,13 @@ public:
     bool flush() override;
 
 private:
+    // A stream opened for update needs a positioning call between a read and a write.
+    enum LastOperation { NoOperation, Reading, Writing };
+    bool prepare(LastOperation next);
+
     std::FILE* mFile = nullptr;
     std::string mPath;
+    LastOperation mLastOperation = NoOperation;
 };
 
 } // namespace zu

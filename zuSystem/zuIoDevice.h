@@ -10,7 +10,7 @@ class zuIoDevice {
 public:
     enum SeekOrigin { SeekSet, SeekCur, SeekEnd };
 
-    virtual ~zuIoDevice() = default;
+    virtual ~zuIoDevice();
 
     // Return the number of bytes transferred (0..size), or -1 on failure.
     virtual int64_t read(void* destination, int64_t size) = 0;

@@ -6,7 +6,9 @@
 
 namespace zu {
 
-// A device over a byte vector it owns: writes grow it, reads stop at its end.
+// A device over a byte vector it owns: a write overwrites from the position and grows the
+// vector past its end, reads stop at its end. The position stays within 0..size(): seeking
+// before the start or past the end fails and sets the error state.
 class zuMemoryIoDevice : public zuIoDevice {
 public:
     zuMemoryIoDevice() = default;

@@ -38,11 +38,14 @@ public:
 
     // Conversions between the scalar kinds follow the usual rules (numbers convert to each
     // other and to bool; "true"/"false" and decimal strings convert to bool and numbers);
-    // anything else gives the default value.
+    // anything else gives the default value, and so does a number outside the target range
+    // (a double converts to an integer by truncation toward zero).
     bool toBool(bool defaultValue = false) const;
     int toInt(int defaultValue = 0) const;
     int64_t toInt64(int64_t defaultValue = 0) const;
     double toDouble(double defaultValue = 0.0) const;
+    // Numbers in decimal (a double with the fewest digits that read back to the same value),
+    // bools as "true"/"false", a pointer in hexadecimal; "" for invalid, map and list.
     std::string toString() const;
     void* toPointer() const;
     // Null when the variant holds no map (list).
@@ -51,6 +54,7 @@ public:
     const zuVariantListImpl* toList() const;
     zuVariantListImpl* toList();
 
+    // Equal when of the same type and value; maps and lists compare element by element.
     bool operator==(const zuVariant& other) const;
     bool operator!=(const zuVariant& other) const { return !(*this == other); }
 
@@ -62,7 +66,7 @@ private:
     union {
         bool mBool;
         int32_t mInt;
-        int64_t mInt64;
+        int64_t mInt64 = 0;
         double mDouble;
         void* mPointer;
     };
