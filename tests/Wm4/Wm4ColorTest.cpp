@@ -1,0 +1,56 @@
+#include <Wm4/Wm4ColorRGB.h>
+#include <Wm4/Wm4ColorRGBA.h>
+
+#include "Wm4TestHelpers.h"
+
+#include <map>
+
+using Wm4::ColorRGB;
+using Wm4::ColorRGBA;
+
+TEST(ColorTest, ClampToTheUnitRange)
+{
+    ColorRGB rgb(-0.5f, 0.25f, 1.5f);
+    rgb.Clamp();
+    EXPECT_EQ(ColorRGB(0.0f, 0.25f, 1.0f), rgb);
+    ColorRGB edges(0.0f, 1.0f, 0.999f);
+    edges.Clamp();
+    EXPECT_EQ(ColorRGB(0.0f, 1.0f, 0.999f), edges);
+
+    // Alpha is clamped like the other channels.
+    ColorRGBA rgba(2.0f, -1.0f, 0.5f, 1.25f);
+    rgba.Clamp();
+    EXPECT_EQ(ColorRGBA(1.0f, 0.0f, 0.5f, 1.0f), rgba);
+    ColorRGBA invalid = ColorRGBA::INVALID;
+    invalid.Clamp();
+    EXPECT_EQ(ColorRGBA(0.0f, 0.0f, 0.0f, 0.0f), invalid);
+}
+
+TEST(ColorTest, ArithmeticIsPerChannel)
+{
+    ColorRGB a(0.5f, 0.25f, 1.0f), b(0.5f, 2.0f, 0.0f);
+    EXPECT_EQ(ColorRGB(0.25f, 0.5f, 0.0f), a * b);
+    EXPECT_EQ(ColorRGB(1.0f, 2.25f, 1.0f), a + b);
+
+    ColorRGBA c(0.5f, 0.5f, 0.5f, 0.5f);
+    c *= ColorRGBA(1.0f, 0.5f, 0.0f, 2.0f);
+    EXPECT_EQ(ColorRGBA(0.5f, 0.25f, 0.0f, 1.0f), c);
+    EXPECT_EQ(1.0f, c.A());
+}
+
+TEST(ColorTest, EqualityAndOrdering)
+{
+    EXPECT_NE(ColorRGB(0.0f, 0.0f, 0.0f), ColorRGB(0.0f, 0.0f, -0.0f));
+    EXPECT_NE(ColorRGBA::BLACK, ColorRGBA(0.0f, 0.0f, 0.0f, 0.0f));
+    EXPECT_TRUE(ColorRGB::INVALID < ColorRGB::BLACK);
+    EXPECT_TRUE(ColorRGB::BLACK < ColorRGB::WHITE);
+    EXPECT_TRUE(ColorRGBA(1.0f, 0.0f, 0.0f, 0.0f) < ColorRGBA(1.0f, 0.0f, 0.0f, 0.5f));
+    EXPECT_FALSE(ColorRGBA::WHITE < ColorRGBA::WHITE);
+
+    std::map<ColorRGBA, int> uses;
+    ++uses[ColorRGBA::WHITE];
+    ++uses[ColorRGBA(1.0f, 1.0f, 1.0f, 1.0f)];
+    ++uses[ColorRGBA::BLACK];
+    ASSERT_EQ(2u, uses.size());
+    EXPECT_EQ(2, uses[ColorRGBA::WHITE]);
+}

@@ -1,0 +1,248 @@
+#include <Wm4/Wm4Matrix2.h>
+#include <Wm4/Wm4Matrix3.h>
+#include <Wm4/Wm4Matrix4.h>
+
+#include "Wm4TestHelpers.h"
+
+using namespace Wm4;
+using Wm4Test::Near;
+using Wm4Test::NearM;
+using Wm4Test::NearV;
+using Wm4Test::Tolerance;
+
+namespace {
+
+template <class Real>
+class MatrixTest : public ::testing::Test {};
+TYPED_TEST_SUITE(MatrixTest, Wm4Test::RealTypes);
+
+// Well-conditioned, non-symmetric, with no zero entries.
+template <class Real>
+Matrix3<Real> General3()
+{
+    return Matrix3<Real>(2, -1, 0.5, 1, 3, -2, 0.25, 1, 4);
+}
+
+template <class Real>
+Matrix4<Real> General4()
+{
+    return Matrix4<Real>(4, 1, -2, 0.5, 1, 5, 1, -1, 0.5, -1, 3, 2, 1, 2, -0.5, 6);
+}
+
+} // namespace
+
+TYPED_TEST(MatrixTest, ActsOnColumnVectors)
+{
+    using R = TypeParam;
+    Matrix3<R> m(1, 2, 3, 4, 5, 6, 7, 8, 9);
+    // M * e_j is column j; e_i * M is row i.
+    EXPECT_EQ(Vector3<R>(1, 4, 7), m * Vector3<R>::UNIT_X);
+    EXPECT_EQ(Vector3<R>(3, 6, 9), m * Vector3<R>::UNIT_Z);
+    EXPECT_EQ(Vector3<R>(4, 5, 6), Vector3<R>::UNIT_Y * m);
+    EXPECT_EQ(m.GetColumn(0), m * Vector3<R>::UNIT_X);
+    EXPECT_EQ(m.GetRow(2), Vector3<R>::UNIT_Z * m);
+    EXPECT_EQ(Vector3<R>(1, 2, 3) * m, m.Transpose() * Vector3<R>(1, 2, 3));
+    EXPECT_EQ(Vector3<R>(14, 32, 50), m * Vector3<R>(1, 2, 3));
+
+    Matrix2<R> m2(1, 2, 3, 4);
+    EXPECT_EQ(Vector2<R>(5, 11), m2 * Vector2<R>(1, 2));
+    EXPECT_EQ(Vector2<R>(7, 10), Vector2<R>(1, 2) * m2);
+
+    // A homogeneous translation sits in the last column.
+    Matrix4<R> translate(1, 0, 0, 10, 0, 1, 0, 20, 0, 0, 1, 30, 0, 0, 0, 1);
+    EXPECT_EQ(Vector4<R>(11, 22, 33, 1), translate * Vector4<R>(1, 2, 3, 1));
+    EXPECT_EQ(Vector4<R>(1, 2, 3, 0), translate * Vector4<R>(1, 2, 3, 0));
+    EXPECT_EQ(Vector4<R>(1, 2, 3, 141), Vector4<R>(1, 2, 3, 1) * translate);
+}
+
+TYPED_TEST(MatrixTest, ConstructionFromRowsColumnsArraysAndDiagonal)
+{
+    using R = TypeParam;
+    Vector3<R> a(1, 2, 3), b(4, 5, 6), c(7, 8, 9);
+    Matrix3<R> rows(a, b, c, false);
+    Matrix3<R> columns(a, b, c, true);
+    EXPECT_EQ(Matrix3<R>(1, 2, 3, 4, 5, 6, 7, 8, 9), rows);
+    EXPECT_EQ(rows.Transpose(), columns);
+    EXPECT_EQ(b, columns.GetColumn(1));
+
+    R entries[9] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
+    EXPECT_EQ(rows, Matrix3<R>(entries, true));
+    EXPECT_EQ(columns, Matrix3<R>(entries, false));
+    R columnMajor[9];
+    rows.GetColumnMajor(columnMajor);
+    EXPECT_EQ(columns, Matrix3<R>(columnMajor, true));
+
+    R entries16[16];
+    for (int i = 0; i < 16; ++i) {
+        entries16[i] = R(i);
+    }
+    Matrix4<R> m4(entries16, false);
+    EXPECT_EQ(R(4), m4(0, 1));
+    EXPECT_EQ(Vector4<R>(0, 4, 8, 12), m4.GetRow(0));
+    m4.SetColumn(3, Vector4<R>::UNIT_W);
+    EXPECT_EQ(Vector4<R>(3, 7, 11, 1), m4.GetRow(3));
+
+    EXPECT_EQ(Matrix3<R>(2, 0, 0, 0, 3, 0, 0, 0, 4), Matrix3<R>(2, 3, 4));
+    EXPECT_EQ(Matrix2<R>(2, 0, 0, 3), Matrix2<R>(2, 3));
+}
+
+TYPED_TEST(MatrixTest, ProductsAndTransposedProducts)
+{
+    using R = TypeParam;
+    Matrix3<R> a = General3<R>();
+    Matrix3<R> b(1, 0, 2, -1, 3, 0, 0, 1, 1);
+    // Row 0 of A times the columns of B.
+    Matrix3<R> ab = a * b;
+    EXPECT_EQ(R(2 * 1 + -1 * -1 + 0.5 * 0), ab(0, 0));
+    EXPECT_EQ(R(2 * 2 + -1 * 0 + 0.5 * 1), ab(0, 2));
+    // (A B) v = A (B v)
+    Vector3<R> v(1, -2, 0.5);
+    EXPECT_TRUE(NearV(a * (b * v), ab * v));
+    EXPECT_TRUE(NearM(a.Transpose() * b, a.TransposeTimes(b)));
+    EXPECT_TRUE(NearM(a * b.Transpose(), a.TimesTranspose(b)));
+    // u^T A w with u = (1, -2, 0.5), w = (3, 1, 2): A w = (6, 2, 9.75).
+    EXPECT_NEAR(R(6 - 4 + 4.875), a.QDotProduct(Vector3<R>(1, -2, 0.5), Vector3<R>(3, 1, 2)), Tolerance<R>());
+
+    Matrix4<R> m4 = General4<R>();
+    EXPECT_EQ(m4, m4 * Matrix4<R>::IDENTITY);
+    EXPECT_EQ(m4, Matrix4<R>::IDENTITY * m4);
+    Vector4<R> h(1, 2, -1, 0.5);
+    EXPECT_TRUE(Near<R>(m4 * (m4 * h), (m4 * m4) * h, 4));
+    EXPECT_TRUE(Near<R>(m4.Transpose() * m4, m4.TransposeTimes(m4), 16));
+
+    Matrix2<R> m2(1, 2, 3, 4);
+    EXPECT_EQ(Matrix2<R>(7, 10, 15, 22), m2 * m2);
+    EXPECT_EQ(Matrix2<R>(5, 11, 11, 25), m2.TimesTranspose(m2));
+}
+
+TYPED_TEST(MatrixTest, InverseTimesMatrixIsIdentity)
+{
+    using R = TypeParam;
+    Matrix2<R> m2(3, 1, -2, 4);
+    EXPECT_TRUE(Near<R>(Matrix2<R>::IDENTITY, m2.Inverse() * m2, 4));
+    EXPECT_TRUE(Near<R>(Matrix2<R>::IDENTITY * m2.Determinant(), m2.Adjoint() * m2, 4));
+
+    Matrix3<R> m3 = General3<R>();
+    EXPECT_TRUE(NearM(Matrix3<R>::IDENTITY, m3.Inverse() * m3));
+    EXPECT_TRUE(NearM(Matrix3<R>::IDENTITY, m3 * m3.Inverse()));
+    EXPECT_TRUE(NearM(Matrix3<R>::IDENTITY * m3.Determinant(), m3.Adjoint() * m3));
+
+    Matrix4<R> m4 = General4<R>();
+    EXPECT_TRUE(Near<R>(Matrix4<R>::IDENTITY, m4.Inverse() * m4, 16));
+    EXPECT_TRUE(Near<R>(Matrix4<R>::IDENTITY, m4 * m4.Inverse(), 16));
+    EXPECT_TRUE(Near<R>(Matrix4<R>::IDENTITY * m4.Determinant(), m4.Adjoint() * m4, 16));
+}
+
+TYPED_TEST(MatrixTest, DeterminantSigns)
+{
+    using R = TypeParam;
+    EXPECT_EQ(R(-2), Matrix2<R>(1, 2, 3, 4).Determinant());
+    EXPECT_EQ(R(-1), Matrix3<R>(0, 1, 0, 1, 0, 0, 0, 0, 1).Determinant());
+    EXPECT_EQ(R(24), Matrix3<R>(2, 1, 7, 0, 3, 5, 0, 0, 4).Determinant());
+    // An odd permutation of the rows of diag(1, 2, 3, 4).
+    EXPECT_EQ(R(-24), Matrix4<R>(0, 2, 0, 0, 1, 0, 0, 0, 0, 0, 3, 0, 0, 0, 0, 4).Determinant());
+    // A cyclic shift of four rows is odd as well.
+    EXPECT_EQ(R(-1), Matrix4<R>(0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 1, 0, 0, 0).Determinant());
+    EXPECT_NEAR(General4<R>().Transpose().Determinant(), General4<R>().Determinant(), Tolerance<R>() * 100);
+}
+
+TYPED_TEST(MatrixTest, InverseRefusesOnlyAnExactlyZeroDeterminant)
+{
+    using R = TypeParam;
+    EXPECT_EQ(Matrix2<R>::ZERO, Matrix2<R>(1, 2, 2, 4).Inverse());
+    EXPECT_EQ(Matrix3<R>::ZERO, Matrix3<R>(1, 2, 3, 2, 4, 6, 0, 1, 1).Inverse());
+    EXPECT_EQ(Matrix4<R>::ZERO, Matrix4<R>(1, 2, 3, 4, 0, 1, 0, 1, 2, 4, 6, 8, 5, 0, 0, 1).Inverse());
+    EXPECT_EQ(Matrix3<R>::ZERO, Matrix3<R>::ZERO.Inverse());
+
+    // A determinant far below ZERO_TOLERANCE still inverts.
+    R tiny = Math<R>::ZERO_TOLERANCE * R(1e-3);
+    Matrix3<R> small(tiny, 0, 0, 0, 1, 0, 0, 0, 1);
+    EXPECT_EQ(R(1) / tiny, small.Inverse()(0, 0));
+    EXPECT_EQ(R(1) / tiny, Matrix4<R>(tiny, 1, 1, 1).Inverse()(0, 0));
+}
+
+TYPED_TEST(MatrixTest, AxisAngleRotatesCounterClockwise)
+{
+    using R = TypeParam;
+    Matrix3<R> rotZ(Vector3<R>::UNIT_Z, Math<R>::HALF_PI);
+    EXPECT_TRUE(NearV(Vector3<R>::UNIT_Y, rotZ * Vector3<R>::UNIT_X));
+    EXPECT_TRUE(NearV(-Vector3<R>::UNIT_X, rotZ * Vector3<R>::UNIT_Y));
+    Matrix3<R> rotX(Vector3<R>::UNIT_X, Math<R>::HALF_PI);
+    EXPECT_TRUE(NearV(Vector3<R>::UNIT_Z, rotX * Vector3<R>::UNIT_Y));
+    Matrix3<R> rotY(Vector3<R>::UNIT_Y, Math<R>::HALF_PI);
+    EXPECT_TRUE(NearV(Vector3<R>::UNIT_X, rotY * Vector3<R>::UNIT_Z));
+
+    Matrix2<R> rot2;
+    rot2.FromAngle(Math<R>::HALF_PI);
+    EXPECT_TRUE(Near<R>(Vector2<R>::UNIT_Y, rot2 * Vector2<R>::UNIT_X, 2));
+    EXPECT_NEAR(Math<R>::HALF_PI, rot2.ToAngle(), Tolerance<R>());
+    rot2.FromAngle(R(-2.5));
+    EXPECT_NEAR(R(-2.5), rot2.ToAngle(), Tolerance<R>());
+
+    // A rotation is orthonormal with determinant 1.
+    Vector3<R> axis(1, 2, 2);
+    axis.Normalize();
+    Matrix3<R> rot(axis, R(0.7));
+    EXPECT_TRUE(NearM(Matrix3<R>::IDENTITY, rot.TransposeTimes(rot)));
+    EXPECT_NEAR(R(1), rot.Determinant(), Tolerance<R>());
+    EXPECT_TRUE(NearV(axis, rot * axis));
+}
+
+TYPED_TEST(MatrixTest, ToAxisAngleRoundTripsOverTheWholeRange)
+{
+    using R = TypeParam;
+    Vector3<R> axes[] = {Vector3<R>::UNIT_X, Vector3<R>::UNIT_Y, -Vector3<R>::UNIT_Z, Vector3<R>(1, -2, 3),
+                         Vector3<R>(-0.3, 0.1, 0.2)};
+    // Small, mid, near and at a half turn: the last ones go through the
+    // symmetric-part branch.
+    R angles[] = {R(0.01), R(1), Math<R>::HALF_PI, R(2.5), Math<R>::PI - R(1e-3), Math<R>::PI};
+    for (Vector3<R> axis : axes) {
+        axis.Normalize();
+        for (R angle : angles) {
+            Matrix3<R> rot(axis, angle);
+            Vector3<R> outAxis;
+            R outAngle;
+            rot.ToAxisAngle(outAxis, outAngle);
+            // A half turn about -A equals one about A; compare the rotations.
+            EXPECT_NEAR(angle, outAngle, R(sizeof(R) == 4 ? 1e-3 : 1e-7)) << angle;
+            EXPECT_TRUE(NearM(rot, Matrix3<R>(outAxis, outAngle))) << angle;
+            EXPECT_NEAR(R(1), outAxis.Length(), Tolerance<R>());
+            if (angle < R(3)) {
+                EXPECT_NEAR(R(1), outAxis.Dot(axis), R(sizeof(R) == 4 ? 1e-4 : 1e-9)) << angle;
+            }
+        }
+    }
+
+    Vector3<R> axis;
+    R angle = -1;
+    Matrix3<R>::IDENTITY.ToAxisAngle(axis, angle);
+    EXPECT_EQ(R(0), angle);
+    EXPECT_EQ(Vector3<R>::UNIT_X, axis);
+}
+
+TYPED_TEST(MatrixTest, OrthonormalizeRepairsADriftedRotation)
+{
+    using R = TypeParam;
+    Matrix3<R> rot(Vector3<R>(0, 0.6, 0.8), R(1.2));
+    Matrix3<R> drifted = rot + Matrix3<R>(1e-3, -2e-3, 0, 1e-3, 0, 5e-4, 0, 1e-3, -1e-3);
+    drifted.Orthonormalize();
+    EXPECT_TRUE(NearM(Matrix3<R>::IDENTITY, drifted.TransposeTimes(drifted)));
+    EXPECT_NEAR(R(1), drifted.Determinant(), Tolerance<R>());
+
+    Matrix2<R> m2(2, 1, 0, 1);
+    m2.Orthonormalize();
+    EXPECT_TRUE(Near<R>(Matrix2<R>::IDENTITY, m2, 4));
+}
+
+TYPED_TEST(MatrixTest, EqualityIsBitwiseAndOrderIsLexicographic)
+{
+    using R = TypeParam;
+    Matrix3<R> identity = Matrix3<R>::IDENTITY;
+    EXPECT_EQ(Matrix3<R>::IDENTITY, identity);
+    identity(0, 1) = -R(0);
+    EXPECT_NE(Matrix3<R>::IDENTITY, identity);
+    EXPECT_TRUE(Matrix3<R>::ZERO < Matrix3<R>::IDENTITY);
+    EXPECT_FALSE(Matrix3<R>::IDENTITY < Matrix3<R>::IDENTITY);
+    EXPECT_TRUE(Matrix4<R>(1, 1, 1, 1) < Matrix4<R>(1, 1, 1, 2));
+    EXPECT_TRUE(Matrix2<R>(0, 9, 9, 9) < Matrix2<R>(1, 0, 0, 0));
+}

@@ -1,0 +1,150 @@
+#include <Wm4/Wm4Quaternion.h>
+
+#include "Wm4TestHelpers.h"
+
+using namespace Wm4;
+using Wm4Test::Near;
+using Wm4Test::NearM;
+using Wm4Test::NearV;
+using Wm4Test::Tolerance;
+
+namespace {
+
+template <class Real>
+class QuaternionTest : public ::testing::Test {};
+TYPED_TEST_SUITE(QuaternionTest, Wm4Test::RealTypes);
+
+// q and -q are the same rotation.
+template <class Real>
+::testing::AssertionResult SameRotation(const Quaternion<Real>& expected, const Quaternion<Real>& actual)
+{
+    if (Near<Real>(expected, actual, 4) || Near<Real>(-expected, actual, 4)) {
+        return ::testing::AssertionSuccess();
+    }
+    return ::testing::AssertionFailure() << "(" << actual.W() << ", " << actual.X() << ", " << actual.Y() << ", "
+                                         << actual.Z() << ") is not +-(" << expected.W() << ", " << expected.X()
+                                         << ", " << expected.Y() << ", " << expected.Z() << ")";
+}
+
+template <class Real>
+Vector3<Real> Unit(Real x, Real y, Real z)
+{
+    Vector3<Real> v(x, y, z);
+    v.Normalize();
+    return v;
+}
+
+} // namespace
+
+TYPED_TEST(QuaternionTest, AxisAngleMatchesTheMatrixRotation)
+{
+    using R = TypeParam;
+    Vector3<R> axis = Unit<R>(1, -2, 0.5);
+    Quaternion<R> q(axis, R(0.9));
+
+    Matrix3<R> fromQuaternion;
+    q.ToRotationMatrix(fromQuaternion);
+    EXPECT_TRUE(NearM(Matrix3<R>(axis, R(0.9)), fromQuaternion));
+
+    Vector3<R> v(0.3, 2, -1);
+    EXPECT_TRUE(NearV(fromQuaternion * v, q.Rotate(v)));
+    // A quarter turn about z takes x to y.
+    EXPECT_TRUE(NearV(Vector3<R>::UNIT_Y, Quaternion<R>(Vector3<R>::UNIT_Z, Math<R>::HALF_PI).Rotate(Vector3<R>::UNIT_X)));
+
+    Vector3<R> outAxis;
+    R outAngle;
+    q.ToAxisAngle(outAxis, outAngle);
+    EXPECT_NEAR(R(0.9), outAngle, Tolerance<R>());
+    EXPECT_TRUE(NearV(axis, outAxis));
+
+    Quaternion<R>::IDENTITY.ToAxisAngle(outAxis, outAngle);
+    EXPECT_EQ(R(0), outAngle);
+    EXPECT_EQ(Vector3<R>::UNIT_X, outAxis);
+}
+
+TYPED_TEST(QuaternionTest, MatrixRoundTripThroughEveryBranch)
+{
+    using R = TypeParam;
+    // Positive trace, then half turns and near-half turns whose largest
+    // diagonal entry is in row 0, 1 and 2, and a few general rotations.
+    struct Case {
+        Vector3<R> axis;
+        R angle;
+    } cases[] = {
+        {Unit<R>(1, 2, 3), R(0.5)},        {Vector3<R>::UNIT_X, Math<R>::PI}, {Vector3<R>::UNIT_Y, Math<R>::PI},
+        {Vector3<R>::UNIT_Z, Math<R>::PI}, {Unit<R>(3, 1, 0.5), R(3)},        {Unit<R>(0.2, -3, 1), R(2.9)},
+        {Unit<R>(0.1, 0.5, -4), R(3.1)},   {Unit<R>(-1, 1, 1), R(2)},         {Unit<R>(1, 0, 0), R(0)},
+    };
+    for (const Case& c : cases) {
+        Matrix3<R> rot(c.axis, c.angle);
+        Quaternion<R> q(rot);
+        EXPECT_NEAR(R(1), q.Length(), Tolerance<R>()) << c.angle;
+        EXPECT_TRUE(SameRotation(Quaternion<R>(c.axis, c.angle), q)) << c.angle;
+        Matrix3<R> back;
+        q.ToRotationMatrix(back);
+        EXPECT_TRUE(NearM(rot, back)) << c.angle;
+    }
+}
+
+TYPED_TEST(QuaternionTest, ProductComposesRotations)
+{
+    using R = TypeParam;
+    Quaternion<R> p(Unit<R>(1, 1, 0), R(0.8)), q(Unit<R>(0, -1, 2), R(2.2));
+    Vector3<R> v(1, -2, 3);
+    EXPECT_TRUE(NearV(p.Rotate(q.Rotate(v)), (p * q).Rotate(v)));
+
+    Matrix3<R> mp, mq, mpq;
+    p.ToRotationMatrix(mp);
+    q.ToRotationMatrix(mq);
+    (p * q).ToRotationMatrix(mpq);
+    EXPECT_TRUE(NearM(mp * mq, mpq));
+
+    // i j = k, and the identity is neutral.
+    EXPECT_EQ(Quaternion<R>(0, 0, 0, 1), Quaternion<R>(0, 1, 0, 0) * Quaternion<R>(0, 0, 1, 0));
+    EXPECT_EQ(Quaternion<R>(0, 0, 0, -1), Quaternion<R>(0, 0, 1, 0) * Quaternion<R>(0, 1, 0, 0));
+    EXPECT_EQ(p, Quaternion<R>::IDENTITY * p);
+}
+
+TYPED_TEST(QuaternionTest, InverseConjugateAndNormalize)
+{
+    using R = TypeParam;
+    Quaternion<R> q(1, 2, -2, 4);
+    EXPECT_EQ(R(25), q.SquaredLength());
+    EXPECT_EQ(Quaternion<R>(1, -2, 2, -4), q.Conjugate());
+    EXPECT_TRUE(Near<R>(Quaternion<R>::IDENTITY, q * q.Inverse(), 4));
+    EXPECT_TRUE(Near<R>(Quaternion<R>::IDENTITY, q.Inverse() * q, 4));
+    EXPECT_EQ(Quaternion<R>::ZERO, Quaternion<R>::ZERO.Inverse());
+
+    EXPECT_EQ(R(5), q.Normalize());
+    EXPECT_TRUE(Near<R>(Quaternion<R>(0.2, 0.4, -0.4, 0.8), q, 4));
+    Quaternion<R> tiny(Math<R>::ZERO_TOLERANCE * R(0.5), 0, 0, 0);
+    EXPECT_EQ(R(0), tiny.Normalize());
+    EXPECT_EQ(Quaternion<R>::ZERO, tiny);
+}
+
+TYPED_TEST(QuaternionTest, SlerpFollowsTheArc)
+{
+    using R = TypeParam;
+    Quaternion<R> p = Quaternion<R>::IDENTITY;
+    Quaternion<R> q(Vector3<R>::UNIT_Z, Math<R>::HALF_PI);
+    Quaternion<R> s;
+    EXPECT_TRUE(Near<R>(p, s.Slerp(R(0), p, q), 4));
+    EXPECT_TRUE(Near<R>(q, s.Slerp(R(1), p, q), 4));
+    s.Slerp(R(0.5), p, q);
+    EXPECT_TRUE(Near<R>(Quaternion<R>(Vector3<R>::UNIT_Z, Math<R>::HALF_PI / 2), s, 4));
+    EXPECT_NEAR(R(1), s.Length(), Tolerance<R>());
+    s.Slerp(R(0.25), p, q);
+    EXPECT_TRUE(Near<R>(Quaternion<R>(Vector3<R>::UNIT_Z, Math<R>::HALF_PI / 4), s, 4));
+
+    // No sign flip: with Dot(p, q) < 0 the interpolation takes the long arc,
+    // so halfway to a 270-degree turn is a 135-degree turn.
+    Quaternion<R> far(Vector3<R>::UNIT_Z, R(1.5) * Math<R>::PI);
+    ASSERT_LT(p.Dot(far), R(0));
+    s.Slerp(R(0.5), p, far);
+    EXPECT_TRUE(Near<R>(Quaternion<R>(Vector3<R>::UNIT_Z, R(0.75) * Math<R>::PI), s, 4));
+
+    // Quaternions closer than the tolerance give p itself.
+    Quaternion<R> almost(Vector3<R>::UNIT_X, Math<R>::ZERO_TOLERANCE);
+    EXPECT_EQ(p, s.Slerp(R(0.5), p, p));
+    EXPECT_EQ(p, s.Slerp(R(0.7), p, almost));
+}

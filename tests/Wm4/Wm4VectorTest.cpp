@@ -1,0 +1,133 @@
+#include <Wm4/Wm4Vector2.h>
+#include <Wm4/Wm4Vector3.h>
+#include <Wm4/Wm4Vector4.h>
+
+#include "Wm4TestHelpers.h"
+
+#include <cstddef>
+#include <set>
+
+using namespace Wm4;
+using Wm4Test::NearV;
+using Wm4Test::Tolerance;
+
+namespace {
+
+template <class Real>
+class VectorTest : public ::testing::Test {};
+TYPED_TEST_SUITE(VectorTest, Wm4Test::RealTypes);
+
+} // namespace
+
+TYPED_TEST(VectorTest, AccessorsAndArithmetic)
+{
+    using R = TypeParam;
+    Vector3<R> v(1, -2, 3);
+    v.Y() = 5;
+    v[2] = 7;
+    EXPECT_EQ(Vector3<R>(1, 5, 7), v);
+    EXPECT_EQ(Vector3<R>(2, 10, 14), R(2) * v);
+    v += Vector3<R>::UNIT_X;
+    v /= R(2);
+    EXPECT_EQ(Vector3<R>(1, 2.5, 3.5), v);
+
+    Vector4<R> h(1, 2, 3, 4);
+    h.W() = 2;
+    EXPECT_EQ(R(1 + 4 + 9 + 4), h.SquaredLength());
+
+    // Any integer type indexes without ambiguity against the pointer conversion.
+    std::ptrdiff_t one = 1;
+    std::size_t two = 2;
+    long long zero = 0;
+    EXPECT_EQ(R(2.5), v[one]);
+    EXPECT_EQ(R(3.5), v[two]);
+    EXPECT_EQ(R(0), Matrix3<R>::IDENTITY[one][zero]);
+
+    R raw[3] = {7, 8, 9};
+    EXPECT_EQ(Vector3<R>(7, 8, 9), Vector3<R>(raw));
+}
+
+TYPED_TEST(VectorTest, NormalizeReturnsTheOldLengthAndZeroesTinyVectors)
+{
+    using R = TypeParam;
+    Vector3<R> v(3, 0, 4);
+    EXPECT_EQ(R(5), v.Normalize());
+    EXPECT_TRUE(NearV(Vector3<R>(0.6, 0, 0.8), v));
+
+    // Just under the tolerance: zero vector, 0 returned.
+    Vector3<R> tiny(Math<R>::ZERO_TOLERANCE * R(0.5), 0, 0);
+    EXPECT_EQ(R(0), tiny.Normalize());
+    EXPECT_EQ(Vector3<R>::ZERO, tiny);
+
+    // At the tolerance the vector is still normalised.
+    Vector3<R> atTolerance(0, 0, Math<R>::ZERO_TOLERANCE);
+    EXPECT_EQ(Math<R>::ZERO_TOLERANCE, atTolerance.Normalize());
+    EXPECT_EQ(Vector3<R>::UNIT_Z, atTolerance);
+    Vector2<R> small(0, Math<R>::ZERO_TOLERANCE);
+    EXPECT_EQ(Math<R>::ZERO_TOLERANCE, small.Normalize());
+    EXPECT_EQ(Vector2<R>::UNIT_Y, small);
+
+    Vector4<R> zero;
+    EXPECT_EQ(R(0), zero.Normalize());
+    EXPECT_EQ(Vector4<R>::ZERO, zero);
+}
+
+TYPED_TEST(VectorTest, CrossIsRightHanded)
+{
+    using R = TypeParam;
+    EXPECT_EQ(Vector3<R>::UNIT_Z, Vector3<R>::UNIT_X.Cross(Vector3<R>::UNIT_Y));
+    EXPECT_EQ(Vector3<R>::UNIT_X, Vector3<R>::UNIT_Y.Cross(Vector3<R>::UNIT_Z));
+    // Not EXPECT_EQ: == compares bits, and -UNIT_Y holds two negative zeros.
+    EXPECT_TRUE(NearV(-Vector3<R>::UNIT_Y, Vector3<R>::UNIT_X.Cross(Vector3<R>::UNIT_Z)));
+    EXPECT_TRUE(NearV(Vector3<R>::UNIT_Z, Vector3<R>(3, 0, 0).UnitCross(Vector3<R>(2, 5, 0))));
+
+    // The 2D analogues: Perp turns clockwise, DotPerp is the z of the cross product.
+    EXPECT_EQ(Vector2<R>(2, -1), Vector2<R>(1, 2).Perp());
+    EXPECT_EQ(R(1), Vector2<R>::UNIT_X.DotPerp(Vector2<R>::UNIT_Y));
+}
+
+TYPED_TEST(VectorTest, GenerateOrthonormalBasisIsRightHanded)
+{
+    using R = TypeParam;
+    Vector3<R> unitW[] = {Vector3<R>::UNIT_X, Vector3<R>::UNIT_Y, Vector3<R>::UNIT_Z, -Vector3<R>::UNIT_X,
+                          Vector3<R>(1, 2, -3), Vector3<R>(-0.1, 5, 0.2), Vector3<R>(0, 0, -1)};
+    for (Vector3<R> w : unitW) {
+        w.Normalize();
+        Vector3<R> u, v;
+        Vector3<R>::GenerateOrthonormalBasis(u, v, w);
+        EXPECT_NEAR(R(1), u.Length(), Tolerance<R>());
+        EXPECT_NEAR(R(1), v.Length(), Tolerance<R>());
+        EXPECT_NEAR(R(0), u.Dot(v), Tolerance<R>());
+        EXPECT_NEAR(R(0), u.Dot(w), Tolerance<R>());
+        EXPECT_TRUE(NearV(w, u.Cross(v)));
+    }
+}
+
+TYPED_TEST(VectorTest, OrthonormalizeKeepsTheFirstDirection)
+{
+    using R = TypeParam;
+    Vector3<R> u(2, 0, 0), v(1, 1, 0), w(1, 1, 1);
+    Vector3<R>::Orthonormalize(u, v, w);
+    EXPECT_TRUE(NearV(Vector3<R>::UNIT_X, u));
+    EXPECT_TRUE(NearV(Vector3<R>::UNIT_Y, v));
+    EXPECT_TRUE(NearV(Vector3<R>::UNIT_Z, w));
+}
+
+TYPED_TEST(VectorTest, EqualityIsBitwiseAndOrderIsLexicographic)
+{
+    using R = TypeParam;
+    EXPECT_NE(Vector3<R>(0, 0, 0), Vector3<R>(-R(0), 0, 0));
+    EXPECT_FALSE(Vector3<R>(1, 2, 3) == Vector3<R>(1, 2, 3.5));
+    EXPECT_TRUE(Vector3<R>(1, 2, 3) != Vector3<R>(1, 2, 3.5));
+
+    EXPECT_TRUE(Vector3<R>(1, 9, 9) < Vector3<R>(2, 0, 0));
+    EXPECT_TRUE(Vector3<R>(1, 2, 3) < Vector3<R>(1, 2, 4));
+    EXPECT_FALSE(Vector3<R>(1, 2, 3) < Vector3<R>(1, 2, 3));
+    EXPECT_TRUE(Vector2<R>(0, 5) < Vector2<R>(1, -5));
+    EXPECT_TRUE(Vector4<R>(1, 1, 1, 0) < Vector4<R>(1, 1, 1, 1));
+
+    std::set<Vector3<R>> points = {Vector3<R>(1, 0, 0), Vector3<R>(0, 1, 0), Vector3<R>(1, 0, 0), Vector3<R>(0, 0, 1)};
+    ASSERT_EQ(3u, points.size());
+    EXPECT_EQ(Vector3<R>::UNIT_Z, *points.begin());
+    EXPECT_EQ(Vector3<R>::UNIT_X, *points.rbegin());
+}
