@@ -31,16 +31,25 @@ zuController* zuNamedObject::GetController(int i) const
 
 void zuNamedObject::SetControllerQuantity(int quantity)
 {
-    mControllers.resize(static_cast<size_t>(std::max(quantity, 0)));
+    const size_t size = static_cast<size_t>(std::max(quantity, 0));
+    // Controllers dropped from the list may live on elsewhere: they no longer control this.
+    for (size_t i = size; i < mControllers.size(); ++i)
+        if (mControllers[i])
+            static_cast<zuController*>(mControllers[i].get())->SetObject(nullptr);
+    mControllers.resize(size);
 }
 
 void zuNamedObject::SetController(int i, zuController* controller)
 {
     if (i < 0 || i >= GetControllerQuantity())
         return;
+    zuPointer<zuObject>& slot = mControllers[static_cast<size_t>(i)];
+    // The replaced controller may outlive this object: it must not keep pointing at it.
+    if (slot && slot.get() != controller)
+        static_cast<zuController*>(slot.get())->SetObject(nullptr);
     if (controller)
         controller->SetObject(this);
-    mControllers[static_cast<size_t>(i)] = controller;
+    slot = controller;
 }
 
 bool zuNamedObject::AttachController(zuController* controller)

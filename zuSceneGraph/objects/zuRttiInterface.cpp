@@ -13,8 +13,13 @@ const zuRtti zuRttiInterface::TYPE("zuCore.zuRttiInterface", nullptr);
 
 namespace {
 
+struct Factory {
+    zuRttiInterface::FactoryFunction load;
+    zuRttiInterface::CreateFunction create;
+};
+
 // Filled at library start before any worker thread runs, then only read.
-std::unique_ptr<std::unordered_map<std::string, zuRttiInterface::FactoryFunction>> factories;
+std::unique_ptr<std::unordered_map<std::string, Factory>> factories;
 
 } // namespace
 
@@ -22,7 +27,7 @@ bool zuRttiInterface::CreateFactoryMap()
 {
     if (factories)
         return false;
-    factories = std::make_unique<std::unordered_map<std::string, FactoryFunction>>();
+    factories = std::make_unique<std::unordered_map<std::string, Factory>>();
     return true;
 }
 
@@ -31,11 +36,12 @@ void zuRttiInterface::DestroyFactoryMap()
     factories.reset();
 }
 
-bool zuRttiInterface::RegisterFactoryFunction(const std::string& name, FactoryFunction factory)
+bool zuRttiInterface::RegisterFactoryFunction(const std::string& name, FactoryFunction factory,
+                                              CreateFunction create)
 {
     if (!factories)
         CreateFactoryMap();
-    return factories->emplace(name, factory).second;
+    return factories->emplace(name, Factory{factory, create}).second;
 }
 
 void zuRttiInterface::UnregisterFactoryFunction(const std::string& name)
@@ -49,7 +55,15 @@ zuRttiInterface::FactoryFunction zuRttiInterface::GetFactory(const std::string& 
     if (!factories)
         return nullptr;
     auto entry = factories->find(name);
-    return entry == factories->end() ? nullptr : entry->second;
+    return entry == factories->end() ? nullptr : entry->second.load;
+}
+
+zuRttiInterface::CreateFunction zuRttiInterface::GetCreateFunction(const std::string& name)
+{
+    if (!factories)
+        return nullptr;
+    auto entry = factories->find(name);
+    return entry == factories->end() ? nullptr : entry->second.create;
 }
 
 std::vector<std::string> zuRttiInterface::GetFactoryNames()

@@ -15,6 +15,8 @@ class zuLink;
 class zuRttiInterface {
 public:
     using FactoryFunction = zuRttiInterface* (*)(zuBaseStream&);
+    // Builds a default object of a class, for tools and checks that visit every class.
+    using CreateFunction = zuRttiInterface* (*)();
 
     static const zuRtti TYPE;
 
@@ -44,9 +46,17 @@ public:
     static bool CreateFactoryMap();
     static void DestroyFactoryMap();
     // Keeps the first factory of a name: a second registration returns false.
-    static bool RegisterFactoryFunction(const std::string& name, FactoryFunction factory);
+    static bool RegisterFactoryFunction(const std::string& name, FactoryFunction factory,
+                                        CreateFunction create = nullptr);
     static void UnregisterFactoryFunction(const std::string& name);
     static FactoryFunction GetFactory(const std::string& name);
+    // Null when the class registered no default constructor.
+    static CreateFunction GetCreateFunction(const std::string& name);
+    template <class T>
+    static zuRttiInterface* CreateDefault()
+    {
+        return new T;
+    }
     // The registered type names in sorted order (for tools that visit every class).
     static std::vector<std::string> GetFactoryNames();
 };
