@@ -1,6 +1,12 @@
 #include <zuSceneGraph/zuSceneGraph.h>
 
 #include <zuSceneGraph/objects/zuObject.h>
+#include <zuSceneGraph/states/zuAlphaState.h>
+#include <zuSceneGraph/states/zuCullState.h>
+#include <zuSceneGraph/states/zuPolygonOffsetState.h>
+#include <zuSceneGraph/states/zuStencilState.h>
+#include <zuSceneGraph/states/zuWireframeState.h>
+#include <zuSceneGraph/states/zuZBufferState.h>
 
 #include <zuSystem/LibInitCounter.h>
 
@@ -38,6 +44,12 @@ struct FactoryRegistration {
 
 const FactoryRegistration factoryRegistrations[] = {
     {nullptr, nullptr},
+    {zuAlphaState::RegisterFactory, zuAlphaState::UnRegisterFactory},
+    {zuCullState::RegisterFactory, zuCullState::UnRegisterFactory},
+    {zuPolygonOffsetState::RegisterFactory, zuPolygonOffsetState::UnRegisterFactory},
+    {zuStencilState::RegisterFactory, zuStencilState::UnRegisterFactory},
+    {zuWireframeState::RegisterFactory, zuWireframeState::UnRegisterFactory},
+    {zuZBufferState::RegisterFactory, zuZBufferState::UnRegisterFactory},
 };
 
 } // namespace

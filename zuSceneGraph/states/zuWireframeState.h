@@ -1,0 +1,31 @@
+#pragma once
+
+#include <zuSceneGraph/states/zuGlobalState.h>
+#include <zuSceneGraph/stream/zuBaseStream.h>
+
+namespace zu {
+
+// Whether a renderer draws polygons as their edges only.
+class zuWireframeState : public zuGlobalState {
+public:
+    static const zuRtti TYPE;
+    static zuRttiInterface* Factory(zuBaseStream& stream) { return zuBaseStream::LoadNew<zuWireframeState>(stream); }
+    static void RegisterFactory() { RegisterFactoryFunction(TYPE.GetName(), Factory, CreateDefault<zuWireframeState>); }
+    static void UnRegisterFactory() { UnregisterFactoryFunction(TYPE.GetName()); }
+
+    zuWireframeState() = default;
+
+    const zuRtti& GetType() const override { return TYPE; }
+    StateType GetStateType() const override { return WIREFRAME; }
+
+    int GetDiskUsed(const zuBaseStream& stream) const override;
+    void Save(zuBaseStream& stream) const override;
+    void Load(zuBaseStream& stream, zuLink* link) override;
+    bool Equals(const zuRttiInterface* other) const override;
+    // Creates the target when it is null.
+    bool Clone(zuRttiInterface*& target) const override;
+
+    bool Enabled = false;
+};
+
+} // namespace zu
