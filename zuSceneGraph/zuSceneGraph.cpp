@@ -1,6 +1,7 @@
 #include <zuSceneGraph/zuSceneGraph.h>
 
 #include <zuSceneGraph/objects/zuObject.h>
+#include <zuSceneGraph/states/zuCamera.h>
 
 #include <zuSystem/LibInitCounter.h>
 
@@ -38,6 +39,7 @@ struct FactoryRegistration {
 
 const FactoryRegistration factoryRegistrations[] = {
     {nullptr, nullptr},
+    {zuCamera::RegisterFactory, zuCamera::UnRegisterFactory},
 };
 
 } // namespace
