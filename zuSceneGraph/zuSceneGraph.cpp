@@ -2,6 +2,7 @@
 
 #include <zuSceneGraph/objects/zuObject.h>
 #include <zuSceneGraph/states/zuCamera.h>
+#include <zuSceneGraph/states/zuLight.h>
 
 #include <zuSystem/LibInitCounter.h>
 
@@ -40,6 +41,7 @@ struct FactoryRegistration {
 const FactoryRegistration factoryRegistrations[] = {
     {nullptr, nullptr},
     {zuCamera::RegisterFactory, zuCamera::UnRegisterFactory},
+    {zuLight::RegisterFactory, zuLight::UnRegisterFactory},
 };
 
 } // namespace
