@@ -274,13 +274,5 @@ TEST_F(Camera, CloneCopiesEveryFieldIntoANewOrExistingCameraOnly)
     EXPECT_FALSE(camera->Clone(target));
 }
 
-TEST_F(Camera, FactoryIsRegisteredAtLibraryStart)
-{
-    EXPECT_NE(zuRttiInterface::GetFactory("zuCore.zuCamera"), nullptr);
-    EXPECT_NE(zuRttiInterface::GetCreateFunction("zuCore.zuCamera"), nullptr);
-    EXPECT_STREQ(zuCamera::TYPE.GetName(), "zuCore.zuCamera");
-    EXPECT_TRUE(zuCamera::TYPE.IsDerived(zuNamedObject::TYPE));
-}
-
 } // namespace
 } // namespace zu::test
