@@ -7,6 +7,8 @@
 #include <zuSceneGraph/states/zuStencilState.h>
 #include <zuSceneGraph/states/zuWireframeState.h>
 #include <zuSceneGraph/states/zuZBufferState.h>
+#include <zuSceneGraph/states/zuCamera.h>
+#include <zuSceneGraph/states/zuLight.h>
 
 #include <zuSystem/LibInitCounter.h>
 
@@ -43,13 +45,14 @@ struct FactoryRegistration {
 };
 
 const FactoryRegistration factoryRegistrations[] = {
-    {nullptr, nullptr},
     {zuAlphaState::RegisterFactory, zuAlphaState::UnRegisterFactory},
     {zuCullState::RegisterFactory, zuCullState::UnRegisterFactory},
     {zuPolygonOffsetState::RegisterFactory, zuPolygonOffsetState::UnRegisterFactory},
     {zuStencilState::RegisterFactory, zuStencilState::UnRegisterFactory},
     {zuWireframeState::RegisterFactory, zuWireframeState::UnRegisterFactory},
     {zuZBufferState::RegisterFactory, zuZBufferState::UnRegisterFactory},
+    {zuCamera::RegisterFactory, zuCamera::UnRegisterFactory},
+    {zuLight::RegisterFactory, zuLight::UnRegisterFactory},
 };
 
 } // namespace
@@ -61,8 +64,7 @@ void initializeZuSceneGraph()
     zuObject::createLibraryMutex();
     zuRttiInterface::CreateFactoryMap();
     for (const FactoryRegistration& entry : factoryRegistrations)
-        if (entry.registerFactory)
-            entry.registerFactory();
+        entry.registerFactory();
 }
 
 void terminateZuSceneGraph()
@@ -70,8 +72,7 @@ void terminateZuSceneGraph()
     if (!LibInitCounter::terminate("scenegraph"))
         return;
     for (auto entry = std::rbegin(factoryRegistrations); entry != std::rend(factoryRegistrations); ++entry)
-        if (entry->unregisterFactory)
-            entry->unregisterFactory();
+        entry->unregisterFactory();
     zuRttiInterface::DestroyFactoryMap();
     zuObject::destroyLibraryMutex();
 }
