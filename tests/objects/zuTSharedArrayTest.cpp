@@ -538,8 +538,8 @@ std::vector<char> claimedArray(const std::string& type, int quantity, int elemen
 
 TEST_F(SharedArray, AHugeQuantityFailsTheLoadBeforeAnythingIsAllocated)
 {
-    // Were the element arrays allocated, these would ask for 8 GiB and 256 GiB: the
-    // sanitizer build aborts on such requests, the release build throws.
+    // Were the element arrays allocated, the second would ask for 256 GiB: the sanitizer
+    // build aborts on such a request, the release build throws.
     for (const char* type : {"zuCore.zuFloatArray", "zuCore.zuMatrix4dArray"}) {
         SCOPED_TRACE(type);
         std::vector<char> bytes = claimedArray(type, 0x7fffffff, 4);
