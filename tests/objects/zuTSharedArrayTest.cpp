@@ -143,22 +143,6 @@ TEST_F(SharedArray, EveryInstantiationHasItsTypeNameElementSizeAndRegisteredFact
     }
 }
 
-TEST_F(SharedArray, CarriesNoNameAndNoControllers)
-{
-    zuPointer<zuFloatArray> array = new zuFloatArray;
-    zuPointer<zuTestController> controller = new zuTestController;
-    array->SetName("named");
-    EXPECT_EQ(array->GetName(), "");
-    EXPECT_FALSE(array->AttachController(controller));
-    array->SetControllerQuantity(3);
-    EXPECT_EQ(array->GetControllerQuantity(), 0);
-    EXPECT_EQ(array->GetController(0), nullptr);
-    EXPECT_EQ(array->GetObjectByName(""), array.get());
-    EXPECT_EQ(array->GetObjectByID(array->GetID()), array.get());
-    EXPECT_EQ(array->GetQuantity(), 0);
-    EXPECT_EQ(array->GetData(), nullptr);
-}
-
 // ---------------------------------------------------------------------------------------
 // Exact bytes at 6.32
 
