@@ -10,7 +10,7 @@
 namespace zu {
 namespace {
 
-// A renderer that answers each release with onRelease, as renderers do.
+// A renderer that answers each release with onRelease when `answers` is set.
 struct Renderer {
     static std::vector<zuBindable*> released;
     static bool answers;
@@ -24,58 +24,31 @@ struct Renderer {
 std::vector<zuBindable*> Renderer::released;
 bool Renderer::answers = true;
 
-class ResourceBindable : public ::testing::Test {
-protected:
-    void SetUp() override
-    {
-        Renderer::released.clear();
-        Renderer::answers = true;
-    }
+TEST(ResourceBindable, ReleaseCallsTheRendererOnceAndStaleReleasesAreIgnored)
+{
     zuResourceIdentifier first, second;
-};
-
-TEST_F(ResourceBindable, ReleaseCallsTheRendererOnce)
-{
-    zuBindable object;
-    EXPECT_EQ(nullptr, object.getIdentifier());
-    object.onLoad(Renderer::release, &first);
-    EXPECT_EQ(&first, object.getIdentifier());
-    object.release();
-    EXPECT_EQ(std::vector<zuBindable*>{&object}, Renderer::released);
-    EXPECT_EQ(nullptr, object.getIdentifier());
-    object.release();
-    EXPECT_EQ(1u, Renderer::released.size());
-}
-
-TEST_F(ResourceBindable, AStaleReleaseIsIgnored)
-{
-    zuBindable object;
-    object.onLoad(Renderer::release, &second);
-    object.onRelease(&first);
-    EXPECT_EQ(&second, object.getIdentifier());
-    object.onRelease(&second);
-    EXPECT_EQ(nullptr, object.getIdentifier());
-    EXPECT_TRUE(Renderer::released.empty());
-}
-
-TEST_F(ResourceBindable, ABindingIsForgottenEvenWhenTheRendererDoesNotAnswer)
-{
-    Renderer::answers = false;
-    zuBindable object;
-    object.onLoad(Renderer::release, &first);
-    object.release();
-    EXPECT_EQ(nullptr, object.getIdentifier());
-}
-
-TEST_F(ResourceBindable, DestructionReleasesAndCopiesAreUnbound)
-{
+    Renderer::released.clear();
     {
         zuBindable object;
         object.onLoad(Renderer::release, &first);
-        zuBindable copy(object);
-        EXPECT_EQ(nullptr, copy.getIdentifier());
+        // A copy is a new object, not bound.
+        EXPECT_EQ(nullptr, zuBindable(object).getIdentifier());
+        object.onRelease(&second);
+        EXPECT_EQ(&first, object.getIdentifier());
+        object.release();
+        object.release();
+        EXPECT_EQ(std::vector<zuBindable*>{&object}, Renderer::released);
+        EXPECT_EQ(nullptr, object.getIdentifier());
+
+        // Forgotten even when the renderer does not answer; destruction releases a binding left.
+        Renderer::answers = false;
+        object.onLoad(Renderer::release, &second);
+        object.release();
+        EXPECT_EQ(nullptr, object.getIdentifier());
+        object.onLoad(Renderer::release, &first);
     }
-    EXPECT_EQ(1u, Renderer::released.size());
+    EXPECT_EQ(3u, Renderer::released.size());
+    Renderer::answers = true;
 }
 
 } // namespace

@@ -143,13 +143,6 @@ TEST_F(ResourceCPURequest, LoadOfAShortenedFileIsStatus64AndLeavesTheResourceNon
     EXPECT_EQ(LoadRequest::STATUS_IO_ERROR, request->getStatus());
 }
 
-TEST_F(ResourceCPURequest, LoadOfADirectoryIsStatus64)
-{
-    std::unique_ptr<LoadRequest> request = loadRequestWith([&](zuTestBlockHandler& h) { h.setResourceFilePath(dir.path()); });
-    request->execute(nullptr);
-    EXPECT_EQ(LoadRequest::STATUS_IO_ERROR, request->getStatus());
-}
-
 TEST_F(ResourceCPURequest, LoadOfABlockTooLargeForMemoryIsStatus128)
 {
     std::unique_ptr<LoadRequest> request =
@@ -220,18 +213,6 @@ TEST_F(ResourceCPURequest, LoadDecodesPackedBlocksThroughTheHandler)
     request.reset(static_cast<LoadRequest*>(zuDynamicLoadingResource::CreateCPULoadRequest(packed, nullptr)));
     request->execute(nullptr);
     EXPECT_EQ(LoadRequest::STATUS_IO_ERROR, request->getStatus());
-}
-
-TEST_F(ResourceCPURequest, HandlersOfAnotherFamilyBuildNoRequest)
-{
-    class ForeignHandler : public zuDynamicLoadingResourceHandler {
-    public:
-        zuDynamicLoadingResourceHandler* clone() const override { return new ForeignHandler; }
-        unsigned int getResourceHandlerType() const override { return zuTestBlockResource::msTestHandlerID; }
-    } foreign;
-    EXPECT_EQ(nullptr, zuDynamicLoadingResource::CreateCPULoadRequest(1, nullptr, &foreign));
-    EXPECT_EQ(nullptr, zuDynamicLoadingResource::CreateCPUDeleteRequest(1, nullptr, &foreign));
-    EXPECT_EQ(nullptr, zuDynamicResourceCPULoadRequest::CreateFromResource(nullptr, nullptr));
 }
 
 TEST_F(ResourceCPURequest, DeleteOfABlockWithoutAFileNeedsForce)

@@ -122,7 +122,8 @@ public:
     // while executing are cancelled here and not counted. Returns the number finalised.
     int finalizeRequests(zuEngineInterface* engine = nullptr, int maxRequests = 0, double maxMilliseconds = 0.0);
     // Waits until a request is ready for finalisation, at most `timeoutMs` (negative:
-    // without limit, while requests remain). True when one is ready.
+    // without limit; only sensible while the workers run). Returns at once when the
+    // controller holds no request. True when one is ready.
     bool waitForFinishedRequests(long timeoutMs);
     // True when the controller holds no request at all.
     bool isIdle() const;
