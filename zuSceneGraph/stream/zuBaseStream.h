@@ -1,6 +1,7 @@
 #pragma once
 
 #include <zuSceneGraph/stream/zuLink.h>
+#include <zuSceneGraph/stream/zuReferenceMap.h>
 #include <zuSceneGraph/stream/zuStreamVersion.h>
 
 #include <Wm4/Wm4ColorRGB.h>
@@ -275,10 +276,6 @@ protected:
     static constexpr int TOP_LEVEL_MARKER_LENGTH = 9;
 
 private:
-    struct Reference {
-        uint32_t pending = 0;
-        zuRttiInterface* object = nullptr;
-    };
     static constexpr unsigned LINK_CHUNK_SHIFT = 15;
     static constexpr size_t LINK_CHUNK_SIZE = size_t(1) << LINK_CHUNK_SHIFT;
 
@@ -337,7 +334,7 @@ private:
     std::vector<const zuRttiInterface*> mOrdered;
     std::vector<std::unique_ptr<zuLink[]>> mLinkChunks;
     size_t mLinkCount = 0;
-    std::unordered_map<uint64_t, Reference> mReferences;
+    zuReferenceMap mReferences;
     std::unordered_map<const zuRttiInterface*, zuRttiCustomInformation*> mCustomInformations;
     std::vector<std::pair<const zuRtti*, zuDataStreamLoader*>> mStreamLoaders;
     zuProgressNotifierInterface* mProgress = nullptr;
@@ -349,7 +346,7 @@ private:
     uint64_t mDataEnd = 0;      // stream offset where the data ends (reading)
     uint64_t mOverflow = 0;     // bytes a save tried to write past its buffer
     bool mStreamError = false;
-    std::string mRecordType;    // type name of the record being read, for messages
+    const std::string* mRecordType = nullptr;  // type name of the record being read, for messages
     uint64_t mRecordStart = 0;
     uint64_t mRecordSize = 0;   // the size field of the record being read (0 before 6.0)
 
