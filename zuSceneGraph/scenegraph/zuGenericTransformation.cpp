@@ -6,6 +6,7 @@
 #include <Wm4/Wm4Math.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 #include <limits>
 
@@ -41,7 +42,7 @@ void mapPointsInPlace(int count, Real* p, const Real* c, const Real* t)
 {
     const Real c00 = c[0], c01 = c[1], c02 = c[2], c10 = c[3], c11 = c[4], c12 = c[5], c20 = c[6], c21 = c[7], c22 = c[8];
     const Real t0 = t[0], t1 = t[1], t2 = t[2];
-    for (int i = 0; i < count; ++i) {
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
         const Real x = p[3 * i], y = p[3 * i + 1], z = p[3 * i + 2];
         if constexpr (withTranslation) {
             p[3 * i] = c00 * x + c01 * y + c02 * z + t0;
@@ -64,7 +65,7 @@ void mapPoints(int count, const Real* in, Real* out, const Real* c, const Real* 
     }
     const Real c00 = c[0], c01 = c[1], c02 = c[2], c10 = c[3], c11 = c[4], c12 = c[5], c20 = c[6], c21 = c[7], c22 = c[8];
     const Real t0 = t[0], t1 = t[1], t2 = t[2];
-    for (int i = 0; i < count; ++i) {
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
         const Real x = in[3 * i], y = in[3 * i + 1], z = in[3 * i + 2];
         if constexpr (withTranslation) {
             out[3 * i] = c00 * x + c01 * y + c02 * z + t0;
@@ -84,7 +85,7 @@ void unmapPointsInPlace(int count, Real* p, const Real* c, const Real* t)
 {
     const Real c00 = c[0], c01 = c[1], c02 = c[2], c10 = c[3], c11 = c[4], c12 = c[5], c20 = c[6], c21 = c[7], c22 = c[8];
     const Real t0 = t[0], t1 = t[1], t2 = t[2];
-    for (int i = 0; i < count; ++i) {
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
         const Real x = p[3 * i] - t0, y = p[3 * i + 1] - t1, z = p[3 * i + 2] - t2;
         p[3 * i] = c00 * x + c01 * y + c02 * z;
         p[3 * i + 1] = c10 * x + c11 * y + c12 * z;
@@ -101,7 +102,7 @@ void unmapPoints(int count, const Real* in, Real* out, const Real* c, const Real
     }
     const Real c00 = c[0], c01 = c[1], c02 = c[2], c10 = c[3], c11 = c[4], c12 = c[5], c20 = c[6], c21 = c[7], c22 = c[8];
     const Real t0 = t[0], t1 = t[1], t2 = t[2];
-    for (int i = 0; i < count; ++i) {
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
         const Real x = in[3 * i] - t0, y = in[3 * i + 1] - t1, z = in[3 * i + 2] - t2;
         out[3 * i] = c00 * x + c01 * y + c02 * z;
         out[3 * i + 1] = c10 * x + c11 * y + c12 * z;
@@ -231,8 +232,8 @@ void zuGenericTransformation<Real>::ApplyForward(int count, const Vector3* input
     }
     // R·diag(S) once, instead of scaling every point first.
     const Matrix3 combined = linearPart();
-    const Real* in = static_cast<const Real*>(input[0]);
-    Real* out = static_cast<Real*>(output[0]);
+    const Real* in = reinterpret_cast<const Real*>(input);
+    Real* out = reinterpret_cast<Real*>(output);
     if (withTranslation)
         mapPoints<Real, true>(count, in, out, combined, translate);
     else
@@ -290,7 +291,7 @@ void zuGenericTransformation<Real>::ApplyInverse(int count, const Vector3* input
     } else {
         combined = zuMatrixInverse<Real>::Compute(matrix);
     }
-    unmapPoints<Real>(count, static_cast<const Real*>(input[0]), static_cast<Real*>(output[0]), combined, translate);
+    unmapPoints<Real>(count, reinterpret_cast<const Real*>(input), reinterpret_cast<Real*>(output), combined, translate);
 }
 
 template <class Real>
