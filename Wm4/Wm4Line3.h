@@ -15,7 +15,10 @@ template <class Real>
 class Line3 {
 public:
     constexpr Line3() : Origin(), Direction() {}
-    constexpr Line3(const Vector3<Real>& origin, const Vector3<Real>& direction) : Origin(origin), Direction(direction) {}
+    constexpr Line3(const Vector3<Real>& origin, const Vector3<Real>& direction)
+        : Origin(origin), Direction(direction)
+    {
+    }
 
     bool operator==(const Line3& line) const { return std::memcmp(this, &line, sizeof(Line3)) == 0; }
     bool operator!=(const Line3& line) const { return !(*this == line); }

@@ -15,7 +15,10 @@ template <class Real>
 class Ray3 {
 public:
     constexpr Ray3() : Origin(), Direction() {}
-    constexpr Ray3(const Vector3<Real>& origin, const Vector3<Real>& direction) : Origin(origin), Direction(direction) {}
+    constexpr Ray3(const Vector3<Real>& origin, const Vector3<Real>& direction)
+        : Origin(origin), Direction(direction)
+    {
+    }
 
     bool operator==(const Ray3& ray) const { return std::memcmp(this, &ray, sizeof(Ray3)) == 0; }
     bool operator!=(const Ray3& ray) const { return !(*this == ray); }

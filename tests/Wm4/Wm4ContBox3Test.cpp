@@ -125,8 +125,8 @@ TYPED_TEST(ContBox3Test, OrientedBoxOfDegeneratePointSets)
     using R = TypeParam;
     // No points: an empty box, which a caller sees as invalid.
     Box3<R> empty = ContOrientedBox<R>(0, nullptr);
-    EXPECT_EQ(Box3<R>(Vector3<R>::ZERO, Vector3<R>::UNIT_X, Vector3<R>::UNIT_Y, Vector3<R>::UNIT_Z, R(-1), R(-1), R(-1)),
-              empty);
+    Box3<R> expected(Vector3<R>::ZERO, Vector3<R>::UNIT_X, Vector3<R>::UNIT_Y, Vector3<R>::UNIT_Z, R(-1), R(-1), R(-1));
+    EXPECT_EQ(expected, empty);
     Vector3<R> one(4, 5, 6);
     EXPECT_EQ(empty, ContOrientedBox<R>(-3, &one));
     EXPECT_EQ(empty, ContOrientedBox<R>(2, nullptr));

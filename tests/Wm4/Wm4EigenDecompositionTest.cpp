@@ -3,6 +3,8 @@
 #include "Wm4GeometryTestHelpers.h"
 #include "Wm4TestHelpers.h"
 
+#include <algorithm>
+
 using namespace Wm4;
 using Wm4Test::NearM;
 using Wm4Test::Tolerance;
@@ -65,8 +67,8 @@ TYPED_TEST(EigenDecompositionTest, RandomSymmetricMatrices)
         EigenDecomposition<R> eigen(m);
         ASSERT_TRUE(IsDecomposition(m, eigen)) << "matrix " << n;
         // The trace is the sum of the eigenvalues.
-        EXPECT_NEAR(m(0, 0) + m(1, 1) + m(2, 2), eigen.GetEigenvalue(0) + eigen.GetEigenvalue(1) + eigen.GetEigenvalue(2),
-                    40 * Tolerance<R>());
+        R sum = eigen.GetEigenvalue(0) + eigen.GetEigenvalue(1) + eigen.GetEigenvalue(2);
+        EXPECT_NEAR(m(0, 0) + m(1, 1) + m(2, 2), sum, 40 * Tolerance<R>());
     }
 }
 

@@ -77,14 +77,15 @@ TYPED_TEST(IntrBox3Box3Test, EdgeAgainstEdgeNeedsTheCrossAxes)
         EXPECT_EQ(gap < 0, Overlap(a, b)) << gap;
 
         // The face axes alone would report an overlap.
+        auto radius = [](const Box3<R>& box, const Vector3<R>& axis) {
+            return box.Extent[0] * Math<R>::FAbs(box.Axis[0].Dot(axis)) +
+                   box.Extent[1] * Math<R>::FAbs(box.Axis[1].Dot(axis)) +
+                   box.Extent[2] * Math<R>::FAbs(box.Axis[2].Dot(axis));
+        };
         Vector3<R> diff = b.Center - a.Center;
         for (const Box3<R>* box : {&a, &b}) {
             for (const Vector3<R>& axis : box->Axis) {
-                R ra = a.Extent[0] * Math<R>::FAbs(a.Axis[0].Dot(axis)) + a.Extent[1] * Math<R>::FAbs(a.Axis[1].Dot(axis)) +
-                       a.Extent[2] * Math<R>::FAbs(a.Axis[2].Dot(axis));
-                R rb = b.Extent[0] * Math<R>::FAbs(b.Axis[0].Dot(axis)) + b.Extent[1] * Math<R>::FAbs(b.Axis[1].Dot(axis)) +
-                       b.Extent[2] * Math<R>::FAbs(b.Axis[2].Dot(axis));
-                EXPECT_LE(Math<R>::FAbs(diff.Dot(axis)), ra + rb);
+                EXPECT_LE(Math<R>::FAbs(diff.Dot(axis)), radius(a, axis) + radius(b, axis));
             }
         }
     }

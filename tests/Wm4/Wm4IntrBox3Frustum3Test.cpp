@@ -22,7 +22,10 @@ struct Scene {
     {
         return moved ? Vector3<Real>(-y - 7, x + 3, z + 11) : Vector3<Real>(x, y, z);
     }
-    Vector3<Real> Direction(Real x, Real y, Real z) const { return moved ? Vector3<Real>(-y, x, z) : Vector3<Real>(x, y, z); }
+    Vector3<Real> Direction(Real x, Real y, Real z) const
+    {
+        return moved ? Vector3<Real>(-y, x, z) : Vector3<Real>(x, y, z);
+    }
     Frustum3<Real> Frustum() const
     {
         return Frustum3<Real>(Point(0, 0, 0), Direction(0, 0, 1), Direction(0, 1, 0), Direction(1, 0, 0), Real(1),

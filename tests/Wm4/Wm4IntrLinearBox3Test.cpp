@@ -26,7 +26,10 @@ struct Frame {
     {
         return moved ? Vector3<Real>(-y + 10, x - 20, z + 30) : Vector3<Real>(x, y, z);
     }
-    Vector3<Real> Direction(Real x, Real y, Real z) const { return moved ? Vector3<Real>(-y, x, z) : Vector3<Real>(x, y, z); }
+    Vector3<Real> Direction(Real x, Real y, Real z) const
+    {
+        return moved ? Vector3<Real>(-y, x, z) : Vector3<Real>(x, y, z);
+    }
     Box3<Real> Box(Real e0 = 1, Real e1 = 2, Real e2 = 3) const
     {
         return Box3<Real>(Point(0, 0, 0), Direction(1, 0, 0), Direction(0, 1, 0), Direction(0, 0, 1), e0, e1, e2);
@@ -54,7 +57,8 @@ bool RayHits(const Frame<Real>& f, Vector3<Real> origin, Vector3<Real> direction
 template <class Real>
 bool SegmentHits(const Frame<Real>& f, Vector3<Real> p0, Vector3<Real> p1, const Box3<Real>& box)
 {
-    return IntrSegment3Box3<Real>(Segment3<Real>(f.Point(p0[0], p0[1], p0[2]), f.Point(p1[0], p1[1], p1[2])), box).Test();
+    Segment3<Real> segment(f.Point(p0[0], p0[1], p0[2]), f.Point(p1[0], p1[1], p1[2]));
+    return IntrSegment3Box3<Real>(segment, box).Test();
 }
 
 } // namespace
