@@ -18,10 +18,6 @@
 namespace zu::test {
 namespace {
 
-class Culler : public ::testing::Test {
-protected:
-    zuTestFactories factories;
-};
 
 // At the origin looking down +x, up +z, right -y; near 1, far 100, 90 degrees both ways.
 zuPointer<zuCamera> lookDownX(bool perspective = true)
@@ -31,6 +27,13 @@ zuPointer<zuCamera> lookDownX(bool perspective = true)
     camera->SetFrustum(1, 100, -1, 1, -1, 1);
     return camera;
 }
+
+class Culler : public ::testing::Test {
+protected:
+    zuTestFactories factories;
+    // The culler does not own its camera: this one outlives every culler of a test.
+    zuPointer<zuCamera> mCamera = lookDownX();
+};
 
 // The eight corners of a camera's view volume, near ones first.
 std::vector<Vec> volumeCorners(const zuCamera& camera)
@@ -87,7 +90,7 @@ TEST_F(Culler, FrustumPlanesBoundTheViewVolumeOfEitherProjection)
 
     // The near and far planes by their values.
     zuCuller culler;
-    culler.SetCamera(lookDownX());
+    culler.SetCamera(mCamera);
     const auto expectPlane = [](const Wm4::Plane3<float>& plane, const Vec& normal, float constant) {
         for (int i = 0; i < 3; ++i)
             EXPECT_FLOAT_EQ(plane.Normal[i], normal[i]);
@@ -117,7 +120,7 @@ TEST_F(Culler, ANullCameraIsStoredAndChangesNothingElse)
 TEST_F(Culler, TheBoundTestVisitsPlanesFromTheLastToTheFirst)
 {
     zuCuller culler;
-    culler.SetCamera(lookDownX());
+    culler.SetCamera(mCamera);
 
     // Fully inside: every frustum bit is cleared, the unused bits stay.
     EXPECT_TRUE(culler.IsVisible(zuBoundingVolume(Vec(50, 0, 0), Vec(1, 1, 1))));
@@ -153,7 +156,7 @@ TEST_F(Culler, TheBoundTestVisitsPlanesFromTheLastToTheFirst)
 TEST_F(Culler, PointTests)
 {
     zuCuller culler;
-    culler.SetCamera(lookDownX());
+    culler.SetCamera(mCamera);
 
     EXPECT_TRUE(culler.IsVisible(Vec(50, 0, 0)));
     EXPECT_EQ(culler.GetPlaneState(), ~0x3Fu);
@@ -184,7 +187,7 @@ TEST_F(Culler, WhichSideClassifiesTheWholeViewVolume)
 {
     zuCuller culler;
     EXPECT_EQ(culler.WhichSide(Wm4::Plane3<float>(Vec(1, 0, 0), 0.5f)), 0) << "no camera";
-    culler.SetCamera(lookDownX());
+    culler.SetCamera(mCamera);
     EXPECT_EQ(culler.WhichSide(Wm4::Plane3<float>(Vec(1, 0, 0), 0.5f)), +1);
     EXPECT_EQ(culler.WhichSide(Wm4::Plane3<float>(Vec(-1, 0, 0), -0.5f)), -1);
     EXPECT_EQ(culler.WhichSide(Wm4::Plane3<float>(Vec(1, 0, 0), 50)), 0);
@@ -201,7 +204,7 @@ TEST_F(Culler, WhichSideClassifiesTheWholeViewVolume)
 TEST_F(Culler, UserClipPlanesFollowTheFrustumPlanes)
 {
     zuCuller culler;
-    culler.SetCamera(lookDownX());
+    culler.SetCamera(mCamera);
     // Keeps y > 0 (the left half of the view).
     EXPECT_TRUE(culler.PushPlane(Wm4::Plane3<float>(Vec(0, 1, 0), 0.0f)));
     EXPECT_EQ(culler.GetPlaneQuantity(), 7);
@@ -245,7 +248,7 @@ TEST_F(Culler, ALeafExactlyBeyondOnePlaneIsDropped)
     root->attachChild(within);
     root->UpdateGS();
     zuCountingCuller culler;
-    culler.SetCamera(lookDownX());
+    culler.SetCamera(mCamera);
     culler.ComputeVisibleSet(root, nullptr, false);
     EXPECT_EQ(beyond->mVisits, 0);
     ASSERT_EQ(culler.GetVisibleSet().size(), 1u);
@@ -270,7 +273,7 @@ TEST_F(Culler, ANodeFullyInsideHandsAZeroMaskToItsChildren)
     b->SetWorldBound(zuBoundingVolume(Vec(-500, 0, 0), Vec(1, 1, 1)));
 
     zuCountingCuller culler;
-    culler.SetCamera(lookDownX());
+    culler.SetCamera(mCamera);
     culler.ComputeVisibleSet(root, nullptr, false);
     ASSERT_EQ(culler.mInserts, 4);
     EXPECT_EQ(culler.GetVisibleSet(), (std::vector<zuRenderableSpatial*>{a, b, c, d}));
@@ -305,7 +308,7 @@ TEST_F(Culler, CullingModesIgnoredObjectsAndInvalidBounds)
     ASSERT_FALSE(unbounded->GetWorldBound().isValid());
 
     zuCountingCuller culler;
-    culler.SetCamera(lookDownX());
+    culler.SetCamera(mCamera);
     culler.ComputeVisibleSet(root, nullptr, false);
     EXPECT_EQ(culler.GetVisibleSet(), (std::vector<zuRenderableSpatial*>{o1, o2, unbounded}));
     EXPECT_TRUE(o1->mNoCullSeen);
@@ -350,7 +353,7 @@ TEST_F(Culler, ComputeVisibleSetNeedsACameraAndAScene)
     EXPECT_TRUE(culler.GetVisibleSet().empty()) << "no camera";
     EXPECT_EQ(probe->mVisits, 0);
 
-    culler.SetCamera(lookDownX());
+    culler.SetCamera(mCamera);
     culler.ComputeVisibleSet(probe, &policy, true);
     EXPECT_EQ(probe->mPolicy, &policy);
     EXPECT_TRUE(probe->mFlag);

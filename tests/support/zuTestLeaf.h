@@ -48,6 +48,11 @@ public:
         ++mWorldUpdates;
         zuRenderableSpatial::UpdateWorldData();
     }
+    void UpdateWorldData_Flags() override
+    {
+        ++mWorldUpdates;
+        zuRenderableSpatial::UpdateWorldData_Flags();
+    }
     // As a geometry leaf: going down marks the bound and a world-data bit of its own.
     uint32_t setDirtyDown(bool down) override
     {
