@@ -10,6 +10,10 @@
 #include <zuSceneGraph/states/zuCamera.h>
 #include <zuSceneGraph/states/zuLight.h>
 #include <zuSceneGraph/objects/zuTSharedArray.h>
+#include <zuSceneGraph/scenegraph/zuLegacyBoxBV.h>
+#include <zuSceneGraph/scenegraph/zuLegacySphereBV.h>
+#include <zuSceneGraph/scenegraph/zuNode.h>
+#include <zuSceneGraph/scenegraph/zuSemanticMetadata.h>
 #include <zuSceneGraph/stream/zuCoreSettings.h>
 
 #include <zuSystem/LibInitCounter.h>
@@ -77,6 +81,10 @@ const FactoryRegistration factoryRegistrations[] = {
     {zuPlane3fArray::RegisterFactory, zuPlane3fArray::UnRegisterFactory},
     {zuPlane3dArray::RegisterFactory, zuPlane3dArray::UnRegisterFactory},
     {zuCoreSettings::RegisterFactory, zuCoreSettings::UnRegisterFactory},
+    {zuLegacySphereBV::RegisterFactory, zuLegacySphereBV::UnRegisterFactory},
+    {zuLegacyBoxBV::RegisterFactory, zuLegacyBoxBV::UnRegisterFactory},
+    {zuSemanticMetadata::RegisterFactory, zuSemanticMetadata::UnRegisterFactory},
+    {zuNode::RegisterFactory, zuNode::UnRegisterFactory},
 };
 
 } // namespace

@@ -1,4 +1,5 @@
 #include "support/zuTestObjects.h"
+#include "support/zuTestLeaf.h"
 
 #include <zuSceneGraph/stream/zuFileStream.h>
 #include <zuSceneGraph/zuSceneGraph.h>
@@ -102,12 +103,14 @@ zuTestFactories::zuTestFactories()
     initializeZuSceneGraph();
     zuTestNode::RegisterFactory();
     zuTestController::RegisterFactory();
+    zuTestLeaf::RegisterFactory();
     zuTestNode::msPostLinkCalls = 0;
     zuTestNode::msPostLinkResult = true;
 }
 
 zuTestFactories::~zuTestFactories()
 {
+    zuTestLeaf::UnRegisterFactory();
     zuTestController::UnRegisterFactory();
     zuTestNode::UnRegisterFactory();
     terminateZuSceneGraph();

@@ -1,0 +1,386 @@
+// The culler with real cameras: frustum planes of both projections, the hierarchical bound
+// test and its plane order, the point and point-set tests, WhichSide, user clip planes,
+// and the culling walk over small trees (plane masks handed to children, culling modes,
+// ignored objects, invalid bounds, runs without a camera).
+
+#include "scenegraph/zuSpatialTestHelpers.h"
+#include "support/zuTestLeaf.h"
+
+#include <zuSceneGraph/culling/zuCuller.h>
+#include <zuSceneGraph/scenegraph/zuLODPolicy.h>
+#include <zuSceneGraph/scenegraph/zuNode.h>
+#include <zuSceneGraph/states/zuCamera.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace zu::test {
+namespace {
+
+
+// At the origin looking down +x, up +z, right -y; near 1, far 100, 90 degrees both ways.
+zuPointer<zuCamera> lookDownX(bool perspective = true)
+{
+    zuPointer<zuCamera> camera = new zuCamera(perspective);
+    camera->SetFrame(Vec(0, 0, 0), Vec(1, 0, 0), Vec(0, 0, 1), Vec(0, -1, 0));
+    camera->SetFrustum(1, 100, -1, 1, -1, 1);
+    return camera;
+}
+
+class Culler : public ::testing::Test {
+protected:
+    zuTestFactories factories;
+    // The culler does not own its camera: this one outlives every culler of a test.
+    zuPointer<zuCamera> mCamera = lookDownX();
+};
+
+// The eight corners of a camera's view volume, near ones first.
+std::vector<Vec> volumeCorners(const zuCamera& camera)
+{
+    std::vector<Vec> corners;
+    const float ratio = camera.IsPerspective() ? camera.GetDMax() / camera.GetDMin() : 1.0f;
+    for (float d : {camera.GetDMin(), camera.GetDMax()})
+        for (float u : {camera.GetUMin(), camera.GetUMax()})
+            for (float r : {camera.GetRMin(), camera.GetRMax()}) {
+                const float scale = d == camera.GetDMin() ? 1.0f : ratio;
+                corners.push_back(camera.GetLocation() + camera.GetDVector() * d + camera.GetUVector() * (u * scale)
+                                  + camera.GetRVector() * (r * scale));
+            }
+    return corners;
+}
+
+TEST_F(Culler, FrustumPlanesBoundTheViewVolumeOfEitherProjection)
+{
+    for (bool perspective : {true, false}) {
+        SCOPED_TRACE(perspective ? "perspective" : "orthographic");
+        // An asymmetric frustum off the origin, looking down +y.
+        zuPointer<zuCamera> camera = new zuCamera(perspective);
+        camera->SetFrame(Vec(10, 20, 30), Vec(0, 1, 0), Vec(0, 0, 1), Vec(1, 0, 0));
+        camera->SetFrustum(0.5f, 250, -0.25f, 0.375f, -0.5f, 0.625f);
+        zuCuller culler;
+        culler.SetCamera(camera);
+        ASSERT_EQ(culler.GetPlaneQuantity(), 6);
+        for (int i = 0; i < 6; ++i)
+            EXPECT_FLOAT_EQ(culler.GetFrustum()[i], camera->GetFrustum()[i]);
+
+        // Each corner lies on the three planes that meet there and inside the others.
+        const std::vector<Vec> corners = volumeCorners(*camera);
+        for (int c = 0; c < 8; ++c) {
+            const bool far = c >= 4, top = c & 2, right = c & 1;
+            const bool on[6] = {!far, far, !top, top, !right, right};
+            for (int p = 0; p < 6; ++p) {
+                const float distance = culler.GetPlane(p).DistanceTo(corners[static_cast<size_t>(c)]);
+                const float size = (corners[static_cast<size_t>(c)] - camera->GetLocation()).Length();
+                if (on[p])
+                    EXPECT_NEAR(distance, 0.0f, 1e-5f * (1.0f + size)) << "corner " << c << " plane " << p;
+                else
+                    EXPECT_GT(distance, 0.0f) << "corner " << c << " plane " << p;
+            }
+        }
+        const Vec middle = camera->GetLocation() + camera->GetDVector() * 100.0f;
+        for (int p = 0; p < 6; ++p) {
+            EXPECT_NEAR(culler.GetPlane(p).Normal.Length(), 1.0f, 1e-6f);
+            EXPECT_GT(culler.GetPlane(p).DistanceTo(middle), 0.0f);
+        }
+        // A perspective volume's side planes hold the eye.
+        for (int p = 2; p < 6 && perspective; ++p)
+            EXPECT_NEAR(culler.GetPlane(p).DistanceTo(camera->GetLocation()), 0.0f, 1e-4f);
+    }
+
+    // The near and far planes by their values.
+    zuCuller culler;
+    culler.SetCamera(mCamera);
+    const auto expectPlane = [](const Wm4::Plane3<float>& plane, const Vec& normal, float constant) {
+        for (int i = 0; i < 3; ++i)
+            EXPECT_FLOAT_EQ(plane.Normal[i], normal[i]);
+        EXPECT_FLOAT_EQ(plane.Constant, constant);
+    };
+    expectPlane(culler.GetPlane(zuCuller::PLANE_NEAR), Vec(1, 0, 0), 1.0f);
+    expectPlane(culler.GetPlane(zuCuller::PLANE_FAR), Vec(-1, 0, 0), -100.0f);
+}
+
+TEST_F(Culler, ANullCameraIsStoredAndChangesNothingElse)
+{
+    zuPointer<zuCamera> camera = lookDownX();
+    zuCuller culler;
+    EXPECT_EQ(culler.GetCamera(), nullptr);
+    culler.SetCamera(camera);
+    culler.SetPlaneState(0x5);
+    const Wm4::Plane3<float> near = culler.GetPlane(0);
+    culler.SetCamera(nullptr);
+    EXPECT_EQ(culler.GetCamera(), nullptr);
+    EXPECT_EQ(culler.GetPlane(0), near);
+    EXPECT_EQ(culler.GetFrustum()[1], 100.0f);
+    EXPECT_EQ(culler.GetPlaneState(), 0x5u);
+    culler.SetCamera(camera);
+    EXPECT_EQ(culler.GetPlaneState(), ~0u);
+}
+
+TEST_F(Culler, TheBoundTestVisitsPlanesFromTheLastToTheFirst)
+{
+    zuCuller culler;
+    culler.SetCamera(mCamera);
+
+    // Fully inside: every frustum bit is cleared, the unused bits stay.
+    EXPECT_TRUE(culler.IsVisible(zuBoundingVolume(Vec(50, 0, 0), Vec(1, 1, 1))));
+    EXPECT_EQ(culler.GetPlaneState(), ~0x3Fu);
+
+    // Straddling the far plane only: its bit stays.
+    culler.SetPlaneState(~0u);
+    EXPECT_TRUE(culler.IsVisible(zuBoundingVolume(Vec(100, 0, 0), Vec(1, 1, 1))));
+    EXPECT_EQ(culler.GetPlaneState(), ~0x3Du);
+
+    // Between the eye and the near plane: inside planes 5 to 1, which are cleared on the
+    // way, then outside plane 0, whose bit is left.
+    culler.SetPlaneState(~0u);
+    EXPECT_FALSE(culler.IsVisible(zuBoundingVolume(Vec(0.5f, 0, 0), Vec(0.1f, 0.1f, 0.1f))));
+    EXPECT_EQ(culler.GetPlaneState(), ~0x3Eu);
+
+    // A cleared bit is not tested again: outside the far plane, but its bit is clear.
+    culler.SetPlaneState(~0x02u);
+    EXPECT_TRUE(culler.IsVisible(zuBoundingVolume(Vec(200, 0, 0), Vec(1, 1, 1))));
+
+    // An invalid bound straddles every plane.
+    culler.SetPlaneState(~0u);
+    EXPECT_TRUE(culler.IsVisible(zuBoundingVolume()));
+    EXPECT_EQ(culler.GetPlaneState(), ~0u);
+
+    // The non-hierarchical test ignores and keeps the state.
+    culler.SetPlaneState(0);
+    EXPECT_FALSE(culler.isVisibleNoHierachy(zuBoundingVolume(Vec(200, 0, 0), Vec(1, 1, 1))));
+    EXPECT_TRUE(culler.isVisibleNoHierachy(zuBoundingVolume(Vec(100, 0, 0), Vec(1, 1, 1))));
+    EXPECT_EQ(culler.GetPlaneState(), 0u);
+}
+
+TEST_F(Culler, PointTests)
+{
+    zuCuller culler;
+    culler.SetCamera(mCamera);
+
+    EXPECT_TRUE(culler.IsVisible(Vec(50, 0, 0)));
+    EXPECT_EQ(culler.GetPlaneState(), ~0x3Fu);
+    culler.SetPlaneState(~0u);
+    EXPECT_TRUE(culler.IsVisible(Vec(100, 0, 0))) << "on the far plane";
+    EXPECT_EQ(culler.GetPlaneState(), ~0x3Du) << "a point on a plane keeps its bit";
+    culler.SetPlaneState(~0u);
+    EXPECT_FALSE(culler.IsVisible(Vec(100.5f, 0, 0)));
+    EXPECT_EQ(culler.GetPlaneState(), ~0x3Cu) << "the side planes were passed before the far one";
+    EXPECT_TRUE(culler.IsVisible(Vec(10, 0, 11))) << "above the top plane, whose bit is clear";
+    culler.SetPlaneState(~0u);
+    EXPECT_FALSE(culler.IsVisible(Vec(10, 0, 11)));
+
+    // A point set is invisible when every point lies outside one and the same plane.
+    culler.SetPlaneState(0x12345678);
+    const Vec behind[2] = {Vec(0.5f, 0, 0), Vec(0.25f, 0.1f, 0)};
+    EXPECT_FALSE(culler.IsVisible(2, behind, false));
+    EXPECT_TRUE(culler.IsVisible(2, behind, true)) << "the near plane skipped";
+    const Vec spread[2] = {Vec(10, 0, 20), Vec(10, 0, -20)};  // above the top, below the bottom
+    EXPECT_TRUE(culler.IsVisible(2, spread, false));
+    const Vec above[2] = {Vec(10, 0, 20), Vec(50, 3, 60)};
+    EXPECT_FALSE(culler.IsVisible(2, above, false));
+    EXPECT_FALSE(culler.IsVisible(0, above, false)) << "no points";
+    EXPECT_EQ(culler.GetPlaneState(), 0x12345678u);
+}
+
+TEST_F(Culler, WhichSideClassifiesTheWholeViewVolume)
+{
+    zuCuller culler;
+    EXPECT_EQ(culler.WhichSide(Wm4::Plane3<float>(Vec(1, 0, 0), 0.5f)), 0) << "no camera";
+    culler.SetCamera(mCamera);
+    EXPECT_EQ(culler.WhichSide(Wm4::Plane3<float>(Vec(1, 0, 0), 0.5f)), +1);
+    EXPECT_EQ(culler.WhichSide(Wm4::Plane3<float>(Vec(-1, 0, 0), -0.5f)), -1);
+    EXPECT_EQ(culler.WhichSide(Wm4::Plane3<float>(Vec(1, 0, 0), 50)), 0);
+    EXPECT_EQ(culler.WhichSide(Wm4::Plane3<float>(Vec(1, 0, 0), 1)), 0) << "the near corners lie on it";
+
+    // Perspective far corners spread to ±100 sideways; orthographic ones stay at ±1.
+    const Wm4::Plane3<float> side(Vec(0, 1, 0), 1.5f);
+    EXPECT_EQ(culler.WhichSide(side), 0);
+    zuPointer<zuCamera> orthographic = lookDownX(false);
+    culler.SetCamera(orthographic);
+    EXPECT_EQ(culler.WhichSide(side), -1);
+}
+
+TEST_F(Culler, UserClipPlanesFollowTheFrustumPlanes)
+{
+    zuCuller culler;
+    culler.SetCamera(mCamera);
+    // Keeps y > 0 (the left half of the view).
+    EXPECT_TRUE(culler.PushPlane(Wm4::Plane3<float>(Vec(0, 1, 0), 0.0f)));
+    EXPECT_EQ(culler.GetPlaneQuantity(), 7);
+    EXPECT_FALSE(culler.IsVisible(zuBoundingVolume(Vec(50, -10, 0), Vec(1, 1, 1))));
+    culler.SetPlaneState(~0u);
+    EXPECT_TRUE(culler.IsVisible(zuBoundingVolume(Vec(50, 10, 0), Vec(1, 1, 1))));
+    EXPECT_EQ(culler.GetPlaneState(), ~0x7Fu);
+
+    for (int i = 7; i < zuCuller::MAX_PLANE_QUANTITY; ++i)
+        EXPECT_TRUE(culler.PushPlane(Wm4::Plane3<float>(Vec(1, 0, 0), -1000.0f)));
+    EXPECT_FALSE(culler.PushPlane(Wm4::Plane3<float>(Vec(1, 0, 0), 0.0f)));
+    culler.SetPlaneState(~0u);
+    EXPECT_TRUE(culler.IsVisible(zuBoundingVolume(Vec(50, 10, 0), Vec(1, 1, 1))));
+    EXPECT_EQ(culler.GetPlaneState(), 0u) << "bit 31 is the last plane's";
+
+    while (culler.PopPlane()) {
+    }
+    EXPECT_EQ(culler.GetPlaneQuantity(), 6);
+    culler.SetPlaneState(~0u);
+    EXPECT_TRUE(culler.IsVisible(zuBoundingVolume(Vec(50, -10, 0), Vec(1, 1, 1))));
+}
+
+// ---------------------------------------------------------------------------------------
+// The walk
+
+zuPointer<zuTestLeaf> leafAt(const Vec& center, const Vec& extents = Vec(1, 1, 1))
+{
+    zuPointer<zuTestLeaf> leaf = new zuTestLeaf(Vec(0, 0, 0), extents);
+    leaf->GetLocalTransform().SetTranslate(center);
+    return leaf;
+}
+
+TEST_F(Culler, ALeafExactlyBeyondOnePlaneIsDropped)
+{
+    zuPointer<zuNode> root = new zuNode;
+    // Touching the far plane from outside, well inside the four sides.
+    zuPointer<zuTestLeaf> beyond = leafAt(Vec(110, 0, 0), Vec(10, 1, 1));
+    // Touching it from inside.
+    zuPointer<zuTestLeaf> within = leafAt(Vec(90, 0, 0), Vec(10, 1, 1));
+    root->attachChild(beyond);
+    root->attachChild(within);
+    root->UpdateGS();
+    zuCountingCuller culler;
+    culler.SetCamera(mCamera);
+    culler.ComputeVisibleSet(root, nullptr, false);
+    EXPECT_EQ(beyond->mVisits, 0);
+    ASSERT_EQ(culler.GetVisibleSet().size(), 1u);
+    EXPECT_EQ(culler.GetVisibleSet()[0], within.get());
+}
+
+TEST_F(Culler, ANodeFullyInsideHandsAZeroMaskToItsChildren)
+{
+    zuPointer<zuNode> root = new zuNode;
+    zuPointer<zuNode> inside = new zuNode;
+    zuPointer<zuNode> straddling = new zuNode;
+    zuPointer<zuTestLeaf> a = leafAt(Vec(50, 0, 0)), b = leafAt(Vec(60, 5, 0));
+    zuPointer<zuTestLeaf> c = leafAt(Vec(100, 0, 0)), d = leafAt(Vec(80, 0, 0));
+    root->attachChild(inside);
+    root->attachChild(straddling);
+    inside->attachChild(a);
+    inside->attachChild(b);
+    straddling->attachChild(c);
+    straddling->attachChild(d);
+    root->UpdateGS();
+    // Moved out of view behind the node's back: not tested, so still drawn.
+    b->SetWorldBound(zuBoundingVolume(Vec(-500, 0, 0), Vec(1, 1, 1)));
+
+    zuCountingCuller culler;
+    culler.SetCamera(mCamera);
+    culler.ComputeVisibleSet(root, nullptr, false);
+    ASSERT_EQ(culler.mInserts, 4);
+    EXPECT_EQ(culler.GetVisibleSet(), (std::vector<zuRenderableSpatial*>{a, b, c, d}));
+    EXPECT_EQ(a->mPlaneStateSeen & 0x3F, 0u);
+    EXPECT_EQ(b->mPlaneStateSeen & 0x3F, 0u);
+    // The straddling node keeps the far plane for its children: c straddles it too, d
+    // lies inside it.
+    EXPECT_EQ(c->mPlaneStateSeen & 0x3F, 0x02u);
+    EXPECT_EQ(d->mPlaneStateSeen & 0x3F, 0u);
+    // The walk restores the state: the next run starts again from every plane.
+    EXPECT_EQ(culler.GetPlaneState(), ~0u);
+}
+
+TEST_F(Culler, CullingModesIgnoredObjectsAndInvalidBounds)
+{
+    zuPointer<zuNode> root = new zuNode;
+    zuPointer<zuNode> outside = new zuNode;    // culling mode 2, behind the camera
+    zuPointer<zuTestLeaf> o1 = leafAt(Vec(-50, 0, 0)), o2 = leafAt(Vec(-60, 0, 0));
+    zuPointer<zuTestLeaf> always = leafAt(Vec(50, 0, 0));   // culling mode 1, in view
+    zuPointer<zuTestLeaf> ignored = leafAt(Vec(40, 0, 0));
+    zuPointer<zuTestLeaf> unbounded = new zuTestLeaf;       // no model bound
+    root->attachChild(outside);
+    outside->attachChild(o1);
+    outside->attachChild(o2);
+    root->attachChild(always);
+    root->attachChild(ignored);
+    root->attachChild(unbounded);
+    outside->SetCullingMode(zuSpatial::CULL_NEVER);
+    always->SetCullingMode(zuSpatial::CULL_ALWAYS);
+    ignored->forceIgnore(true, false, false);
+    root->UpdateGS();
+    ASSERT_FALSE(unbounded->GetWorldBound().isValid());
+
+    zuCountingCuller culler;
+    culler.SetCamera(mCamera);
+    culler.ComputeVisibleSet(root, nullptr, false);
+    EXPECT_EQ(culler.GetVisibleSet(), (std::vector<zuRenderableSpatial*>{o1, o2, unbounded}));
+    EXPECT_TRUE(o1->mNoCullSeen);
+    EXPECT_TRUE(o2->mNoCullSeen);
+    EXPECT_FALSE(unbounded->mNoCullSeen);
+    EXPECT_EQ(always->mVisits, 0);
+    EXPECT_EQ(ignored->mVisits, 0);
+    // An invalid bound clears no bit: the leaf sees the state its parent left.
+    culler.SetPlaneState(~0u);
+    ASSERT_TRUE(culler.IsVisible(root->GetWorldBound()));
+    EXPECT_EQ(unbounded->mPlaneStateSeen, culler.GetPlaneState());
+    EXPECT_NE(culler.GetPlaneState() & 0x3F, 0u);
+}
+
+// A spatial that records the culler's policy while it is walked.
+class PolicyProbe : public zuTestLeaf {
+public:
+    void GetVisibleSet(zuCuller& culler, bool noCull, bool flag) override
+    {
+        mPolicy = culler.getLODPolicy();
+        mFlag = flag;
+        zuTestLeaf::GetVisibleSet(culler, noCull, flag);
+    }
+    const zuLODPolicy* mPolicy = nullptr;
+    bool mFlag = false;
+};
+
+class NoPolicy : public zuLODPolicy {
+public:
+    zuSpatial* selectItem(zuLODNode*, const zuCamera*) const override { return nullptr; }
+};
+
+TEST_F(Culler, ComputeVisibleSetNeedsACameraAndAScene)
+{
+    zuPointer<PolicyProbe> probe = new PolicyProbe;
+    probe->SetModelBound(zuBoundingVolume(Vec(50, 0, 0), Vec(1, 1, 1)));
+    probe->UpdateGS();
+    NoPolicy policy;
+
+    zuCuller culler;
+    culler.ComputeVisibleSet(probe, &policy, true);
+    EXPECT_TRUE(culler.GetVisibleSet().empty()) << "no camera";
+    EXPECT_EQ(probe->mVisits, 0);
+
+    culler.SetCamera(mCamera);
+    culler.ComputeVisibleSet(probe, &policy, true);
+    EXPECT_EQ(probe->mPolicy, &policy);
+    EXPECT_TRUE(probe->mFlag);
+    EXPECT_EQ(culler.getLODPolicy(), nullptr) << "only during the run";
+    ASSERT_EQ(culler.GetVisibleSet().size(), 1u);
+
+    // Without a camera or a scene the previous set stays.
+    culler.ComputeVisibleSet(nullptr, &policy, false);
+    culler.SetCamera(nullptr);
+    culler.ComputeVisibleSet(probe, &policy, false);
+    EXPECT_EQ(probe->mVisits, 1);
+    std::vector<zuRenderableSpatial*> copy{nullptr, nullptr, nullptr};
+    culler.GetVisibleSet(copy);
+    EXPECT_EQ(copy, (std::vector<zuRenderableSpatial*>{probe}));
+}
+
+TEST_F(Culler, TheSetGrowsByDoublingFromOneSlot)
+{
+    zuCuller culler;
+    std::vector<size_t> capacities;
+    zuPointer<zuTestLeaf> leaf = new zuTestLeaf;
+    for (int i = 0; i < 9; ++i) {
+        culler.Insert(leaf);
+        capacities.push_back(culler.GetVisibleSet().capacity());
+    }
+    EXPECT_EQ(capacities, (std::vector<size_t>{1, 2, 4, 4, 8, 8, 8, 8, 16}));
+}
+
+} // namespace
+} // namespace zu::test

@@ -1,0 +1,610 @@
+// Persistence of spatial objects, nodes and semantic metadata: the exact records at 6.32,
+// a mixed tree's round trip, every older version gate (5.0, 5.1-5.12, 5.12, 6.6, 6.28),
+// legacy bounds and global states, and hostile files (cycles, foreign references, shared
+// children, huge counts, absurd depth).
+
+#include "scenegraph/zuSpatialTestHelpers.h"
+#include "support/zuTestLeaf.h"
+
+#include <zuSceneGraph/culling/zuCuller.h>
+#include <zuSceneGraph/scenegraph/zuLegacyBoxBV.h>
+#include <zuSceneGraph/scenegraph/zuNode.h>
+#include <zuSceneGraph/scenegraph/zuSemanticMetadata.h>
+#include <zuSceneGraph/states/zuAlphaState.h>
+#include <zuSceneGraph/states/zuCamera.h>
+#include <zuSceneGraph/states/zuZBufferState.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+
+namespace zu::test {
+namespace {
+
+const zuStreamVersion V6_32(6, 32);
+
+class SpatialStream : public ::testing::Test {
+protected:
+    zuTestFactories factories;
+};
+
+// ---------------------------------------------------------------------------------------
+// Records built by hand
+
+// One record: the type name, the record size from 6.0 on, the identity, then the body.
+void appendRecord(zuBytes& out, const std::string& type, uint64_t identity, const zuBytes& body,
+                  zuStreamVersion version, bool topLevel = false)
+{
+    if (topLevel)
+        out.str("Top Level");
+    out.str(type);
+    if (version >= zuStreamVersion(6, 0))
+        out.i32(static_cast<int32_t>(4 + type.size() + 4 + 8 + body.size()));
+    out.u64(identity).raw(body.bytes().data(), body.size());
+}
+
+zuBytes& boundBytes(zuBytes& out, const zuBoundingVolume& bv, zuStreamVersion version)
+{
+    if (version >= zuStreamVersion(6, 28)) {
+        out.f32(bv.GetRadius());
+        for (float v : {bv.GetExtents()[0], bv.GetExtents()[1], bv.GetExtents()[2], bv.GetCenter()[0],
+                        bv.GetCenter()[1], bv.GetCenter()[2]})
+            out.f32(v);
+        return out;
+    }
+    out.u8(0).f32(bv.GetCenter()[0]).f32(bv.GetCenter()[1]).f32(bv.GetCenter()[2]);
+    out.f32(1).f32(0).f32(0).f32(0).f32(1).f32(0).f32(0).f32(0).f32(1);
+    return out.f32(bv.GetExtents()[0]).f32(bv.GetExtents()[1]).f32(bv.GetExtents()[2]);
+}
+
+// The fields of a spatial object in the order of the stream's version.
+struct SpatialPart {
+    std::string name;
+    zuBytes local, world;
+    int cull = 0;
+    zuBoundingVolume bound;                 // from 6.6
+    uint64_t legacy = 0;                    // before 6.6
+    std::vector<uint64_t> states;           // before 6.6
+    std::vector<uint64_t> droppedList;      // before 5.12
+    float droppedFloat = 0.0f;              // up to 5.0
+    std::vector<uint64_t> metadata;         // ten entries from 5.1 to 5.12
+
+    SpatialPart()
+    {
+        identityBytes(local);
+        identityBytes(world);
+    }
+    void append(zuBytes& out, zuStreamVersion version) const
+    {
+        out.str(name).i32(0);
+        out.raw(local.bytes().data(), local.size()).raw(world.bytes().data(), world.size()).i32(cull);
+        if (version >= zuStreamVersion(6, 6)) {
+            boundBytes(out, bound, version);
+        } else {
+            out.u8(0).u8(0).u64(legacy).i32(static_cast<int32_t>(states.size()));
+            for (uint64_t state : states)
+                out.u64(state);
+        }
+        if (version < zuStreamVersion(5, 12)) {
+            out.i32(static_cast<int32_t>(droppedList.size()));
+            for (uint64_t entry : droppedList)
+                out.u64(entry);
+        }
+        if (version <= zuStreamVersion(5, 0))
+            out.f32(droppedFloat);
+        if (version > zuStreamVersion(5, 12))
+            out.i32(static_cast<int32_t>(metadata.size()));
+        if (version >= zuStreamVersion(5, 1))
+            for (uint64_t entry : metadata)
+                out.u64(entry);
+    }
+};
+
+zuBytes nodeBody(const SpatialPart& part, const std::vector<uint64_t>& children, zuStreamVersion version)
+{
+    zuBytes body;
+    part.append(body, version);
+    body.i32(static_cast<int32_t>(children.size()));
+    for (uint64_t child : children)
+        body.u64(child);
+    return body;
+}
+
+zuBytes leafBody(const SpatialPart& part, const zuBoundingVolume& model, zuStreamVersion version)
+{
+    zuBytes body;
+    part.append(body, version);
+    boundBytes(body, model, version);
+    return body;
+}
+
+zuBytes semanticBody(const std::vector<std::pair<std::string, std::string>>& pairs)
+{
+    zuBytes body;
+    body.str("").i32(0).i32(static_cast<int32_t>(pairs.size()));
+    for (const auto& pair : pairs)
+        body.str(pair.first).str(pair.second);
+    return body;
+}
+
+// A node record with identity transformations, no bound and no metadata.
+void appendPlainNode(zuBytes& out, uint64_t identity, const std::vector<uint64_t>& children, bool topLevel = false)
+{
+    appendRecord(out, "zuCore.zuNode", identity, nodeBody(SpatialPart(), children, V6_32), V6_32, topLevel);
+}
+
+// Loads `bytes`; the loaded top-level objects stay alive with the stream.
+struct Loaded {
+    zuBaseStream stream;
+    bool ok = false;
+    Loaded(std::vector<char> bytes, zuStreamVersion version)
+    {
+        stream.SetVersion(version);
+        ok = stream.Load(bytes.data(), bytes.size());
+    }
+    template <class T> T* top(int i) const
+    {
+        zuRttiInterface* object = stream.GetObjectAt(i);
+        return object && object->IsDerived(T::TYPE) ? static_cast<T*>(object) : nullptr;
+    }
+};
+
+// ---------------------------------------------------------------------------------------
+// 6.32
+
+TEST_F(SpatialStream, NodeAndLeafRecordsAt632)
+{
+    zuPointer<zuNode> root = new zuNode;
+    root->SetName("root");
+    const Wm4::Matrix3<float> quarter(0, -1, 0, 1, 0, 0, 0, 0, 1);
+    root->SetLocalTransform(rsTransform(quarter, Vec(2, 2, 2), Vec(1, 2, 3)));
+    zuGenericTransformation<float> moved;
+    moved.SetTranslate(Vec(5, 6, 7));
+    root->SetWorldTransform(moved);
+    root->SetCullingMode(zuSpatial::CULL_NEVER);
+    root->SetWorldBound(zuBoundingVolume(Vec(1, 2, 3), Vec(3, 4, 12)));
+    zuPointer<zuSemanticMetadata> semantic = new zuSemanticMetadata;
+    semantic->setValue("PartNumber", "A-1234");
+    root->setMetadata(semantic);
+    zuPointer<zuTestLeaf> leaf = new zuTestLeaf(Vec(0, 0, 0), Vec(0.5f, 0.5f, 2));
+    leaf->SetName("bolt");
+    root->attachChild(leaf);
+
+    SpatialPart rootPart;
+    rootPart.name = "root";
+    rootPart.local = zuBytes();
+    transformBytes(rootPart.local, quarter, Vec(1, 2, 3), Vec(2, 2, 2), false, true, true);
+    rootPart.world = zuBytes();
+    transformBytes(rootPart.world, Wm4::Matrix3<float>::IDENTITY, Vec(5, 6, 7), Vec(1, 1, 1), false, true, true);
+    rootPart.cull = 2;
+    rootPart.bound = zuBoundingVolume(Vec(1, 2, 3), Vec(3, 4, 12));
+    rootPart.metadata = {id(semantic)};
+    SpatialPart leafPart;
+    leafPart.name = "bolt";
+
+    zuBytes expected;
+    appendRecord(expected, "zuCore.zuNode", id(root), nodeBody(rootPart, {id(leaf)}, V6_32), V6_32, true);
+    appendRecord(expected, "zuCore.zuSemanticMetadata", id(semantic), semanticBody({{"PartNumber", "A-1234"}}), V6_32);
+    appendRecord(expected, "zuTest.zuTestLeaf", id(leaf),
+                 leafBody(leafPart, zuBoundingVolume(Vec(0, 0, 0), Vec(0.5f, 0.5f, 2)), V6_32), V6_32);
+    const std::vector<char> saved = saveToBytes({root}, V6_32);
+    EXPECT_EQ(saved, expected.bytes());
+
+    // The node record by its known size: 4 + 13 + 4 + 8 header, name 8, controllers 4,
+    // two transformations 126, culling mode 4, bound 28, metadata 4 + 8, children 4 + 8.
+    zuBaseStream sizer;
+    sizer.SetVersion(V6_32);
+    EXPECT_EQ(root->GetDiskUsed(sizer), 29 + 8 + 4 + 126 + 4 + 28 + 12 + 12);
+}
+
+TEST_F(SpatialStream, AMixedTreeRoundTripsAt632)
+{
+    zuPointer<zuNode> root = new zuNode;
+    zuPointer<zuNode> group = new zuNode;
+    zuPointer<zuTestLeaf> a = new zuTestLeaf(Vec(1, 0, 0), Vec(1, 1, 1));
+    zuPointer<zuTestLeaf> b = new zuTestLeaf(Vec(0, 1, 0), Vec(1, 2, 1));
+    zuPointer<zuSemanticMetadata> shared = new zuSemanticMetadata;
+    shared->setValue("Material", "steel");
+    shared->setValue("Supplier", "");
+    root->SetName("root");
+    group->SetLocalTransform(rsTransform(rotation({0, 0, 1}, 30), Vec(2, 2, 2), Vec(0, 0, 5)));
+    b->SetCullingMode(zuSpatial::CULL_ALWAYS);
+    root->attachChild(group);
+    root->setChild(0, nullptr);  // an empty slot survives
+    root->setNbChildren(2);
+    root->setChild(1, group);
+    group->attachChild(a);
+    group->attachChild(b);
+    group->setMetadata(shared);
+    a->setMetadata(shared);
+    root->UpdateGS();
+
+    Loaded loaded(saveToBytes({root}, V6_32), V6_32);
+    ASSERT_TRUE(loaded.ok);
+    zuNode* copy = loaded.top<zuNode>(0);
+    ASSERT_NE(copy, nullptr);
+    EXPECT_TRUE(copy->Equals(root));
+    ASSERT_EQ(copy->getNbChildren(), 2);
+    EXPECT_EQ(copy->getChild(0), nullptr);
+    auto* copyGroup = static_cast<zuNode*>(copy->getChild(1));
+    ASSERT_TRUE(copyGroup && copyGroup->IsExactly(zuNode::TYPE));
+    EXPECT_EQ(copyGroup->GetParent(), copy);
+    EXPECT_TRUE(copyGroup->Equals(group));
+    ASSERT_EQ(copyGroup->getNbChildren(), 2);
+    auto* copyA = static_cast<zuTestLeaf*>(copyGroup->getChild(0));
+    auto* copyB = static_cast<zuTestLeaf*>(copyGroup->getChild(1));
+    ASSERT_TRUE(copyA && copyB && copyA->IsExactly(zuTestLeaf::TYPE));
+    EXPECT_TRUE(copyA->Equals(a));
+    EXPECT_TRUE(copyB->Equals(b));
+    EXPECT_EQ(copyB->GetCullingMode(), zuSpatial::CULL_ALWAYS);
+    EXPECT_EQ(copyA->GetWorldBound(), a->GetWorldBound());
+    EXPECT_EQ(copy->GetWorldBound(), root->GetWorldBound());
+    EXPECT_TRUE(copy->isBoundFromBox());
+
+    // The record is shared as it was, with its pairs in order.
+    auto* copyShared = static_cast<zuSemanticMetadata*>(copyGroup->getMetadata(zuSemanticMetadata::TYPE_KEY));
+    ASSERT_NE(copyShared, nullptr);
+    EXPECT_EQ(copyA->getMetadataAt(0), copyShared);
+    EXPECT_TRUE(copyShared->Equals(shared));
+    ASSERT_EQ(copyShared->getQuantity(), 2);
+    EXPECT_EQ(copyShared->getKeyAt(1), "Supplier");
+
+    // Linking went through setChild: the loaded tree carries the attach marks.
+    EXPECT_EQ(copyA->GetDirtyMask(), 0x2040u);
+    EXPECT_EQ(copy->GetUpdateMask() & 0x2041u, 0x2041u);
+}
+
+TEST_F(SpatialStream, SemanticMetadataKeepsTheLastValueOfARepeatedKey)
+{
+    zuBytes bytes;
+    appendRecord(bytes, "zuCore.zuSemanticMetadata", 0x10,
+                 semanticBody({{"a", "1"}, {"b", "2"}, {"a", "3"}}), V6_32, true);
+    Loaded loaded(bytes.bytes(), V6_32);
+    ASSERT_TRUE(loaded.ok);
+    auto* semantic = loaded.top<zuSemanticMetadata>(0);
+    ASSERT_NE(semantic, nullptr);
+    ASSERT_EQ(semantic->getQuantity(), 2);
+    std::string value;
+    EXPECT_TRUE(semantic->getValue("a", value));
+    EXPECT_EQ(value, "3");
+    EXPECT_EQ(semantic->getKeyAt(1), "b");
+    EXPECT_FALSE(semantic->getValue("c", value));
+    EXPECT_TRUE(semantic->removeKey("a"));
+    EXPECT_FALSE(semantic->hasKey("a"));
+}
+
+// ---------------------------------------------------------------------------------------
+// Older gates
+
+TEST_F(SpatialStream, Version55HoldsTenMetadataSlots)
+{
+    const zuStreamVersion v55(5, 5);
+    zuPointer<zuNode> node = new zuNode;
+    zuPointer<zuSemanticMetadata> semantic = new zuSemanticMetadata;
+    node->setMetadata(semantic);
+    SpatialPart part;
+    part.metadata = {id(semantic), 0, 0, 0, 0, 0, 0, 0, 0, 0};
+    zuBytes expected;
+    appendRecord(expected, "zuCore.zuNode", id(node), nodeBody(part, {}, v55), v55, true);
+    appendRecord(expected, "zuCore.zuSemanticMetadata", id(semantic), semanticBody({}), v55);
+    EXPECT_EQ(saveToBytes({node}, v55), expected.bytes());
+
+    // Records in slots 3 and 7 load into a list of exactly ten slots.
+    zuBytes bytes;
+    SpatialPart crafted;
+    crafted.metadata = {0, 0, 0, 0x30, 0, 0, 0, 0x70, 0, 0};
+    appendRecord(bytes, "zuCore.zuNode", 0x1, nodeBody(crafted, {}, v55), v55, true);
+    appendRecord(bytes, "zuCore.zuSemanticMetadata", 0x30, semanticBody({{"slot", "3"}}), v55);
+    appendRecord(bytes, "zuCore.zuSemanticMetadata", 0x70, semanticBody({{"slot", "7"}}), v55);
+    Loaded loaded(bytes.bytes(), v55);
+    ASSERT_TRUE(loaded.ok);
+    zuNode* copy = loaded.top<zuNode>(0);
+    ASSERT_NE(copy, nullptr);
+    ASSERT_EQ(copy->getMetadataQuantity(), 10);
+    for (int i = 0; i < 10; ++i)
+        EXPECT_EQ(copy->getMetadataAt(i) != nullptr, i == 3 || i == 7) << "slot " << i;
+    std::string value;
+    ASSERT_NE(copy->getMetadataAt(7), nullptr);
+    static_cast<zuSemanticMetadata*>(copy->getMetadataAt(7))->getValue("slot", value);
+    EXPECT_EQ(value, "7");
+}
+
+TEST_F(SpatialStream, BelowVersion66TheBoundAndStatesAreSeparateObjects)
+{
+    const zuStreamVersion v60(6, 0);
+    zuPointer<zuAlphaState> alpha = new zuAlphaState;
+    alpha->BlendEnabled = true;
+    zuPointer<zuZBufferState> zbuffer = new zuZBufferState;
+    zbuffer->Writable = false;
+    const auto recordOf = [&](zuRttiInterface* object) {
+        const std::vector<char> saved = saveToBytes({object}, v60);
+        return std::vector<char>(saved.begin() + 13, saved.end());  // after the top-level marker
+    };
+
+    // A leaf whose legacy bound is a rotated box, with two global states and a foreign
+    // reference in a state slot (a node, dropped).
+    SpatialPart part;
+    part.legacy = 0xB0;
+    part.states = {id(alpha), 0xC0, id(zbuffer)};
+    zuBytes box;
+    box.str("").i32(0).f32(1).f32(2).f32(3);
+    box.f32(0).f32(1).f32(0).f32(-1).f32(0).f32(0).f32(0).f32(0).f32(1);
+    box.f32(3).f32(4).f32(12);
+    zuBytes bytes;
+    appendRecord(bytes, "zuTest.zuTestLeaf", 0xA0, leafBody(part, zuBoundingVolume(Vec(0, 0, 0), Vec(1, 1, 1)), v60), v60, true);
+    appendRecord(bytes, "zuCore.zuLegacyBoxBV", 0xB0, box, v60);
+    const std::vector<char> alphaRecord = recordOf(alpha), zbufferRecord = recordOf(zbuffer);
+    bytes.raw(alphaRecord.data(), alphaRecord.size());
+    appendRecord(bytes, "zuCore.zuNode", 0xC0, nodeBody(SpatialPart(), {}, v60), v60);
+    bytes.raw(zbufferRecord.data(), zbufferRecord.size());
+
+    Loaded loaded(bytes.bytes(), v60);
+    ASSERT_TRUE(loaded.ok);
+    auto* leaf = loaded.top<zuTestLeaf>(0);
+    ASSERT_NE(leaf, nullptr);
+    EXPECT_EQ(leaf->GetWorldBound().GetCenter(), Vec(1, 2, 3));
+    EXPECT_EQ(leaf->GetWorldBound().GetExtents(), Vec(3, 4, 12)) << "the box's axes are dropped";
+    EXPECT_EQ(leaf->GetWorldBound().GetRadius(), 13.0f);
+    EXPECT_TRUE(leaf->isBoundFromBox());
+    ASSERT_EQ(leaf->getGlobalStateQuantity(), 2);
+    EXPECT_TRUE(leaf->getGlobalState(0)->Equals(alpha));
+    EXPECT_TRUE(leaf->getGlobalState(1)->Equals(zbuffer));
+    EXPECT_EQ(leaf->GetModelBound().GetExtents(), Vec(1, 1, 1));
+
+    // Saving below 6.6 writes the bound as a legacy sphere and the states by reference;
+    // loading turns the sphere of radius r into the cube of half-size r.
+    zuPointer<zuTestLeaf> original = new zuTestLeaf;
+    original->SetWorldBound(zuBoundingVolume(Vec(1, 1, 1), Vec(3, 4, 12)));
+    original->setGlobalState(alpha);
+    original->setGlobalState(zbuffer);
+    original->setMetadata(new zuSemanticMetadata);
+    Loaded again(saveToBytes({original}, v60), v60);
+    ASSERT_TRUE(again.ok);
+    auto* copy = again.top<zuTestLeaf>(0);
+    ASSERT_NE(copy, nullptr);
+    EXPECT_EQ(copy->GetWorldBound().GetCenter(), Vec(1, 1, 1));
+    EXPECT_EQ(copy->GetWorldBound().GetExtents(), Vec(13, 13, 13));
+    EXPECT_FALSE(copy->isBoundFromBox());
+    ASSERT_EQ(copy->getGlobalStateQuantity(), 2);
+    EXPECT_TRUE(copy->getGlobalState(0)->Equals(alpha));
+    EXPECT_TRUE(copy->getGlobalState(1)->IsExactly(zuZBufferState::TYPE));
+    EXPECT_EQ(copy->getMetadataQuantity(), 1);
+    EXPECT_TRUE(copy->Equals(original));
+}
+
+TEST_F(SpatialStream, Version50HasADroppedFloatAndNoMetadata)
+{
+    const zuStreamVersion v50(5, 0);
+    zuPointer<zuTestLeaf> leaf = new zuTestLeaf(Vec(1, 2, 3), Vec(1, 1, 1));
+    leaf->setMetadata(new zuSemanticMetadata);  // not written before 5.1
+    SpatialPart part;
+    zuBytes expected;
+    appendRecord(expected, "zuTest.zuTestLeaf", id(leaf), leafBody(part, leaf->GetModelBound(), v50), v50, true);
+    EXPECT_EQ(saveToBytes({leaf}, v50), expected.bytes());
+
+    // Whatever the float holds, the fields after it read right.
+    part.droppedFloat = 123.5f;
+    part.cull = 1;
+    zuBytes bytes;
+    appendRecord(bytes, "zuTest.zuTestLeaf", 0xA0, leafBody(part, zuBoundingVolume(Vec(4, 5, 6), Vec(1, 2, 3)), v50), v50, true);
+    Loaded loaded(bytes.bytes(), v50);
+    ASSERT_TRUE(loaded.ok);
+    auto* copy = loaded.top<zuTestLeaf>(0);
+    ASSERT_NE(copy, nullptr);
+    EXPECT_EQ(copy->GetCullingMode(), 1);
+    EXPECT_EQ(copy->GetModelBound(), zuBoundingVolume(Vec(4, 5, 6), Vec(1, 2, 3)));
+    EXPECT_EQ(copy->getMetadataQuantity(), 0);
+}
+
+TEST_F(SpatialStream, Version510DropsTheOldReferenceList)
+{
+    const zuStreamVersion v510(5, 10);
+    SpatialPart part;
+    part.droppedList = {0x50, 0xDEAD};
+    part.metadata = {0x60, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+    zuBytes bytes;
+    appendRecord(bytes, "zuTest.zuTestLeaf", 0xA0, leafBody(part, zuBoundingVolume(Vec(0, 0, 0), Vec(2, 2, 2)), v510), v510, true);
+    appendRecord(bytes, "zuCore.zuSemanticMetadata", 0x50, semanticBody({{"listed", "dropped"}}), v510);
+    appendRecord(bytes, "zuCore.zuSemanticMetadata", 0x60, semanticBody({{"slot", "0"}}), v510);
+    Loaded loaded(bytes.bytes(), v510);
+    ASSERT_TRUE(loaded.ok);
+    auto* leaf = loaded.top<zuTestLeaf>(0);
+    ASSERT_NE(leaf, nullptr);
+    EXPECT_EQ(leaf->GetModelBound().GetExtents(), Vec(2, 2, 2));
+    ASSERT_EQ(leaf->getMetadataQuantity(), 10);
+    auto* slot0 = static_cast<zuSemanticMetadata*>(leaf->getMetadataAt(0));
+    ASSERT_NE(slot0, nullptr);
+    EXPECT_TRUE(slot0->hasKey("slot"));
+    for (int i = 1; i < 10; ++i)
+        EXPECT_EQ(leaf->getMetadataAt(i), nullptr);
+
+    // Saved back at 5.10, the list is empty and the ten slots are kept.
+    Loaded again(saveToBytes({leaf}, v510), v510);
+    ASSERT_TRUE(again.ok);
+    EXPECT_TRUE(again.top<zuTestLeaf>(0)->Equals(leaf));
+    EXPECT_EQ(again.top<zuTestLeaf>(0)->getMetadataQuantity(), 10);
+}
+
+TEST_F(SpatialStream, EveryGateKeepsSizeAndContentInStep)
+{
+    zuPointer<zuNode> root = new zuNode;
+    zuPointer<zuTestLeaf> leaf = new zuTestLeaf(Vec(1, 2, 3), Vec(1, 1, 1));
+    zuPointer<zuZBufferState> state = new zuZBufferState;
+    root->attachChild(leaf);
+    root->setMetadata(new zuSemanticMetadata);
+    leaf->setGlobalState(state);
+    leaf->SetLocalTransform(rsTransform(rotation({0, 0, 1}, 45), Vec(1, 1, 1), Vec(3, 0, 0)));
+    root->UpdateGS();
+    for (const zuStreamVersion& version : {zuStreamVersion(4, 9), zuStreamVersion(5, 0), zuStreamVersion(5, 1),
+                                           zuStreamVersion(5, 12), zuStreamVersion(5, 13), zuStreamVersion(6, 5),
+                                           zuStreamVersion(6, 6), zuStreamVersion(6, 27), zuStreamVersion(6, 28),
+                                           V6_32}) {
+        SCOPED_TRACE(std::to_string(version.GetMajor()) + "." + std::to_string(version.GetMinor()));
+        const std::vector<char> bytes = saveToBytes({root}, version);
+        ASSERT_FALSE(bytes.empty()) << "the sizes differ from what is written";
+        Loaded loaded(bytes, version);
+        ASSERT_TRUE(loaded.ok);
+        zuNode* copy = loaded.top<zuNode>(0);
+        ASSERT_NE(copy, nullptr);
+        EXPECT_TRUE(copy->Equals(root));
+        auto* copyLeaf = static_cast<zuTestLeaf*>(copy->getChild(0));
+        ASSERT_NE(copyLeaf, nullptr);
+        EXPECT_TRUE(copyLeaf->Equals(leaf));
+        EXPECT_EQ(copyLeaf->getGlobalStateQuantity(), version < zuStreamVersion(6, 6) ? 1 : 0);
+        EXPECT_EQ(copy->getMetadataQuantity(),
+                  version < zuStreamVersion(5, 1) ? 0 : version <= zuStreamVersion(5, 12) ? 10 : 1);
+        // From 6.6 the bound is stored as it is; before, through a legacy sphere.
+        if (version >= zuStreamVersion(6, 6))
+            EXPECT_EQ(copyLeaf->GetWorldBound(), leaf->GetWorldBound());
+        else
+            EXPECT_FLOAT_EQ(copyLeaf->GetWorldBound().GetExtents()[0], leaf->GetWorldBound().GetRadius());
+    }
+}
+
+// ---------------------------------------------------------------------------------------
+// Hostile files
+
+int chainDepth(const zuSpatial* root)
+{
+    int depth = 0;
+    for (const zuSpatial* s = root; s && s->IsDerived(zuNode::TYPE); s = static_cast<const zuNode*>(s)->getChild(0))
+        ++depth;
+    return depth;
+}
+
+TEST_F(SpatialStream, ReferencesThatWouldCloseACycleAreDropped)
+{
+    // 0xA -> 0xB -> 0xC -> 0xA, and 0xD -> 0xD, linked in file order.
+    zuBytes bytes;
+    appendPlainNode(bytes, 0xA, {0xB}, true);
+    appendPlainNode(bytes, 0xB, {0xC});
+    appendPlainNode(bytes, 0xC, {0xA});
+    appendPlainNode(bytes, 0xD, {0xD}, true);
+    // The same cycle with its records in reverse order.
+    appendPlainNode(bytes, 0x13, {0x11});
+    appendPlainNode(bytes, 0x12, {0x13});
+    appendPlainNode(bytes, 0x11, {0x12}, true);
+    Loaded loaded(bytes.bytes(), V6_32);
+    ASSERT_TRUE(loaded.ok);
+    ASSERT_EQ(loaded.stream.GetObjectCount(), 3);
+    zuNode* a = loaded.top<zuNode>(0);
+    zuNode* d = loaded.top<zuNode>(1);
+    zuNode* first = loaded.top<zuNode>(2);
+    ASSERT_TRUE(a && d && first);
+    EXPECT_EQ(chainDepth(a), 3);
+    EXPECT_EQ(d->getChild(0), nullptr);
+    EXPECT_EQ(d->getNbChildren(), 1);
+    // 0x13 linked first and took 0x11, then 0x12 took 0x13; 0x11 taking 0x12 would close
+    // the cycle. No top-level object holds 0x12 and 0x13, so they go with the load, and
+    // 0x11 is left a root without children (not pointing to its freed parent).
+    EXPECT_EQ(first->getChild(0), nullptr);
+    EXPECT_EQ(first->GetParent(), nullptr);
+
+    // The walks end.
+    for (zuNode* root : {a, d, first}) {
+        zuSpatial* top = root;
+        while (top->GetParent())
+            top = top->GetParent();
+        top->UpdateGS();
+        zuPointer<zuCamera> camera = new zuCamera;
+        zuCuller culler;
+        culler.SetCamera(camera);
+        culler.ComputeVisibleSet(top, nullptr, false);
+        EXPECT_TRUE(culler.GetVisibleSet().empty());
+    }
+}
+
+TEST_F(SpatialStream, ForeignAndSharedChildReferencesLeaveEmptySlots)
+{
+    zuBytes bytes;
+    appendPlainNode(bytes, 0xA, {0x50, 0xB, 0xC, 0x999}, true);
+    appendRecord(bytes, "zuCore.zuSemanticMetadata", 0x50, semanticBody({}), V6_32);
+    appendPlainNode(bytes, 0xB, {});
+    appendPlainNode(bytes, 0xD, {0xB, 0xC}, true);
+    appendRecord(bytes, "zuTest.zuTestLeaf", 0xC, leafBody(SpatialPart(), zuBoundingVolume(), V6_32), V6_32);
+    Loaded loaded(bytes.bytes(), V6_32);
+    ASSERT_TRUE(loaded.ok);
+    zuNode* a = loaded.top<zuNode>(0);
+    zuNode* d = loaded.top<zuNode>(1);
+    ASSERT_TRUE(a && d);
+    ASSERT_EQ(a->getNbChildren(), 4);
+    EXPECT_EQ(a->getChild(0), nullptr) << "not a spatial object";
+    ASSERT_NE(a->getChild(1), nullptr);
+    ASSERT_NE(a->getChild(2), nullptr);
+    EXPECT_EQ(a->getChild(3), nullptr) << "no such record";
+    EXPECT_EQ(a->getChild(1)->GetParent(), a);
+    EXPECT_EQ(d->getChild(0), nullptr) << "0xB belongs to 0xA";
+    EXPECT_EQ(d->getChild(1), nullptr);
+}
+
+TEST_F(SpatialStream, ForeignReferencesInOldSlotsAreIgnored)
+{
+    const zuStreamVersion v60(6, 0);
+    SpatialPart part;
+    part.legacy = 0xB;  // a node, not a bound
+    part.states = {0x50};
+    part.metadata = {0xB};
+    zuBytes bytes;
+    appendRecord(bytes, "zuCore.zuNode", 0xA, nodeBody(part, {}, v60), v60, true);
+    SpatialPart plain;
+    appendRecord(bytes, "zuCore.zuNode", 0xB, nodeBody(plain, {}, v60), v60);
+    appendRecord(bytes, "zuCore.zuSemanticMetadata", 0x50, semanticBody({}), v60);
+    Loaded loaded(bytes.bytes(), v60);
+    ASSERT_TRUE(loaded.ok);
+    zuNode* a = loaded.top<zuNode>(0);
+    ASSERT_NE(a, nullptr);
+    EXPECT_FALSE(a->GetWorldBound().isValid());
+    ASSERT_EQ(a->getMetadataQuantity(), 1);
+    EXPECT_EQ(a->getMetadataAt(0), nullptr);
+}
+
+TEST_F(SpatialStream, HugeCountsFailTheLoadWithoutAllocating)
+{
+    const auto tryLoad = [](const zuBytes& body, zuStreamVersion version) {
+        zuBytes bytes;
+        appendRecord(bytes, "zuCore.zuNode", 0xA, body, version, true);
+        Loaded loaded(bytes.bytes(), version);
+        return loaded.ok || loaded.stream.GetObjectCount() != 0;
+    };
+    zuBytes children;
+    SpatialPart().append(children, V6_32);
+    children.i32(0x7FFFFFFF);
+    EXPECT_FALSE(tryLoad(children, V6_32));
+
+    zuBytes metadata;
+    SpatialPart part;
+    part.append(metadata, V6_32);
+    std::vector<char> raw = metadata.bytes();
+    std::memset(raw.data() + raw.size() - 4, 0xFF, 4);  // the metadata count: 4294967295
+    zuBytes patched;
+    patched.raw(raw.data(), raw.size()).i32(0);
+    EXPECT_FALSE(tryLoad(patched, V6_32));
+
+    zuBytes states;
+    SpatialPart oldPart;
+    oldPart.append(states, zuStreamVersion(6, 0));
+    raw = states.bytes();
+    const int32_t many = 100000000;
+    std::memcpy(raw.data() + raw.size() - 8, &many, 4);  // the state count, before the metadata count
+    zuBytes patchedStates;
+    patchedStates.raw(raw.data(), raw.size()).i32(0);
+    EXPECT_FALSE(tryLoad(patchedStates, zuStreamVersion(6, 0)));
+}
+
+TEST_F(SpatialStream, NodesNestedBeyondTheLoadLimitAreCutOff)
+{
+    const int chain = zuNode::MAX_LOADED_DEPTH + 4;
+    zuBytes bytes;
+    for (int i = 0; i < chain; ++i)
+        appendPlainNode(bytes, 0x1000 + static_cast<uint64_t>(i), i + 1 < chain ? std::vector<uint64_t>{0x1001u + static_cast<uint64_t>(i)} : std::vector<uint64_t>{}, i == 0);
+    Loaded loaded(bytes.bytes(), V6_32);
+    ASSERT_TRUE(loaded.ok);
+    zuNode* root = loaded.top<zuNode>(0);
+    ASSERT_NE(root, nullptr);
+    EXPECT_EQ(chainDepth(root), zuNode::MAX_LOADED_DEPTH + 1);
+    root->UpdateGS();
+}
+
+} // namespace
+} // namespace zu::test

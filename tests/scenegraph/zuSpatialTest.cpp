@@ -1,0 +1,352 @@
+// Spatial objects in small trees: world transformations against an independent matrix
+// product, merged bounds, the three update passes, ignored and held objects, metadata
+// order, comparison and cloning.
+
+#include "scenegraph/zuSpatialTestHelpers.h"
+#include "support/zuTestLeaf.h"
+
+#include <zuSceneGraph/scenegraph/zuNode.h>
+#include <zuSceneGraph/scenegraph/zuSemanticMetadata.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+
+namespace zu::test {
+namespace {
+
+// A 4x4 affine matrix in double, acting on column vectors.
+struct Affine {
+    std::array<std::array<double, 4>, 4> m{};
+
+    static Affine from(const Wm4::Matrix3<float>& rotate, const Vec& scale, const Vec& translate)
+    {
+        Affine a;
+        for (int i = 0; i < 3; ++i) {
+            for (int j = 0; j < 3; ++j)
+                a.m[i][j] = static_cast<double>(rotate(i, j)) * scale[j];
+            a.m[i][3] = translate[i];
+        }
+        a.m[3][3] = 1.0;
+        return a;
+    }
+    Affine operator*(const Affine& b) const
+    {
+        Affine c;
+        for (int i = 0; i < 4; ++i)
+            for (int j = 0; j < 4; ++j)
+                for (int k = 0; k < 4; ++k)
+                    c.m[i][j] += m[i][k] * b.m[k][j];
+        return c;
+    }
+    Wm4::Vector3<double> apply(const Vec& p) const
+    {
+        Wm4::Vector3<double> r;
+        for (int i = 0; i < 3; ++i)
+            r[i] = m[i][0] * p[0] + m[i][1] * p[1] + m[i][2] * p[2] + m[i][3];
+        return r;
+    }
+};
+
+struct Placement {
+    Wm4::Matrix3<float> rotate;
+    Vec scale;
+    Vec translate;
+    zuGenericTransformation<float> transform() const { return rsTransform(rotate, scale, translate); }
+    Affine affine() const { return Affine::from(rotate, scale, translate); }
+};
+
+void expectMapsLike(const zuGenericTransformation<float>& world, const Affine& expected)
+{
+    for (const Vec& p : {Vec(0, 0, 0), Vec(1, 0, 0), Vec(0, 1, 0), Vec(0, 0, 1), Vec(-2.5f, 3, 7)}) {
+        const Vec got = world.ApplyForward(p);
+        const Wm4::Vector3<double> want = expected.apply(p);
+        for (int i = 0; i < 3; ++i)
+            EXPECT_NEAR(got[i], want[i], 1e-4 * (1.0 + std::abs(want[i]))) << "point " << p[0] << "," << p[1] << "," << p[2];
+    }
+}
+
+class Spatial : public ::testing::Test {
+protected:
+    zuTestFactories factories;
+};
+
+TEST_F(Spatial, WorldTransformsAreTheProductOfTheLocalOnesFromTheRoot)
+{
+    const Placement rootPlace{rotation({0, 0, 1}, 30), Vec(2, 2, 2), Vec(1, 2, 3)};
+    const Placement nodePlace{rotation({1, 0, 0}, 45), Vec(0.5f, 0.5f, 0.5f), Vec(0, 1, 0)};
+    const Placement leafPlace{rotation({0, 1, 0}, -60), Vec(1, 2, 3), Vec(4, 0, -1)};
+    const Placement otherPlace{rotation({0.6, 0.8, 0}, 10), Vec(3, 3, 3), Vec(-1, -1, -1)};
+
+    zuPointer<zuNode> root = new zuNode;
+    zuPointer<zuNode> node = new zuNode;
+    zuPointer<zuTestLeaf> leaf = new zuTestLeaf(Vec(0, 0, 0), Vec(1, 1, 1));
+    zuPointer<zuTestLeaf> other = new zuTestLeaf(Vec(1, 0, 0), Vec(0.5f, 0.5f, 0.5f));
+    root->SetLocalTransform(rootPlace.transform());
+    node->SetLocalTransform(nodePlace.transform());
+    leaf->SetLocalTransform(leafPlace.transform());
+    other->SetLocalTransform(otherPlace.transform());
+    ASSERT_EQ(root->attachChild(node), 0);
+    ASSERT_EQ(node->attachChild(leaf), 0);
+    ASSERT_EQ(root->attachChild(other), 1);
+
+    root->UpdateGS();
+
+    expectMapsLike(root->GetWorldTransform(), rootPlace.affine());
+    expectMapsLike(node->GetWorldTransform(), rootPlace.affine() * nodePlace.affine());
+    expectMapsLike(leaf->GetWorldTransform(), rootPlace.affine() * nodePlace.affine() * leafPlace.affine());
+    expectMapsLike(other->GetWorldTransform(), rootPlace.affine() * otherPlace.affine());
+
+    // Each leaf's bound is the world-axis box of its mapped model corners; the nodes'
+    // bounds are the unions of their children's.
+    const auto cornerBox = [](const zuTestLeaf& l, const Affine& a, Wm4::Vector3<double>& low, Wm4::Vector3<double>& high) {
+        const zuBoundingVolume& model = l.GetModelBound();
+        for (int c = 0; c < 8; ++c) {
+            Vec corner = model.GetCenter();
+            for (int j = 0; j < 3; ++j)
+                corner[j] += (c >> j & 1 ? 1.0f : -1.0f) * model.GetExtents()[j];
+            const Wm4::Vector3<double> p = a.apply(corner);
+            for (int j = 0; j < 3; ++j) {
+                low[j] = std::min(low[j], p[j]);
+                high[j] = std::max(high[j], p[j]);
+            }
+        }
+    };
+    const auto expectBound = [](const zuBoundingVolume& bv, const Wm4::Vector3<double>& low, const Wm4::Vector3<double>& high) {
+        for (int j = 0; j < 3; ++j) {
+            EXPECT_NEAR(bv.GetCenter()[j], 0.5 * (low[j] + high[j]), 1e-4) << j;
+            EXPECT_NEAR(bv.GetExtents()[j], 0.5 * (high[j] - low[j]), 1e-4) << j;
+        }
+    };
+    Wm4::Vector3<double> low(1e30, 1e30, 1e30), high(-1e30, -1e30, -1e30);
+    cornerBox(*leaf, rootPlace.affine() * nodePlace.affine() * leafPlace.affine(), low, high);
+    expectBound(leaf->GetWorldBound(), low, high);
+    expectBound(node->GetWorldBound(), low, high);
+    cornerBox(*other, rootPlace.affine() * otherPlace.affine(), low, high);
+    expectBound(root->GetWorldBound(), low, high);
+}
+
+TEST_F(Spatial, AnIdentityRootKeepsAnIdentityWorldTransformation)
+{
+    zuPointer<zuNode> root = new zuNode;
+    zuGenericTransformation<float> moved;
+    moved.SetTranslate(Vec(1, 2, 3));
+    root->SetWorldTransform(moved);
+    root->UpdateGS();
+    EXPECT_TRUE(root->GetWorldTransform().IsIdentity());
+    EXPECT_EQ(root->GetWorldTransform(), zuGenericTransformation<float>());
+}
+
+TEST_F(Spatial, UpdateGSAsInitiatorRefreshesTheAncestorsBoundsOnly)
+{
+    zuPointer<zuNode> root = new zuNode;
+    zuPointer<zuNode> node = new zuNode;
+    zuPointer<zuTestLeaf> leaf = new zuTestLeaf(Vec(0, 0, 0), Vec(1, 1, 1));
+    root->attachChild(node);
+    node->attachChild(leaf);
+    root->UpdateGS();
+    EXPECT_EQ(root->GetWorldBound().GetCenter(), Vec(0, 0, 0));
+
+    leaf->GetLocalTransform().SetTranslate(Vec(10, 0, 0));
+    leaf->UpdateGS(false);
+    EXPECT_EQ(leaf->GetWorldBound().GetCenter(), Vec(10, 0, 0));
+    EXPECT_EQ(root->GetWorldBound().GetCenter(), Vec(0, 0, 0)) << "not the initiator";
+    leaf->UpdateGS(true);
+    EXPECT_EQ(node->GetWorldBound().GetCenter(), Vec(10, 0, 0));
+    EXPECT_EQ(root->GetWorldBound().GetCenter(), Vec(10, 0, 0));
+
+    // UpdateBS after a model change: the leaf's bound and its ancestors', no world data.
+    const int worldUpdates = leaf->mWorldUpdates;
+    leaf->SetModelBound(zuBoundingVolume(Vec(0, 0, 0), Vec(2, 2, 2)));
+    leaf->UpdateBS();
+    EXPECT_EQ(root->GetWorldBound().GetExtents(), Vec(2, 2, 2));
+    EXPECT_EQ(leaf->mWorldUpdates, worldUpdates);
+}
+
+TEST_F(Spatial, TheFlagDrivenPassVisitsOnlyMarkedBranches)
+{
+    zuPointer<zuNode> root = new zuNode;
+    zuPointer<zuNode> a = new zuNode;
+    zuPointer<zuNode> b = new zuNode;
+    zuPointer<zuTestLeaf> leafA = new zuTestLeaf(Vec(0, 0, 0), Vec(1, 1, 1));
+    zuPointer<zuTestLeaf> leafB = new zuTestLeaf(Vec(0, 0, 0), Vec(1, 1, 1));
+    root->attachChild(a);
+    root->attachChild(b);
+    a->attachChild(leafA);
+    b->attachChild(leafB);
+    root->UpdateGS();
+    root->Clean_Flags();
+    EXPECT_EQ(root->GetUpdateMask(), 0u);
+    EXPECT_EQ(leafA->GetDirtyMask(), 0u);
+
+    // Moving leafA and marking it (upward, as a geometry leaf does: 0x09).
+    leafA->GetLocalTransform().SetTranslate(Vec(5, 0, 0));
+    leafA->markDirty(false);
+    EXPECT_EQ(leafA->GetUpdateMask(), 0x09u);
+    EXPECT_EQ(a->GetUpdateMask(), 0x09u);
+    EXPECT_EQ(root->GetDirtyMask(), 0x09u);
+    EXPECT_EQ(b->GetUpdateMask(), 0u);
+
+    const int aUpdates = leafA->mWorldUpdates, bUpdates = leafB->mWorldUpdates;
+    root->UpdateGS_Flags();
+    EXPECT_EQ(leafA->mWorldUpdates, aUpdates + 1);
+    EXPECT_EQ(leafB->mWorldUpdates, bUpdates) << "a clean branch is not visited";
+    EXPECT_EQ(leafA->GetWorldBound().GetCenter(), Vec(5, 0, 0));
+    EXPECT_EQ(root->GetWorldBound().GetCenter(), Vec(2.5f, 0, 0));
+    // The two pass bits are gone; the rest of the mark stays until Clean_Flags.
+    EXPECT_EQ(root->GetUpdateMask(), 0x08u);
+    EXPECT_EQ(leafA->GetUpdateMask(), 0x08u);
+    EXPECT_EQ(root->GetDirtyMask(), 0x09u);
+
+    // With only the bound bit, the pass recomputes the bound and leaves world data alone.
+    root->Clean_Flags();
+    EXPECT_EQ(leafA->GetDirtyMask(), 0u);
+    b->GetLocalTransform().SetTranslate(Vec(-100, 0, 0));
+    leafB->SetModelBound(zuBoundingVolume(Vec(0, 0, 0), Vec(3, 3, 3)));
+    leafB->SetUpdateMask(zuSpatial::UPDATE_WORLD_BOUND);
+    b->SetUpdateMask(zuSpatial::UPDATE_WORLD_DATA);
+    root->SetUpdateMask(zuSpatial::UPDATE_WORLD_BOUND);
+    root->UpdateGS_Flags();
+    EXPECT_EQ(leafB->GetWorldBound().GetExtents(), Vec(1, 1, 1)) << "the root's bound bit does not descend";
+    EXPECT_EQ(b->GetWorldTransform().GetTranslate(), Vec(0, 0, 0));
+    root->SetUpdateMask(zuSpatial::UPDATE_WORLD_DATA);
+    root->UpdateGS_Flags();
+    EXPECT_EQ(b->GetWorldTransform().GetTranslate(), Vec(-100, 0, 0));
+    EXPECT_EQ(leafB->GetWorldBound().GetExtents(), Vec(3, 3, 3));
+    EXPECT_EQ(leafB->GetWorldBound().GetCenter(), Vec(0, 0, 0)) << "only its bound was pending";
+}
+
+TEST_F(Spatial, IgnoredAndHeldObjectsKeepTheirWorldTransformation)
+{
+    zuPointer<zuNode> root = new zuNode;
+    zuPointer<zuTestLeaf> ignored = new zuTestLeaf(Vec(0, 0, 0), Vec(1, 1, 1));
+    zuPointer<zuTestLeaf> held = new zuTestLeaf(Vec(0, 0, 0), Vec(1, 1, 1));
+    zuPointer<zuTestLeaf> plain = new zuTestLeaf(Vec(0, 0, 0), Vec(1, 1, 1));
+    root->attachChild(ignored);
+    root->attachChild(held);
+    root->attachChild(plain);
+    root->UpdateGS();
+    root->Clean_Flags();
+
+    ignored->forceIgnore(true, true, false);
+    EXPECT_TRUE(ignored->isIgnored());
+    EXPECT_EQ(ignored->GetDirtyMask(), 0x09u) << "setDirtyDown(false) of a leaf";
+    EXPECT_EQ(root->GetDirtyMask(), 0x09u);
+    EXPECT_EQ(root->GetUpdateMask(), 0x09u);
+    held->holdWorldTransform(true);
+
+    for (zuTestLeaf* leaf : {ignored.get(), held.get(), plain.get()})
+        leaf->GetLocalTransform().SetTranslate(Vec(50, 0, 0));
+    root->GetLocalTransform().SetTranslate(Vec(0, 7, 0));
+    root->UpdateGS();
+    EXPECT_TRUE(ignored->GetWorldTransform().IsIdentity());
+    EXPECT_TRUE(held->GetWorldTransform().IsIdentity());
+    EXPECT_EQ(plain->GetWorldTransform().GetTranslate(), Vec(50, 7, 0));
+    // The ignored leaf does not enlarge its parent's bound; the held one does.
+    EXPECT_EQ(root->GetWorldBound().GetCenter(), Vec(25, 3.5f, 0));
+    EXPECT_EQ(root->GetWorldBound().GetExtents(), Vec(26, 4.5f, 1));
+
+    // Without propagation only the flag changes.
+    root->Clean_Flags();
+    ignored->forceIgnore(false, false, true);
+    EXPECT_FALSE(ignored->isIgnored());
+    EXPECT_EQ(root->GetDirtyMask(), 0u);
+}
+
+// Metadata of a chosen key that remembers who it was handed to.
+class KeyedMetadata : public zuMetadataInterface {
+public:
+    explicit KeyedMetadata(uint32_t key) : mKey(key) {}
+    uint32_t getTypeKey() const override { return mKey; }
+    void updateMetaData(zuSpatial* owner) override { mOwner = owner; }
+    uint32_t mKey;
+    zuSpatial* mOwner = nullptr;
+};
+
+TEST_F(Spatial, MetadataStaysSortedWithOneEntryPerKey)
+{
+    zuPointer<zuNode> node = new zuNode;
+    zuPointer<KeyedMetadata> five = new KeyedMetadata(5), two = new KeyedMetadata(2), nine = new KeyedMetadata(9);
+    node->setMetadata(nullptr);
+    EXPECT_EQ(node->getMetadataQuantity(), 0);
+    node->setMetadata(five);
+    node->setMetadata(two);
+    node->setMetadata(nine);
+    ASSERT_EQ(node->getMetadataQuantity(), 3);
+    EXPECT_EQ(node->getMetadataAt(0), two.get());
+    EXPECT_EQ(node->getMetadataAt(1), five.get());
+    EXPECT_EQ(node->getMetadataAt(2), nine.get());
+
+    zuPointer<KeyedMetadata> otherFive = new KeyedMetadata(5);
+    const int before = five->GetReferences();
+    node->setMetadata(otherFive);
+    EXPECT_EQ(node->getMetadataQuantity(), 3);
+    EXPECT_EQ(node->getMetadataAt(1), otherFive.get());
+    EXPECT_EQ(five->GetReferences(), before - 1) << "the replaced record is released";
+    EXPECT_EQ(node->getMetadata(9), nine.get());
+    EXPECT_EQ(node->getMetadata(4), nullptr);
+    EXPECT_TRUE(node->removeMetadata(2));
+    EXPECT_FALSE(node->removeMetadata(2));
+    EXPECT_EQ(node->getMetadataAt(0), otherFive.get());
+    EXPECT_EQ(node->getMetadataAt(-1), nullptr);
+    EXPECT_EQ(node->getMetadataAt(2), nullptr);
+
+    EXPECT_TRUE(node->PostLink());
+    EXPECT_EQ(otherFive->mOwner, node.get());
+    EXPECT_EQ(nine->mOwner, node.get());
+}
+
+TEST_F(Spatial, EqualsComparesTransformationsAndCullingModeAndCloneCopiesThem)
+{
+    zuPointer<zuTestLeaf> a = new zuTestLeaf(Vec(0, 0, 0), Vec(1, 1, 1));
+    zuPointer<zuTestLeaf> b = new zuTestLeaf(Vec(0, 0, 0), Vec(1, 1, 1));
+    a->SetLocalTransform(rsTransform(rotation({0, 0, 1}, 20), Vec(2, 2, 2), Vec(1, 2, 3)));
+    a->SetCullingMode(zuSpatial::CULL_NEVER);
+    a->SetWorldBound(zuBoundingVolume(Vec(4, 4, 4), Vec(1, 1, 1)));
+    zuPointer<zuSemanticMetadata> semantic = new zuSemanticMetadata;
+    a->setMetadata(semantic);
+    a->setDescriptionFlags(0x4000);
+    EXPECT_FALSE(a->Equals(b));
+
+    zuPointer<zuNode> parent = new zuNode;
+    parent->attachChild(b);
+    zuRttiInterface* target = b.get();
+    ASSERT_TRUE(a->Clone(target));
+    EXPECT_TRUE(a->Equals(b));
+    EXPECT_TRUE(b->Equals(a));
+    EXPECT_EQ(b->GetCullingMode(), zuSpatial::CULL_NEVER);
+    EXPECT_EQ(b->GetWorldBound(), a->GetWorldBound());
+    EXPECT_EQ(b->getMetadataAt(0), semantic.get()) << "records are shared";
+    EXPECT_EQ(b->getDescriptionFlags(), 0x4000u);
+    EXPECT_EQ(b->GetParent(), nullptr);
+    b->SetParent(parent);
+
+    // An invalid bound is not copied; bounds and metadata are not compared.
+    zuPointer<zuTestLeaf> c = new zuTestLeaf;
+    target = c.get();
+    b->SetWorldBound(zuBoundingVolume());
+    const zuBoundingVolume kept(Vec(9, 9, 9), Vec(1, 1, 1));
+    c->SetWorldBound(kept);
+    ASSERT_TRUE(b->Clone(target));
+    EXPECT_EQ(c->GetWorldBound(), kept);
+    EXPECT_TRUE(c->Equals(a));
+
+    // Tolerances: 1e-6 on the matrix, squared distances on translation and scale.
+    c->GetLocalTransform().SetTranslate(Vec(1, 2, 3.0005f));
+    EXPECT_TRUE(c->Equals(a));
+    c->GetLocalTransform().SetTranslate(Vec(1, 2, 3.002f));
+    EXPECT_FALSE(c->Equals(a));
+    c->GetLocalTransform().SetTranslate(Vec(1, 2, 3));
+    c->SetCullingMode(zuSpatial::CULL_DYNAMIC);
+    EXPECT_FALSE(c->Equals(a));
+
+    // A target of another branch, or none, is refused by the abstract spatial.
+    zuPointer<zuSemanticMetadata> notSpatial = new zuSemanticMetadata;
+    target = notSpatial.get();
+    EXPECT_FALSE(a->Clone(target));
+    EXPECT_FALSE(a->Equals(notSpatial));
+}
+
+} // namespace
+} // namespace zu::test

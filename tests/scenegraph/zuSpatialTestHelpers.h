@@ -1,0 +1,79 @@
+#pragma once
+
+// Helpers shared by the scene-graph and culling tests: a stream over a caller's buffer,
+// the bytes of the persisted transformation, and transformations built from angles.
+
+#include <zuSceneGraph/scenegraph/zuGenericTransformation.h>
+#include <zuSceneGraph/stream/zuBaseStream.h>
+
+#include "support/zuTestObjects.h"
+
+#include <Wm4/Wm4Matrix3.h>
+
+#include <cmath>
+#include <cstdint>
+#include <vector>
+
+namespace zu::test {
+
+using Vec = Wm4::Vector3<float>;
+
+// Reads or writes the primitives of a stream directly on a buffer, at a chosen version.
+class zuRawStream : public zuBaseStream {
+public:
+    explicit zuRawStream(zuStreamVersion version) { SetVersion(version); }
+    void openWrite(std::vector<char>& buffer) { setWindow(buffer.data(), 0, buffer.size()); }
+    void openRead(std::vector<char>& buffer)
+    {
+        setWindow(buffer.data(), 0, buffer.size());
+        setDataEnd(buffer.size());
+    }
+};
+
+inline uint64_t id(const void* object)
+{
+    return reinterpret_cast<uintptr_t>(object);
+}
+
+// The 63 bytes of a float transformation: matrix (row-major), translation, scale, then
+// the identity, rotation-scale and uniform-scale flags.
+inline zuBytes& transformBytes(zuBytes& bytes, const Wm4::Matrix3<float>& matrix, const Vec& translate,
+                               const Vec& scale, bool identity, bool rs, bool uniform)
+{
+    for (int i = 0; i < 9; ++i)
+        bytes.f32(static_cast<const float*>(matrix)[i]);
+    for (int i = 0; i < 3; ++i)
+        bytes.f32(translate[i]);
+    for (int i = 0; i < 3; ++i)
+        bytes.f32(scale[i]);
+    return bytes.u8(identity).u8(rs).u8(uniform);
+}
+
+inline zuBytes& identityBytes(zuBytes& bytes)
+{
+    return transformBytes(bytes, Wm4::Matrix3<float>::IDENTITY, Vec(0, 0, 0), Vec(1, 1, 1), true, true, true);
+}
+
+// The rotation of `degrees` about a unit axis, in double and then rounded.
+inline Wm4::Matrix3<float> rotation(const Wm4::Vector3<double>& axis, double degrees)
+{
+    const Wm4::Matrix3<double> m(axis, degrees * Wm4::Math<double>::DEG_TO_RAD);
+    Wm4::Matrix3<float> result;
+    for (int i = 0; i < 3; ++i)
+        for (int j = 0; j < 3; ++j)
+            result(i, j) = static_cast<float>(m(i, j));
+    return result;
+}
+
+// A rotation-scale transformation.
+inline zuGenericTransformation<float> rsTransform(const Wm4::Matrix3<float>& rotate, const Vec& scale,
+                                                  const Vec& translate)
+{
+    zuGenericTransformation<float> t;
+    t.SetRotate(rotate);
+    t.SetScale(scale);
+    t.SetTranslate(translate);
+    return t;
+}
+
+} // namespace zu::test

@@ -1,0 +1,238 @@
+#include <zuSceneGraph/scenegraph/zuBoundingVolume.h>
+
+#include <zuSceneGraph/objects/zuTSharedArray.h>
+#include <zuSceneGraph/scenegraph/zuGenericTransformation.h>
+#include <zuSceneGraph/scenegraph/zuLegacyBoxBV.h>
+#include <zuSceneGraph/scenegraph/zuLegacySphereBV.h>
+#include <zuSceneGraph/stream/zuBaseStream.h>
+
+#include <Wm4/Wm4ContBox3.h>
+#include <Wm4/Wm4IntrBox3Box3.h>
+#include <Wm4/Wm4IntrLine3Box3.h>
+#include <Wm4/Wm4IntrRay3Box3.h>
+#include <Wm4/Wm4IntrSegment3Box3.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace zu {
+
+zuBoundingVolume::zuBoundingVolume(const Wm4::Vector3<float>& center, const Wm4::Vector3<float>& extents)
+    : mExtents(extents), mCenter(center)
+{
+    updateRadius();
+}
+
+Wm4::Box3<float> zuBoundingVolume::GetBox() const
+{
+    return Wm4::Box3<float>(mCenter, Wm4::Vector3<float>::UNIT_X, Wm4::Vector3<float>::UNIT_Y,
+                            Wm4::Vector3<float>::UNIT_Z, mExtents[0], mExtents[1], mExtents[2]);
+}
+
+void zuBoundingVolume::setExtents(const Wm4::Vector3<float>& extents)
+{
+    mExtents = extents;
+    updateRadius();
+}
+
+void zuBoundingVolume::setBox(const Wm4::Vector3<float>& center, const Wm4::Vector3<float>& extents)
+{
+    mCenter = center;
+    setExtents(extents);
+}
+
+void zuBoundingVolume::invalidate()
+{
+    *this = zuBoundingVolume();
+}
+
+void zuBoundingVolume::updateRadius()
+{
+    for (int i = 0; i < 3; ++i) {
+        if (!(mExtents[i] >= 0.0f) || !std::isfinite(mExtents[i])) {
+            mRadius = -1.0f;
+            return;
+        }
+    }
+    const float length = mExtents.Length();
+    mRadius = std::isfinite(length) ? length : -1.0f;
+}
+
+void zuBoundingVolume::copyFrom(const zuBoundingVolume& bv)
+{
+    if (bv.isValid())
+        *this = bv;
+}
+
+void zuBoundingVolume::assign(const zuLegacyBoundingVolume* legacy)
+{
+    if (!legacy)
+        return;
+    mCenter = legacy->GetCenter();
+    if (legacy->IsDerived(zuLegacyBoxBV::TYPE)) {
+        const Wm4::Box3<float>& box = static_cast<const zuLegacyBoxBV*>(legacy)->GetBox();
+        setExtents(Wm4::Vector3<float>(box.Extent[0], box.Extent[1], box.Extent[2]));
+    } else if (legacy->IsDerived(zuLegacySphereBV::TYPE)) {
+        const float r = static_cast<const zuLegacySphereBV*>(legacy)->GetRadius();
+        setExtents(Wm4::Vector3<float>(r, r, r));
+    }
+}
+
+zuLegacyBoundingVolume* zuBoundingVolume::createLegacyVolume() const
+{
+    if (!isValid())
+        return nullptr;
+    return new zuLegacySphereBV(mCenter, mRadius);
+}
+
+void zuBoundingVolume::computeFromDataBox(const zuTSharedArray<Wm4::Vector3<float>>* points)
+{
+    if (!points)
+        return;
+    const Wm4::Box3<float> box = Wm4::ContOrientedBox(points->GetQuantity(), points->GetData());
+    // The axes are dropped on purpose: the box is read along the world axes.
+    setBox(box.Center, Wm4::Vector3<float>(box.Extent[0], box.Extent[1], box.Extent[2]));
+}
+
+void zuBoundingVolume::transformBoxBy(const zuGenericTransformation<float>& transformation, zuBoundingVolume& out) const
+{
+    if (!isValid())
+        return;
+    if (transformation.IsIdentity()) {
+        out = *this;
+        return;
+    }
+    // Corner ±e0 ±e1 ±e2 maps to the mapped centre plus ±a0 ±a1 ±a2, a_j being column j of
+    // the linear part times e_j; so the min/max box of the eight mapped corners has
+    // half-size Σ_j |a_j| in each coordinate and the mapped centre as its centre. This is
+    // the corner box without mapping eight points, once per object in the bound pass.
+    const Wm4::Matrix3<float>& m = transformation.GetMatrix();
+    float column[3];
+    if (transformation.IsRSMatrix()) {
+        const Wm4::Vector3<float>& s = transformation.GetScale();
+        for (int j = 0; j < 3; ++j)
+            column[j] = s[j] * mExtents[j];
+    } else {
+        for (int j = 0; j < 3; ++j)
+            column[j] = mExtents[j];
+    }
+    Wm4::Vector3<float> extents;
+    for (int i = 0; i < 3; ++i)
+        extents[i] = Wm4::Math<float>::FAbs(m(i, 0) * column[0]) + Wm4::Math<float>::FAbs(m(i, 1) * column[1])
+            + Wm4::Math<float>::FAbs(m(i, 2) * column[2]);
+    out.mCenter = transformation.ApplyForward(mCenter);
+    out.setExtents(extents);
+}
+
+bool zuBoundingVolume::testIntersectionBox(const Wm4::Vector3<float>& origin, const Wm4::Vector3<float>& direction,
+                                           float tmin, float tmax) const
+{
+    if (!isValid())
+        return false;
+    if (tmin == -Wm4::Math<float>::MAX_REAL)
+        return Wm4::IntrLine3Box3<float>(Wm4::Line3<float>(origin, direction), GetBox()).Test();
+    if (tmax != Wm4::Math<float>::MAX_REAL) {
+        // The segment starts at the origin whatever tmin says.
+        const float half = 0.5f * tmax;
+        const Wm4::Segment3<float> segment(origin + direction * half, direction, half);
+        return Wm4::IntrSegment3Box3<float>(segment, GetBox()).Test();
+    }
+    return Wm4::IntrRay3Box3<float>(Wm4::Ray3<float>(origin, direction), GetBox()).Test();
+}
+
+bool zuBoundingVolume::testIntersectionBox(const zuBoundingVolume& bv) const
+{
+    if (!isValid() || !bv.isValid())
+        return false;
+    return Wm4::IntrBox3Box3<float>(GetBox(), bv.GetBox()).Test();
+}
+
+void zuBoundingVolume::growToContainBox(const zuBoundingVolume& bv)
+{
+    if (!bv.isValid())
+        return;
+    if (!isValid()) {
+        copyFrom(bv);
+        return;
+    }
+    // Wm4::MergeBoxes of two boxes along the world axes keeps the world axes (the mean of
+    // two identity orientations), centres the result at the mean of the centres and fits
+    // the sixteen corners along the axes. That is computed here directly, with the same
+    // operations, since the bound pass merges once per child: the corners of box k along
+    // axis i are c_k ± e_k, and each one is measured from the mean centre.
+    Wm4::Vector3<float> center, extents;
+    for (int i = 0; i < 3; ++i) {
+        const float mid = (mCenter[i] + bv.mCenter[i]) * 0.5f;
+        const float a0 = (mCenter[i] - mExtents[i]) - mid, a1 = (mCenter[i] + mExtents[i]) - mid;
+        const float b0 = (bv.mCenter[i] - bv.mExtents[i]) - mid, b1 = (bv.mCenter[i] + bv.mExtents[i]) - mid;
+        const float low = std::min(std::min(a0, a1), std::min(b0, b1));
+        const float high = std::max(std::max(a0, a1), std::max(b0, b1));
+        center[i] = mid + 0.5f * (low + high);
+        extents[i] = 0.5f * (high - low);
+    }
+    setBox(center, extents);
+}
+
+bool zuBoundingVolume::containsBox(const Wm4::Vector3<float>& point) const
+{
+    if (!isValid())
+        return false;
+    return Wm4::InBox(point, GetBox());
+}
+
+// ---------------------------------------------------------------------------------------
+// Persistence
+
+int zuBoundingVolume::getDiskUsed(const zuBaseStream& stream, bool isBox) const
+{
+    if (stream.GetVersion() >= zuStreamVersion(6, 28))
+        return 28;
+    // The legacy record: the sphere flag, the centre, then a radius or three axes and
+    // three extents.
+    return isBox ? 1 + 12 + 36 + 12 : 1 + 12 + 4;
+}
+
+void zuBoundingVolume::writeToStream(zuBaseStream& stream) const
+{
+    if (stream.GetVersion() >= zuStreamVersion(6, 28)) {
+        stream.Write(mRadius);
+        stream.Write(mExtents);
+        stream.Write(mCenter);
+        return;
+    }
+    stream.Write(false);
+    stream.Write(mCenter);
+    stream.Write(Wm4::Vector3<float>::UNIT_X);
+    stream.Write(Wm4::Vector3<float>::UNIT_Y);
+    stream.Write(Wm4::Vector3<float>::UNIT_Z);
+    stream.Write(mExtents);
+}
+
+bool zuBoundingVolume::readFromStream(zuBaseStream& stream)
+{
+    if (stream.GetVersion() >= zuStreamVersion(6, 28)) {
+        // Kept as written: a file marks an invalid bound by a negative radius.
+        stream.Read(mRadius);
+        stream.Read(mExtents);
+        stream.Read(mCenter);
+        return true;
+    }
+    bool isSphere = false;
+    stream.Read(isSphere);
+    stream.Read(mCenter);
+    Wm4::Vector3<float> extents;
+    if (isSphere) {
+        float radius = 0.0f;
+        stream.Read(radius);
+        extents = Wm4::Vector3<float>(radius, radius, radius);
+    } else {
+        // A legacy box's axes are dropped: the box is taken along the world axes.
+        Wm4::Vector3<float> axes[3];
+        stream.Read(3, axes);
+        stream.Read(extents);
+    }
+    setExtents(extents);
+    return !isSphere;
+}
+
+} // namespace zu
