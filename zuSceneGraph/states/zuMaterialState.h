@@ -1,0 +1,37 @@
+#pragma once
+
+#include <zuSceneGraph/states/zuGlobalState.h>
+
+#include <Wm4/Wm4ColorRGB.h>
+
+namespace zu {
+
+// The surface of a leaf (state type 2): its colours, shininess and opacity.
+class zuMaterialState : public zuGlobalState {
+public:
+    static const zuRtti TYPE;
+    static zuRttiInterface* Factory(zuBaseStream& stream);
+    static void RegisterFactory();
+    static void UnRegisterFactory();
+
+    zuMaterialState();
+
+    int GetStateType() const override { return MATERIAL; }
+
+    Wm4::ColorRGB Ambient;
+    Wm4::ColorRGB Diffuse;
+    Wm4::ColorRGB Specular;
+    Wm4::ColorRGB Emissive;
+    float Shininess;
+    // 1 opaque, 0 fully transparent.
+    float Opacity;
+
+    const zuRtti& GetType() const override { return TYPE; }
+    int GetDiskUsed(const zuBaseStream& stream) const override;
+    void Save(zuBaseStream& stream) const override;
+    void Load(zuBaseStream& stream, zuLink* link) override;
+    bool Equals(const zuRttiInterface* other) const override;
+    bool Clone(zuRttiInterface*& target) const override;
+};
+
+} // namespace zu
