@@ -1,6 +1,6 @@
 // Level-of-detail nodes in the culling walk: the distance bands of the shared policy,
-// a walk without a policy, a policy of the caller's, the plane state and the no-cull flag
-// handed to the chosen level, and the marks a change of level leaves.
+// a walk without a policy, a policy of the caller's, and the plane state and the no-cull
+// flag handed to the chosen level.
 
 #include "scenegraph/zuSpatialTestHelpers.h"
 #include "support/zuTestLeaf.h"
@@ -167,31 +167,6 @@ TEST(LODCulling, TheChosenLevelGetsTheNodesPlaneStateAndNoCullFlag)
     scene.root->SetCullingMode(zuSpatial::CULL_NEVER);
     EXPECT_EQ(scene.cull(policy), (std::vector<zuRenderableSpatial*>{scene.plain, scene.level(1)}));
     EXPECT_TRUE(scene.levels[1]->mNoCullSeen);
-}
-
-TEST(LODCulling, AChangeOfLevelMarksTheNewLevelUpToTheRoot)
-{
-    LODScene scene;
-    zuLODPolicy* policy = zuLODNode::GetBasePolicy();
-    scene.placeAt(30);
-    scene.root->Clean_Flags();
-    scene.cull(policy);
-    // setDirtyDown(false) of a geometry leaf, reported upward.
-    EXPECT_EQ(scene.levels[1]->GetUpdateMask(), 0x09u);
-    EXPECT_EQ(scene.lod->GetUpdateMask(), 0x09u);
-    EXPECT_EQ(scene.root->GetUpdateMask(), 0x09u);
-    EXPECT_EQ(scene.levels[0]->GetUpdateMask(), 0u);
-
-    // The same level next frame marks nothing; a new one is marked.
-    scene.root->Clean_Flags();
-    scene.cull(policy);
-    EXPECT_EQ(scene.root->GetUpdateMask(), 0u);
-    scene.placeAt(60);
-    scene.root->Clean_Flags();
-    scene.cull(policy);
-    EXPECT_EQ(scene.levels[2]->GetUpdateMask(), 0x09u);
-    EXPECT_EQ(scene.levels[1]->GetUpdateMask(), 0u);
-    EXPECT_EQ(scene.root->GetUpdateMask(), 0x09u);
 }
 
 } // namespace
