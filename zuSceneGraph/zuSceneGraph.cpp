@@ -12,7 +12,13 @@
 #include <zuSceneGraph/objects/zuTSharedArray.h>
 #include <zuSceneGraph/scenegraph/zuLegacyBoxBV.h>
 #include <zuSceneGraph/scenegraph/zuLegacySphereBV.h>
+#include <zuSceneGraph/scenegraph/zuBillboardNode.h>
+#include <zuSceneGraph/scenegraph/zuCameraNode.h>
+#include <zuSceneGraph/scenegraph/zuDummy.h>
+#include <zuSceneGraph/scenegraph/zuLODNode.h>
+#include <zuSceneGraph/scenegraph/zuLightNode.h>
 #include <zuSceneGraph/scenegraph/zuNode.h>
+#include <zuSceneGraph/scenegraph/zuXRefNode.h>
 #include <zuSceneGraph/scenegraph/zuSemanticMetadata.h>
 #include <zuSceneGraph/stream/zuCoreSettings.h>
 
@@ -85,6 +91,12 @@ const FactoryRegistration factoryRegistrations[] = {
     {zuLegacyBoxBV::RegisterFactory, zuLegacyBoxBV::UnRegisterFactory},
     {zuSemanticMetadata::RegisterFactory, zuSemanticMetadata::UnRegisterFactory},
     {zuNode::RegisterFactory, zuNode::UnRegisterFactory},
+    {zuLODNode::RegisterFactory, zuLODNode::UnRegisterFactory},
+    {zuLightNode::RegisterFactory, zuLightNode::UnRegisterFactory},
+    {zuCameraNode::RegisterFactory, zuCameraNode::UnRegisterFactory},
+    {zuBillboardNode::RegisterFactory, zuBillboardNode::UnRegisterFactory},
+    {zuXRefNode::RegisterFactory, zuXRefNode::UnRegisterFactory},
+    {zuDummy::RegisterFactory, zuDummy::UnRegisterFactory},
 };
 
 } // namespace

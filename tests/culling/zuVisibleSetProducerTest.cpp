@@ -3,6 +3,8 @@
 #include "support/zuTestLeaf.h"
 
 #include <zuSceneGraph/culling/zuVisibleSetProducer.h>
+#include <zuSceneGraph/scenegraph/zuBaseLODPolicy.h>
+#include <zuSceneGraph/scenegraph/zuLODNode.h>
 #include <zuSceneGraph/scenegraph/zuLODPolicy.h>
 
 #include <gtest/gtest.h>
@@ -52,8 +54,9 @@ public:
 TEST(VisibleSetProducer, ThePolicyIsTheProducersChoice)
 {
     ListProducer producer;
-    // Null until the level-of-detail nodes supply their shared base policy.
-    EXPECT_EQ(producer.getLODPolicy(), nullptr);
+    // The shared distance-band policy of the level-of-detail nodes until a producer
+    // chooses another.
+    EXPECT_EQ(producer.getLODPolicy(), zuLODNode::GetBasePolicy());
     FixedPolicy policy;
     producer.setLODPolicy(&policy);
     EXPECT_EQ(producer.getLODPolicy(), &policy);

@@ -1,10 +1,13 @@
 #include <zuSceneGraph/culling/zuVisibleSetProducer.h>
 
+#include <zuSceneGraph/scenegraph/zuBaseLODPolicy.h>
+#include <zuSceneGraph/scenegraph/zuLODNode.h>
+
 #include <algorithm>
 
 namespace zu {
 
-zuVisibleSetProducer::zuVisibleSetProducer() : mLODPolicy(nullptr)
+zuVisibleSetProducer::zuVisibleSetProducer() : mLODPolicy(zuLODNode::GetBasePolicy())
 {
 }
 

@@ -36,8 +36,7 @@ public:
 
 protected:
     // The policy starts as the shared distance-band policy of the level-of-detail nodes
-    // (zuLODNode::GetBasePolicy()). Until those nodes join the library it starts null:
-    // level-of-detail nodes then draw nothing, and a caller sets a policy explicitly.
+    // (zuLODNode::GetBasePolicy()).
     zuVisibleSetProducer();
 
 private:

@@ -1,0 +1,436 @@
+// Special nodes: the level-of-detail node's slot operations and their marks, light and
+// camera nodes that carry their light or camera with the world frame (against rotations
+// and products worked out by hand), the billboard's turn, the dummy's marks, and the
+// class checks of Equals and Clone.
+
+#include "scenegraph/zuSpatialTestHelpers.h"
+#include "support/zuTestLeaf.h"
+
+#include <zuSceneGraph/scenegraph/zuBillboardNode.h>
+#include <zuSceneGraph/scenegraph/zuCameraNode.h>
+#include <zuSceneGraph/scenegraph/zuDummy.h>
+#include <zuSceneGraph/scenegraph/zuLODNode.h>
+#include <zuSceneGraph/scenegraph/zuLODPolicy.h>
+#include <zuSceneGraph/scenegraph/zuLightNode.h>
+#include <zuSceneGraph/scenegraph/zuXRefNode.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <initializer_list>
+#include <string>
+
+namespace zu::test {
+namespace {
+
+class SpecialNodes : public ::testing::Test {
+protected:
+    zuTestFactories factories;
+};
+
+#define EXPECT_MASKS(object, d, u)                                      \
+    do {                                                                \
+        EXPECT_EQ((object)->GetDirtyMask(), (d)) << #object " dirty";   \
+        EXPECT_EQ((object)->GetUpdateMask(), (u)) << #object " update"; \
+    } while (0)
+
+void expectNear(const Vec& actual, const Vec& expected, const char* what)
+{
+    for (int i = 0; i < 3; ++i)
+        EXPECT_NEAR(actual[i], expected[i], 1e-5f) << what << " component " << i;
+}
+
+// ---------------------------------------------------------------------------------------
+// Level of detail
+
+TEST_F(SpecialNodes, AttachChildOnALevelOfDetailNodeIsRefusedWithOneMessage)
+{
+    zuPointer<zuNode> root = new zuNode;
+    zuPointer<zuLODNode> lod = new zuLODNode;
+    zuPointer<zuTestLeaf> level = new zuTestLeaf, other = new zuTestLeaf;
+    root->attachChild(lod);
+    ASSERT_TRUE(lod->attachLODChild(0, level));
+    root->Clean_Flags();
+
+    zuNode* asNode = lod;
+    ::testing::internal::CaptureStderr();
+    EXPECT_EQ(asNode->attachChild(other), -1);
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+              "Can't use AttachChild With LOD Nodes, you have to use AttachLODChild instead\n");
+    EXPECT_EQ(lod->getNbChildren(), 1);
+    EXPECT_EQ(lod->getChild(0), level.get());
+    EXPECT_EQ(other->GetParent(), nullptr);
+    EXPECT_MASKS(lod, 0u, 0u);
+    EXPECT_MASKS(root, 0u, 0u);
+    EXPECT_MASKS(other, 0u, 0u);
+}
+
+TEST_F(SpecialNodes, AttachLODChildBeyondTheLastSlotGrowsWithEmptySlots)
+{
+    zuPointer<zuNode> root = new zuNode;
+    zuPointer<zuLODNode> lod = new zuLODNode;
+    zuPointer<zuTestLeaf> near = new zuTestLeaf, mid = new zuTestLeaf, far = new zuTestLeaf;
+    root->attachChild(lod);
+    ASSERT_TRUE(lod->attachLODChild(0, near));
+    ASSERT_TRUE(lod->attachLODChild(1, mid));
+    root->Clean_Flags();
+
+    EXPECT_TRUE(lod->attachLODChild(5, far));
+    ASSERT_EQ(lod->getNbChildren(), 6);
+    EXPECT_EQ(lod->getChild(0), near.get());
+    EXPECT_EQ(lod->getChild(1), mid.get());
+    for (int i = 2; i < 5; ++i)
+        EXPECT_EQ(lod->getChild(i), nullptr) << "slot " << i;
+    EXPECT_EQ(lod->getChild(5), far.get());
+    EXPECT_EQ(far->GetParent(), lod.get());
+    // As replaceChildAt marks: the leaf's downward mark plus the bound bit, up to the root.
+    EXPECT_MASKS(far, 0x2040u, 0x2040u);
+    EXPECT_MASKS(lod, 0x2040u, 0x2040u);
+    EXPECT_MASKS(root, 0x2040u, 0x2040u);
+
+    // Within the slots it replaces: the old level is marked while attached, then let go.
+    root->Clean_Flags();
+    zuPointer<zuTestLeaf> coarse = new zuTestLeaf;
+    EXPECT_TRUE(lod->attachLODChild(1, coarse));
+    EXPECT_EQ(mid->GetParent(), nullptr);
+    EXPECT_MASKS(mid, 0x2040u, 0x2040u);
+    EXPECT_EQ(lod->getNbChildren(), 6);
+
+    // Refused: a negative slot, a child with a parent (no growth either).
+    zuPointer<zuTestLeaf> spare = new zuTestLeaf;
+    EXPECT_FALSE(lod->attachLODChild(-1, spare));
+    EXPECT_FALSE(lod->attachLODChild(9, near));
+    EXPECT_FALSE(lod->attachLODChild(9, root));
+    EXPECT_EQ(lod->getNbChildren(), 6);
+}
+
+TEST_F(SpecialNodes, RemoveLODChildEmptiesTheSlotInPlace)
+{
+    zuPointer<zuNode> root = new zuNode;
+    zuPointer<zuLODNode> lod = new zuLODNode;
+    zuPointer<zuTestLeaf> a = new zuTestLeaf, b = new zuTestLeaf;
+    root->attachChild(lod);
+    lod->attachLODChild(0, a);
+    lod->attachLODChild(1, b);
+    root->Clean_Flags();
+
+    zuPointer<zuSpatial> removed = lod->removeLODChild(0);
+    EXPECT_EQ(removed.get(), a.get());
+    EXPECT_EQ(a->GetParent(), nullptr);
+    EXPECT_EQ(lod->getNbChildren(), 2);
+    EXPECT_EQ(lod->getChild(0), nullptr);
+    EXPECT_EQ(lod->getChild(1), b.get());
+    // Marked while still attached: the ancestors learn that their bound changed.
+    EXPECT_MASKS(root, 0x2040u, 0x2040u);
+    EXPECT_EQ(lod->removeLODChild(0), nullptr);
+    EXPECT_EQ(lod->removeLODChild(2), nullptr);
+    EXPECT_EQ(lod->removeLODChild(-1), nullptr);
+}
+
+// Always the same slot, counting its calls.
+class SlotPolicy : public zuLODPolicy {
+public:
+    explicit SlotPolicy(int slot) : mSlot(slot) {}
+    zuSpatial* selectItem(zuLODNode* node, const zuCamera*) const override
+    {
+        ++mCalls;
+        return node->getChild(mSlot);
+    }
+    int mSlot;
+    mutable int mCalls = 0;
+};
+
+TEST_F(SpecialNodes, ANewLevelIsMarkedOnceAsItBecomesCurrent)
+{
+    zuPointer<zuNode> root = new zuNode;
+    zuPointer<zuLODNode> lod = new zuLODNode;
+    zuPointer<zuTestLeaf> a = new zuTestLeaf, b = new zuTestLeaf;
+    root->attachChild(lod);
+    lod->attachLODChild(0, a);
+    lod->attachLODChild(1, b);
+    root->Clean_Flags();
+
+    SlotPolicy first(0);
+    zuSpatial* chosen = nullptr;
+    lod->computeVisibleLOD(nullptr, &first, chosen);
+    EXPECT_EQ(chosen, a.get());
+    EXPECT_EQ(lod->getCurrentLOD(), a.get());
+    // setDirtyDown(false): a geometry leaf's upward mark, reported to every ancestor.
+    EXPECT_MASKS(a, 0x09u, 0x09u);
+    EXPECT_MASKS(lod, 0x09u, 0x09u);
+    EXPECT_MASKS(root, 0x09u, 0x09u);
+    EXPECT_MASKS(b, 0u, 0u);
+
+    // The same level again marks nothing.
+    root->Clean_Flags();
+    lod->computeVisibleLOD(nullptr, &first, chosen);
+    EXPECT_MASKS(root, 0u, 0u);
+
+    SlotPolicy second(1);
+    lod->computeVisibleLOD(nullptr, &second, chosen);
+    EXPECT_EQ(chosen, b.get());
+    EXPECT_MASKS(b, 0x09u, 0x09u);
+    EXPECT_MASKS(a, 0u, 0u);
+
+    // No policy, no level; an empty slot is a null level.
+    lod->computeVisibleLOD(nullptr, nullptr, chosen);
+    EXPECT_EQ(chosen, nullptr);
+    SlotPolicy empty(7);
+    lod->computeVisibleLOD(nullptr, &empty, chosen);
+    EXPECT_EQ(chosen, nullptr);
+    EXPECT_EQ(lod->getCurrentLOD(), nullptr);
+
+    // A level that leaves the node stops being current, so its return is marked again.
+    lod->computeVisibleLOD(nullptr, &first, chosen);
+    lod->removeLODChild(0);
+    lod->attachLODChild(0, a);
+    root->Clean_Flags();
+    lod->computeVisibleLOD(nullptr, &first, chosen);
+    EXPECT_MASKS(a, 0x09u, 0x09u);
+}
+
+// ---------------------------------------------------------------------------------------
+// Light and camera nodes
+
+// A parent turned 30 degrees about z, scaled by 2 and moved to (5, -1, 2), and its
+// rotation worked out by hand.
+const double COS30 = std::sqrt(3.0) / 2.0, SIN30 = 0.5;
+zuGenericTransformation<float> parentFrame()
+{
+    return rsTransform(rotation({0, 0, 1}, 30), Vec(2, 2, 2), Vec(5, -1, 2));
+}
+Vec parentRotate(const Vec& v)
+{
+    return Vec(static_cast<float>(COS30 * v[0] - SIN30 * v[1]), static_cast<float>(SIN30 * v[0] + COS30 * v[1]), v[2]);
+}
+Vec parentMap(const Vec& p)
+{
+    return parentRotate(p * 2.0f) + Vec(5, -1, 2);
+}
+
+// A frame that is not the default one: D = +y, U = +x, R = D x U = -z.
+const Vec D(0, 1, 0), U(1, 0, 0), R(0, 0, -1), LOCATION(1, 2, 3);
+
+TEST_F(SpecialNodes, ALightNodeCarriesItsLightWithTheWorldFrame)
+{
+    zuPointer<zuLight> light = new zuLight;
+    light->SetFrame(LOCATION, D, U, R);
+    zuPointer<zuLightNode> node = new zuLightNode(light);
+    EXPECT_EQ(node->GetLight(), light.get());
+    const zuGenericTransformation<float>& local = node->GetLocalTransform();
+    EXPECT_EQ(local.GetTranslate(), LOCATION);
+    EXPECT_EQ(local.GetMatrix(), Wm4::Matrix3<float>(D, U, R, true));
+    EXPECT_TRUE(local.IsRSMatrix());
+    EXPECT_FALSE(local.IsIdentity());
+
+    // A root light node leaves the light where it was.
+    node->UpdateGS();
+    EXPECT_EQ(light->GetLocation(), LOCATION);
+    EXPECT_EQ(light->GetDVector(), D);
+    EXPECT_EQ(light->GetRVector(), R);
+
+    zuPointer<zuNode> root = new zuNode;
+    root->SetLocalTransform(parentFrame());
+    root->attachChild(node);
+    root->UpdateGS();
+    expectNear(light->GetLocation(), parentMap(LOCATION), "location");
+    expectNear(light->GetDVector(), parentRotate(D), "D");
+    expectNear(light->GetUVector(), parentRotate(U), "U");
+    expectNear(light->GetRVector(), parentRotate(R), "R");
+
+    // The flag-driven pass moves it as well.
+    root->SetLocalTransform(zuGenericTransformation<float>());
+    root->markDirty(true);
+    root->UpdateGS_Flags();
+    expectNear(light->GetLocation(), LOCATION, "location after the flag-driven pass");
+    expectNear(light->GetDVector(), D, "D after the flag-driven pass");
+
+    // A new light takes over the local frame; null keeps it.
+    zuPointer<zuLight> other = new zuLight;
+    node->SetLight(other);
+    EXPECT_EQ(node->GetLocalTransform().GetMatrix(), Wm4::Matrix3<float>(other->GetDVector(), other->GetUVector(), other->GetRVector(), true));
+    node->SetLight(nullptr);
+    EXPECT_EQ(node->GetLight(), nullptr);
+    EXPECT_EQ(node->GetLocalTransform().GetMatrix(), Wm4::Matrix3<float>(other->GetDVector(), other->GetUVector(), other->GetRVector(), true));
+    root->UpdateGS();  // no light: nothing to move
+}
+
+TEST_F(SpecialNodes, ACameraNodeCarriesItsCameraInEitherConvention)
+{
+    for (const auto facing : {zuCameraNode::FACING_ALONG_X, zuCameraNode::FACING_ALONG_NEGATIVE_Z}) {
+        SCOPED_TRACE(facing);
+        zuPointer<zuCamera> camera = new zuCamera;
+        camera->SetFrame(LOCATION, D, U, R);
+        zuPointer<zuCameraNode> node = new zuCameraNode(camera, facing);
+        EXPECT_EQ(node->GetFacingConvention(), facing);
+        const zuGenericTransformation<float>& local = node->GetLocalTransform();
+        EXPECT_EQ(local.GetTranslate(), LOCATION);
+        // Convention 0: the camera's axes are the node's x, y, z; convention 1: it looks
+        // down -z with up y and right x.
+        const Wm4::Matrix3<float> expected = facing == zuCameraNode::FACING_ALONG_X
+            ? Wm4::Matrix3<float>(D, U, R, true)
+            : Wm4::Matrix3<float>(R, U, -D, true);
+        EXPECT_EQ(local.GetMatrix(), expected);
+        EXPECT_TRUE(local.IsRSMatrix());
+        EXPECT_FALSE(local.IsIdentity());
+        EXPECT_MASKS(node, 0x05u, 0x05u);
+
+        node->UpdateGS();
+        EXPECT_EQ(camera->GetLocation(), LOCATION);
+        EXPECT_EQ(camera->GetDVector(), D);
+        EXPECT_EQ(camera->GetUVector(), U);
+        EXPECT_EQ(camera->GetRVector(), R);
+
+        zuPointer<zuNode> root = new zuNode;
+        root->SetLocalTransform(parentFrame());
+        root->attachChild(node);
+        root->UpdateGS();
+        expectNear(camera->GetLocation(), parentMap(LOCATION), "location");
+        expectNear(camera->GetDVector(), parentRotate(D), "D");
+        expectNear(camera->GetUVector(), parentRotate(U), "U");
+        expectNear(camera->GetRVector(), parentRotate(R), "R");
+
+        // A new camera re-derives the frame and marks the node up to the root.
+        root->Clean_Flags();
+        zuPointer<zuCamera> other = new zuCamera;
+        node->SetCamera(other);
+        EXPECT_MASKS(node, 0x05u, 0x05u);
+        EXPECT_MASKS(root, 0x05u, 0x05u);
+        root->UpdateGS_Flags();
+        expectNear(other->GetDVector(), parentRotate(Vec(1, 0, 0)), "D of the new camera");
+        expectNear(other->GetLocation(), Vec(5, -1, 2), "location of the new camera");
+    }
+    zuPointer<zuCameraNode> plain = new zuCameraNode;
+    EXPECT_EQ(plain->GetCamera(), nullptr);
+    EXPECT_EQ(plain->GetFacingConvention(), zuCameraNode::FACING_ALONG_X);
+    EXPECT_TRUE(plain->GetLocalTransform().IsIdentity());
+}
+
+// ---------------------------------------------------------------------------------------
+// Billboard
+
+// The parent turns a quarter about z ((x, y, z) -> (-y, x, z)), scales by 2 and moves to
+// (1, 2, 3); the billboard sits at (0, 0, 1) in it, so its model origin is at (1, 2, 5).
+struct BillboardScene {
+    zuPointer<zuCamera> camera = new zuCamera;
+    zuPointer<zuNode> root = new zuNode;
+    zuPointer<zuBillboardNode> billboard = new zuBillboardNode(camera);
+    zuPointer<zuNode> child = new zuNode;
+    BillboardScene()
+    {
+        root->SetLocalTransform(rsTransform(Wm4::Matrix3<float>(0, -1, 0, 1, 0, 0, 0, 0, 1), Vec(2, 2, 2), Vec(1, 2, 3)));
+        zuGenericTransformation<float> local;
+        local.SetTranslate(Vec(0, 0, 1));
+        billboard->SetLocalTransform(local);
+        zuGenericTransformation<float> childLocal;
+        childLocal.SetTranslate(Vec(0, 0, 1));
+        child->SetLocalTransform(childLocal);
+        root->attachChild(billboard);
+        billboard->attachChild(child);
+    }
+};
+
+TEST_F(SpecialNodes, ABillboardStraightBelowItsCameraDoesNotTurn)
+{
+    BillboardScene scene;
+    // The model y axis points along world -x: the camera at (-4, 2, 5) is at (0, 2.5, 0).
+    scene.camera->SetLocation(Vec(-4, 2, 5));
+    scene.root->UpdateGS();
+    const zuGenericTransformation<float>& world = scene.billboard->GetWorldTransform();
+    EXPECT_EQ(world.GetRotate(), Wm4::Matrix3<float>(0, -1, 0, 1, 0, 0, 0, 0, 1));
+    EXPECT_TRUE(world.IsRSMatrix());
+    EXPECT_FALSE(world.IsIdentity());
+    EXPECT_EQ(world.GetTranslate(), Vec(1, 2, 5));
+}
+
+TEST_F(SpecialNodes, ABillboardTurnsAboutItsModelYAxisTowardTheCamera)
+{
+    BillboardScene scene;
+    // In model space the camera is at (1, 0.5, sqrt 3): a turn of atan2(1, sqrt 3) = 30
+    // degrees. In the world that is (0, 4, 5 + 2 sqrt 3).
+    const float root3 = std::sqrt(3.0f);
+    scene.camera->SetLocation(Vec(0, 4, 5 + 2 * root3));
+    scene.root->UpdateGS();
+
+    // Quarter about z times the turn about y: [c 0 s; 0 1 0; -s 0 c] with c = cos 30,
+    // s = sin 30, rows of the quarter turn (0 -1 0), (1 0 0), (0 0 1).
+    const float c = static_cast<float>(COS30), s = static_cast<float>(SIN30);
+    const Wm4::Matrix3<float> expected(0, -1, 0, c, 0, s, -s, 0, c);
+    const Wm4::Matrix3<float>& rotate = scene.billboard->GetWorldTransform().GetRotate();
+    for (int i = 0; i < 3; ++i)
+        for (int j = 0; j < 3; ++j)
+            EXPECT_NEAR(rotate(i, j), expected(i, j), 1e-6f) << i << ", " << j;
+    // Now the camera lies in the model's y-z plane, in front of it: (0, 0.5, 2).
+    const Vec eye = scene.billboard->GetWorldTransform().ApplyInverse(scene.camera->GetLocation());
+    expectNear(eye, Vec(0, 0.5f, 2), "camera in the turned model space");
+    // The child inherits the turned frame: (0, 0, 1) turned is (0.5, 0, c), scaled by 2
+    // (1, 0, 2c), quarter-turned (0, 1, 2c), moved by the billboard's origin (1, 2, 5).
+    expectNear(scene.child->GetWorldTransform().GetTranslate(), Vec(1, 3, 2 * c + 5), "child");
+
+    // Without a camera it is a plain node again.
+    scene.billboard->SetCamera(nullptr);
+    scene.root->UpdateGS();
+    EXPECT_EQ(scene.billboard->GetWorldTransform().GetRotate(), Wm4::Matrix3<float>(0, -1, 0, 1, 0, 0, 0, 0, 1));
+}
+
+// ---------------------------------------------------------------------------------------
+// Dummy, external reference, Equals and Clone
+
+TEST_F(SpecialNodes, ADummyMarksItsWorldDataAndDrawsNothing)
+{
+    zuPointer<zuNode> root = new zuNode;
+    zuPointer<zuDummy> dummy = new zuDummy;
+    dummy->SetName("hook");
+    EXPECT_EQ(root->attachChild(dummy), 0);
+    EXPECT_MASKS(dummy, 0x01u, 0x01u);
+    EXPECT_MASKS(root, 0x01u, 0x01u);
+    EXPECT_EQ(root->GetObjectByName("hook"), dummy.get());
+
+    // Its bound stays as set, and the node merges it.
+    const zuBoundingVolume bound(Vec(1, 2, 3), Vec(1, 1, 1));
+    dummy->SetWorldBound(bound);
+    root->UpdateGS();
+    EXPECT_EQ(dummy->GetWorldBound(), bound);
+    EXPECT_EQ(root->GetWorldBound(), bound);
+}
+
+TEST_F(SpecialNodes, EqualsAndCloneKeepToTheirOwnClass)
+{
+    zuPointer<zuNode> node = new zuNode;
+    zuPointer<zuLODNode> lod = new zuLODNode;
+    zuPointer<zuXRefNode> xref = new zuXRefNode("parts/bolt.mvk");
+    zuPointer<zuDummy> dummy = new zuDummy;
+    zuPointer<zuCamera> camera = new zuCamera;
+    zuPointer<zuCameraNode> cameraNode = new zuCameraNode(camera, zuCameraNode::FACING_ALONG_NEGATIVE_Z);
+    zuPointer<zuBillboardNode> billboard = new zuBillboardNode(camera);
+    EXPECT_FALSE(lod->Equals(node));
+    EXPECT_FALSE(xref->Equals(lod));
+    EXPECT_FALSE(dummy->Equals(node));
+    EXPECT_FALSE(cameraNode->Equals(billboard));
+
+    const auto cloneOf = [](const zuRttiInterface* source) {
+        zuRttiInterface* target = nullptr;
+        EXPECT_TRUE(source->Clone(target));
+        return zuPointer<zuRttiInterface>(target);
+    };
+    for (const zuRttiInterface* source : std::initializer_list<const zuRttiInterface*>{lod, xref, dummy, cameraNode, billboard}) {
+        zuPointer<zuRttiInterface> copy = cloneOf(source);
+        ASSERT_NE(copy, nullptr);
+        EXPECT_TRUE(copy->IsExactly(source->GetType())) << source->GetType().GetName();
+        EXPECT_TRUE(copy->Equals(source)) << source->GetType().GetName();
+    }
+    EXPECT_EQ(static_cast<zuXRefNode*>(cloneOf(xref).get())->GetReference(), "parts/bolt.mvk");
+    zuPointer<zuRttiInterface> cameraCopy = cloneOf(cameraNode);
+    EXPECT_EQ(static_cast<zuCameraNode*>(cameraCopy.get())->GetFacingConvention(), zuCameraNode::FACING_ALONG_NEGATIVE_Z);
+    EXPECT_EQ(static_cast<zuCameraNode*>(cameraCopy.get())->GetCamera(), nullptr) << "a camera follows one node";
+    EXPECT_EQ(static_cast<zuBillboardNode*>(cloneOf(billboard).get())->GetCamera(), camera.get());
+
+    // A target of another class is refused.
+    zuRttiInterface* target = node;
+    EXPECT_FALSE(lod->Clone(target));
+    target = lod;
+    EXPECT_FALSE(dummy->Clone(target));
+}
+
+} // namespace
+} // namespace zu::test
