@@ -363,12 +363,15 @@ std::vector<ListedFields> parseFields(const std::string& out)
     std::istringstream lines(out);
     std::string line;
     bool inTable = false;
+    size_t indent = 0;
     while (std::getline(lines, line)) {
         std::istringstream words(line);
         std::string first;
         words >> first;
         if (first == "offset") {
             inTable = true;
+            // Field lines sit under the "top" column, after the right-aligned offsets.
+            indent = line.find("offset") + 6 + 2;
             continue;
         }
         if (!inTable || first.empty())
@@ -381,11 +384,10 @@ std::vector<ListedFields> parseFields(const std::string& out)
             records.push_back({type, ""});
             continue;
         }
-        // Field lines sit under the "top" column: the offset column is 6 wide here.
-        EXPECT_EQ(line.compare(0, 8, std::string(8, ' ')), 0) << line;
+        EXPECT_EQ(line.compare(0, indent, std::string(indent, ' ')), 0) << line;
         EXPECT_FALSE(records.empty()) << line;
         if (!records.empty())
-            records.back().fields += line.substr(8) + "\n";
+            records.back().fields += line.substr(indent) + "\n";
     }
     return records;
 }
@@ -668,6 +670,29 @@ TEST_F(ZusgDumpFields, ARecordThatDoesNotLoadOnItsOwnGetsANoteAndTheWalkGoesOn)
     // The library's own messages, with offsets inside the record alone, stay out of the output.
     EXPECT_EQ(r.out.find("zuBaseStream"), std::string::npos) << r.out;
     EXPECT_EQ(r.err.find("zuBaseStream"), std::string::npos) << r.err;
+}
+
+TEST_F(ZusgDumpFields, ARecordOverTheLoadLimitIsListedWithANote)
+{
+    // A float array record grown to just over 64 MiB; the file is extended sparsely, with
+    // zero elements.
+    FieldSample sample;
+    zuPointer<zuFloatArray> one = new zuFloatArray(1, new float[1]{7.0f});
+    const std::vector<zuRttiInterface*> topLevel = {one.get()};
+    std::vector<char> bytes = readBytes(save("one.mvk", topLevel));
+    const ListedRecord record = recordOf(topLevel, one.get());
+    const int32_t quantity = 16 * 1024 * 1024 + 1;
+    const int32_t size = record.size - 4 + 4 * quantity;
+    patchInt32(bytes, record.offset + 4 + record.type.size(), size);
+    patchInt32(bytes, record.offset + static_cast<uint64_t>(record.size) - 4 - 4, quantity);
+    writeFile(file("big.mvk"), bytes);
+    fs::resize_file(file("big.mvk"), record.offset + static_cast<uint64_t>(size));
+
+    const RunResult r = run({"dump", file("big.mvk").string()});
+    EXPECT_EQ(r.status, 0) << r.err;
+    const std::vector<ListedFields> records = parseFields(r.out);
+    ASSERT_EQ(records.size(), 1u) << r.out;
+    EXPECT_EQ(records[0].fields, "fields not shown: the record is larger than 64 MiB\n");
 }
 
 TEST_F(ZusgDumpFields, EveryByteOfAStateRecordPatchedNeverCrashesTheTool)

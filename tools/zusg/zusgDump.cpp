@@ -53,8 +53,9 @@ bool isKnownType(const std::string& type)
 
 // Records larger than this are not loaded for their fields: the record and the object
 // built from it would both sit in memory, for a few lines of output.
-// (64 MiB, the figure of the note that replaces the fields.)
 constexpr int32_t MAX_FIELD_RECORD_SIZE = 64 * 1024 * 1024;
+// The fields of an old stream's objects sit under the type column, after the index.
+constexpr int LEGACY_FIELD_INDENT = 5 + 2;
 
 // Writes each line of `text` after `indent` spaces.
 void printIndented(const std::string& text, int indent)
@@ -121,12 +122,14 @@ private:
             return;
         std::ostringstream fields;
         std::string failure;
-        if (record.size > MAX_FIELD_RECORD_SIZE)
-            failure = "the record is larger than 64 MiB";
-        else if (!readRecordBytes(mCursor, record, mBytes))
+        if (record.size > MAX_FIELD_RECORD_SIZE) {
+            failure = "the record is larger than ";
+            failure.append(std::to_string(MAX_FIELD_RECORD_SIZE >> 20)).append(" MiB");
+        } else if (!readRecordBytes(mCursor, record, mBytes)) {
             failure = "the record cannot be read again";
-        else
-            printRecordFields(mBytes, mVersion, *printer, fields, failure);
+        } else {
+            printRecordFields(mBytes, mVersion, *printer, fields, failure);  // sets `failure` when it fails
+        }
         if (!failure.empty()) {
             fields << "fields not shown: " << failure << "\n";
             ++mFieldsNotShown;
@@ -223,7 +226,7 @@ int dumpLegacyObjects(const std::string& path, bool showFields)
         if (printer && object->IsDerived(*printer->type)) {
             std::ostringstream fields;
             printer->print(*object, fields);
-            printIndented(fields.str(), 7);
+            printIndented(fields.str(), LEGACY_FIELD_INDENT);
         }
     }
     std::printf("%d top-level objects\n", stream.GetObjectCount());
