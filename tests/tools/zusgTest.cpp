@@ -1,15 +1,31 @@
 // Runs the built zusg tool on files saved here and checks what it prints and returns.
 // The tool registers only the library's own classes, so the test classes it meets in
-// these files are types no factory of its knows.
+// these files are types no factory of its knows. The field printers are also called
+// directly, for values no registered class holds yet.
 
 #include "support/zuTestObjects.h"
 
+#include <zuSceneGraph/objects/zuTSharedArray.h>
+#include <zuSceneGraph/scenegraph/zuGenericTransformation.h>
+#include <zuSceneGraph/states/zuAlphaState.h>
+#include <zuSceneGraph/states/zuCamera.h>
+#include <zuSceneGraph/states/zuCullState.h>
+#include <zuSceneGraph/states/zuLight.h>
+#include <zuSceneGraph/states/zuPolygonOffsetState.h>
+#include <zuSceneGraph/states/zuStencilState.h>
+#include <zuSceneGraph/states/zuWireframeState.h>
+#include <zuSceneGraph/states/zuZBufferState.h>
+#include <zuSceneGraph/stream/zuCoreSettings.h>
 #include <zuSceneGraph/stream/zuFileStream.h>
 #include <zuSceneGraph/zuSceneGraph.h>
 #include <zuSystem/zuFileIoDevice.h>
 #include <zuSystem/zuOutputStreamVersion.h>
 
 #include <gtest/gtest.h>
+
+#ifdef ZUSG_PATH
+#include "zusgFields.h"
+#endif
 
 #include <sys/wait.h>
 #include <unistd.h>
@@ -20,6 +36,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <set>
 #include <sstream>
 
 namespace zu::test {
@@ -224,7 +241,7 @@ TEST_F(ZusgCommandLine, NoCommandPrintsTheUsageWithStatus2)
     const RunResult r = run({});
     EXPECT_EQ(r.status, 2);
     EXPECT_NE(r.err.find("usage: zusg COMMAND"), std::string::npos) << r.err;
-    EXPECT_NE(r.err.find("zusg dump FILE"), std::string::npos) << r.err;
+    EXPECT_NE(r.err.find("zusg dump [--no-fields] FILE"), std::string::npos) << r.err;
     EXPECT_NE(r.err.find("zusg version"), std::string::npos) << r.err;
 }
 
@@ -240,8 +257,10 @@ TEST_F(ZusgCommandLine, DumpNeedsExactlyOneFile)
     EXPECT_EQ(run({"dump"}).status, 2);
     const RunResult two = run({"dump", "a.mvk", "b.mvk"});
     EXPECT_EQ(two.status, 2);
-    EXPECT_NE(two.err.find("zusg dump FILE"), std::string::npos) << two.err;
+    EXPECT_NE(two.err.find("zusg dump [--no-fields] FILE"), std::string::npos) << two.err;
     EXPECT_EQ(run({"version", "extra"}).status, 2);
+    EXPECT_EQ(run({"dump", "--no-fields"}).status, 2);
+    EXPECT_EQ(run({"dump", "--fields-please", "a.mvk"}).status, 2);
 }
 
 TEST_F(ZusgCommandLine, HelpGoesToStandardOutputWithStatus0)
@@ -324,6 +343,475 @@ TEST_F(ZusgDump, AStreamWithOnlyItsHeaderHasNoRecords)
     EXPECT_EQ(r.status, 0) << r.err;
     EXPECT_TRUE(parseListing(r.out).empty());
     EXPECT_NE(r.out.find("0 records, 0 top-level"), std::string::npos) << r.out;
+}
+
+// ---------------------------------------------------------------------------------------
+// dump of 6.x streams: the fields below each record of a known type
+
+using ZusgDumpFields = Zusg;
+
+// The field lines below each record line, in the order of the listing, with the record's
+// type; the indentation is checked and removed.
+struct ListedFields {
+    std::string type;
+    std::string fields;  // one line per field line, each ending in "\n"
+};
+
+std::vector<ListedFields> parseFields(const std::string& out)
+{
+    std::vector<ListedFields> records;
+    std::istringstream lines(out);
+    std::string line;
+    bool inTable = false;
+    size_t indent = 0;
+    while (std::getline(lines, line)) {
+        std::istringstream words(line);
+        std::string first;
+        words >> first;
+        if (first == "offset") {
+            inTable = true;
+            // Field lines sit under the "top" column, after the right-aligned offsets.
+            indent = line.find("offset") + 6 + 2;
+            continue;
+        }
+        if (!inTable || first.empty())
+            continue;
+        if (std::isdigit(static_cast<unsigned char>(first[0]))) {
+            if (line.find(" records, ") != std::string::npos)
+                break;
+            std::string top, size, identifier, type;
+            words >> top >> size >> identifier >> type;
+            records.push_back({type, ""});
+            continue;
+        }
+        EXPECT_EQ(line.compare(0, indent, std::string(indent, ' ')), 0) << line;
+        EXPECT_FALSE(records.empty()) << line;
+        if (!records.empty())
+            records.back().fields += line.substr(indent) + "\n";
+    }
+    return records;
+}
+
+// The fields of the only record of the type (fails when there is not exactly one).
+std::string fieldsOf(const std::vector<ListedFields>& records, const std::string& type)
+{
+    std::string fields;
+    int found = 0;
+    for (const ListedFields& record : records)
+        if (record.type == type) {
+            fields = record.fields;
+            ++found;
+        }
+    EXPECT_EQ(found, 1) << type;
+    return fields;
+}
+
+// One object of each class that has a field printer, with fields away from their
+// defaults, and the controller of the camera (a test class: unknown to the tool).
+struct FieldSample {
+    zuPointer<zuAlphaState> alpha = new zuAlphaState;
+    zuPointer<zuCullState> cull = new zuCullState;
+    zuPointer<zuPolygonOffsetState> offset = new zuPolygonOffsetState;
+    zuPointer<zuStencilState> stencil = new zuStencilState;
+    zuPointer<zuWireframeState> wireframe = new zuWireframeState;
+    zuPointer<zuZBufferState> zbuffer = new zuZBufferState;
+    zuPointer<zuFloatArray> floats = new zuFloatArray(3, new float[3]{1.0f, 2.5f, -4.0f});
+    zuPointer<zuIntArray> ints = new zuIntArray(10, new int[10]{0, 1, 2, 3, 4, 5, 6, 7, 8, 9});
+    zuPointer<zuCoreSettings> settings = new zuCoreSettings;
+    zuPointer<zuCamera> camera = new zuCamera;
+    zuPointer<zuLight> light = new zuLight(zuLight::LT_SPOT);
+
+    FieldSample()
+    {
+        alpha->BlendEnabled = true;
+        alpha->DstBlend = zuAlphaState::DBF_ONE;
+        alpha->TestEnabled = true;
+        alpha->Test = zuAlphaState::TF_GREATER;
+        alpha->Reference = 0.5f;
+        cull->Enabled = false;
+        cull->FrontFace = zuCullState::FT_CW;
+        cull->CullFace = zuCullState::CT_FRONT;
+        offset->FillEnabled = true;
+        offset->PointEnabled = true;
+        offset->Scale = 1.5f;
+        offset->Bias = -2.0f;
+        stencil->Enabled = true;
+        stencil->Compare = zuStencilState::CF_LEQUAL;
+        stencil->Reference = 3;
+        stencil->Mask = 0xFFu;
+        stencil->OnFail = zuStencilState::OT_ZERO;
+        stencil->OnZFail = zuStencilState::OT_INCREMENT;
+        stencil->OnZPass = zuStencilState::OT_REPLACE;
+        wireframe->Enabled = true;
+        zbuffer->Writable = false;
+        zbuffer->Compare = zuZBufferState::CF_GREATER;
+
+        settings->Entries.push_back({"first", 1.0f, 2.0f, 3.0f, true});
+        settings->Strings = {"a", "say \"hi\""};
+        settings->S1 = 42;
+        settings->S3 = 0.25f;
+        settings->Records.push_back({"one", "two", {7, 8, 9}});
+        settings->H2 = true;
+        settings->J3 = 11;
+        settings->Width1 = 1024;
+
+        camera->SetName("main view");
+        camera->SetFrame(Wm4::Vector3<float>(0.0f, 0.0f, 5.0f), Wm4::Vector3<float>(0.0f, 0.0f, -1.0f),
+                         Wm4::Vector3<float>(0.0f, 1.0f, 0.0f), Wm4::Vector3<float>(1.0f, 0.0f, 0.0f));
+        camera->SetFrustum(0.5f, 100.0f, -0.25f, 0.25f, -0.5f, 0.5f);
+        camera->SetPerspective(false);
+        camera->AttachController(new zuTestController);
+
+        light->SetName("spot");
+        light->SetDiffuse(Wm4::ColorRGB(1.0f, 0.5f, 0.25f));
+        light->SetIntensity(2.0f);
+        light->SetAttenuation(1.0f, 0.125f, 0.0f);
+        light->SetAttenuate(true);
+        light->SetSpotCutoff(0.5f);
+        light->SetSpotExponent(4.0f);
+        light->SetOn(false);
+    }
+
+    std::vector<zuRttiInterface*> topLevel() const
+    {
+        return {alpha.get(), cull.get(), offset.get(), stencil.get(), wireframe.get(), zbuffer.get(),
+                floats.get(), ints.get(), settings.get(), camera.get(), light.get()};
+    }
+};
+
+// The record of `object` in a 6.32 file of these top-level objects.
+ListedRecord recordOf(const std::vector<zuRttiInterface*>& topLevel, const zuRttiInterface* object)
+{
+    for (const ListedRecord& record : expectedRecords(topLevel, zuStreamVersion(6, 32)))
+        if (record.identifier == reinterpret_cast<uintptr_t>(object))
+            return record;
+    ADD_FAILURE() << "no record of " << object->GetType().GetName();
+    return ListedRecord();
+}
+
+void patchInt32(std::vector<char>& bytes, uint64_t offset, int32_t value)
+{
+    ASSERT_LE(offset + 4, bytes.size());
+    std::memcpy(bytes.data() + offset, &value, 4);
+}
+
+TEST_F(ZusgDumpFields, RenderStatesShowEveryPersistedFieldWithEnumeratorNames)
+{
+    FieldSample sample;
+    const RunResult r = run({"dump", save("fields.mvk", sample.topLevel()).string()});
+    ASSERT_EQ(r.status, 0) << r.err;
+    const std::vector<ListedFields> records = parseFields(r.out);
+    EXPECT_EQ(fieldsOf(records, "zuCore.zuAlphaState"),
+              "BlendEnabled true, SrcBlend SBF_SRC_ALPHA, DstBlend DBF_ONE\n"
+              "TestEnabled true, Test TF_GREATER, Reference 0.5\n");
+    EXPECT_EQ(fieldsOf(records, "zuCore.zuCullState"), "Enabled false, FrontFace FT_CW, CullFace CT_FRONT\n");
+    EXPECT_EQ(fieldsOf(records, "zuCore.zuPolygonOffsetState"),
+              "FillEnabled true, LineEnabled false, PointEnabled true\nScale 1.5, Bias -2\n");
+    EXPECT_EQ(fieldsOf(records, "zuCore.zuStencilState"),
+              "Enabled true, Compare CF_LEQUAL, Reference 3, Mask 0x000000FF, WriteMask 0xFFFFFFFF\n"
+              "OnFail OT_ZERO, OnZFail OT_INCREMENT, OnZPass OT_REPLACE\n");
+    EXPECT_EQ(fieldsOf(records, "zuCore.zuWireframeState"), "Enabled true\n");
+    EXPECT_EQ(fieldsOf(records, "zuCore.zuZBufferState"), "Enabled true, Writable false, Compare CF_GREATER\n");
+}
+
+TEST_F(ZusgDumpFields, ArraysShowTheirQuantityAndTheFirstEightElements)
+{
+    FieldSample sample;
+    zuPointer<zuFloatArray> empty = new zuFloatArray;
+    zuPointer<zuVector3fArray> vectors = new zuVector3fArray(2, new Wm4::Vector3<float>[2]);
+    (*vectors)[1] = Wm4::Vector3<float>(1.0f, -2.0f, 0.125f);
+    zuPointer<zuPlane3dArray> planes = new zuPlane3dArray(1, new Wm4::Plane3<double>[1]);
+    (*planes)[0] = Wm4::Plane3<double>(Wm4::Vector3<double>(0.0, 0.0, 1.0), 5.0);
+    zuPointer<zuMatrix2fArray> matrices = new zuMatrix2fArray(1, new Wm4::Matrix2<float>[1]);
+    (*matrices)[0] = Wm4::Matrix2<float>(1.0f, 2.0f, 3.0f, 4.0f);
+    const RunResult r = run({"dump", save("arrays.mvk", {sample.floats.get(), sample.ints.get(), empty.get(),
+                                                         vectors.get(), planes.get(), matrices.get()})
+                                         .string()});
+    ASSERT_EQ(r.status, 0) << r.err;
+    const std::vector<ListedFields> records = parseFields(r.out);
+    ASSERT_EQ(records.size(), 6u) << r.out;
+    EXPECT_EQ(records[0].fields, "quantity 3: 1 2.5 -4\n");
+    EXPECT_EQ(records[1].fields, "quantity 10: 0 1 2 3 4 5 6 7 ...\n");
+    EXPECT_EQ(records[2].fields, "quantity 0\n");
+    EXPECT_EQ(records[3].fields, "quantity 2: (0 0 0) (1 -2 0.125)\n");
+    EXPECT_EQ(records[4].fields, "quantity 1: (0 0 1; 5)\n");
+    EXPECT_EQ(records[5].fields, "quantity 1: (1 2; 3 4)\n");
+}
+
+TEST_F(ZusgDumpFields, SettingsShowTheirListsAndScalarsByMemberName)
+{
+    FieldSample sample;
+    const RunResult r = run({"dump", save("settings.mvk", {sample.settings.get()}).string()});
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(fieldsOf(parseFields(r.out), "zuCore.zuCoreSettings"),
+              "Entries 1:\n"
+              "  [0] Name \"first\", First 1, Second 2, Third 3, Flag true\n"
+              "Strings 2: \"a\" \"say \\\"hi\\\"\"\n"
+              "S1 42, S2 0, S3 0.25, S4 1, S5 1, S6 0, S7 false\n"
+              "Records 1:\n"
+              "  [0] First \"one\", Second \"two\", Values 7 8 9\n"
+              "H1 true, H2 true, H3 false, H4 true\n"
+              "J1 0, J2 0, J3 11, J4 0, J5 5, J6 30\n"
+              "Width1 1024, Height1 600, Width2 320, Height2 240\n");
+}
+
+TEST_F(ZusgDumpFields, CameraAndLightShowFrameFrustumTypeAndColoursAndSayTheirReferencesReadAsNull)
+{
+    FieldSample sample;
+    const RunResult r = run({"dump", save("view.mvk", {sample.camera.get(), sample.light.get()}).string()});
+    ASSERT_EQ(r.status, 0) << r.err;
+    const std::vector<ListedFields> records = parseFields(r.out);
+    EXPECT_EQ(fieldsOf(records, "zuCore.zuCamera"),
+              "name \"main view\", controllers 1 (1 null: a record loaded on its own reaches no other record)\n"
+              "frame: location (0 0 5), D (0 0 -1), U (0 1 0), R (1 0 0)\n"
+              "frustum: dmin 0.5, dmax 100, umin -0.25, umax 0.25, rmin -0.5, rmax 0.5, perspective false\n");
+    EXPECT_EQ(fieldsOf(records, "zuCore.zuLight"),
+              "name \"spot\", controllers 0\n"
+              "type LT_SPOT, on false\n"
+              "frame: location (0 0 0), D (0 0 -1), U (0 1 0), R (1 0 0)\n"
+              "colours: ambient (0 0 0), diffuse (1 0.5 0.25), specular (1 1 1), intensity 2\n"
+              "attenuation: constant 1, linear 0.125, quadratic 0, attenuate true\n"
+              "spot: cutoff 0.5, exponent 4\n");
+    // The controller itself is a type the tool does not know: listed, with no fields.
+    EXPECT_EQ(fieldsOf(records, "zuTest.zuTestController"), "");
+}
+
+TEST_F(ZusgDumpFields, FieldsLeaveTheRecordListingAsItWas)
+{
+    FieldSample sample;
+    const RunResult r = run({"dump", save("fields.mvk", sample.topLevel()).string()});
+    ASSERT_EQ(r.status, 0) << r.err;
+    std::vector<ListedRecord> expected = expectedRecords(sample.topLevel(), zuStreamVersion(6, 32));
+    for (ListedRecord& record : expected)
+        record.unknown = record.type.rfind("zuTest.", 0) == 0;
+    EXPECT_EQ(parseListing(r.out), expected) << r.out;
+    EXPECT_NE(r.out.find("12 records, 11 top-level; types no registered factory knows: zuTest.zuTestController (1)\n"),
+              std::string::npos)
+        << r.out;
+}
+
+TEST_F(ZusgDumpFields, NoFieldsGivesOneLinePerRecord)
+{
+    FieldSample sample;
+    const fs::path path = save("fields.mvk", sample.topLevel());
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"dump", "--no-fields", path.string()}, {"dump", path.string(), "--no-fields"}}) {
+        const RunResult r = run(arguments);
+        ASSERT_EQ(r.status, 0) << r.err;
+        const std::vector<ListedRecord> listed = parseListing(r.out);
+        EXPECT_EQ(listed.size(), 12u);
+        // The file line, the column header, the records and the summary: nothing else.
+        EXPECT_EQ(std::count(r.out.begin(), r.out.end(), '\n'), static_cast<long>(2 + listed.size() + 1)) << r.out;
+        EXPECT_EQ(r.out.find("SBF_"), std::string::npos) << r.out;
+        for (const ListedFields& record : parseFields(r.out))
+            EXPECT_EQ(record.fields, "") << record.type;
+    }
+}
+
+TEST_F(ZusgDumpFields, EnumerationsOutsideTheirRangePrintUnknownWithTheValue)
+{
+    FieldSample sample;
+    const std::vector<zuRttiInterface*> topLevel = {sample.alpha.get(), sample.cull.get(), sample.stencil.get(),
+                                                    sample.zbuffer.get(), sample.light.get()};
+    std::vector<char> bytes = readBytes(save("states.mvk", topLevel));
+    // Each enumeration sits at a fixed distance from the end of its record.
+    const auto end = [&](const zuRttiInterface* object) {
+        const ListedRecord record = recordOf(topLevel, object);
+        return record.offset + static_cast<uint64_t>(record.size);
+    };
+    patchInt32(bytes, end(sample.alpha.get()) - 17, 99);                 // SrcBlend
+    patchInt32(bytes, end(sample.alpha.get()) - 8, -1);                  // Test
+    patchInt32(bytes, end(sample.cull.get()) - 4, zuCullState::CT_QUANTITY);
+    patchInt32(bytes, end(sample.stencil.get()) - 4, -5);                // OnZPass
+    patchInt32(bytes, end(sample.zbuffer.get()) - 4, zuZBufferState::CF_QUANTITY);
+    const ListedRecord light = recordOf(topLevel, sample.light.get());
+    // The light's type follows its record header and its object part ("spot", no controllers).
+    patchInt32(bytes, light.offset + 4 + light.type.size() + 4 + 8 + 4 + 4 + 4, zuLight::LT_QUANTITY);
+    writeFile(file("patched.mvk"), bytes);
+
+    const RunResult r = run({"dump", file("patched.mvk").string()});
+    ASSERT_EQ(r.status, 0) << r.err;
+    const std::vector<ListedFields> records = parseFields(r.out);
+    EXPECT_EQ(fieldsOf(records, "zuCore.zuAlphaState"),
+              "BlendEnabled true, SrcBlend UNKNOWN (99), DstBlend DBF_ONE\n"
+              "TestEnabled true, Test UNKNOWN (-1), Reference 0.5\n");
+    EXPECT_EQ(fieldsOf(records, "zuCore.zuCullState"), "Enabled false, FrontFace FT_CW, CullFace UNKNOWN (2)\n");
+    EXPECT_NE(fieldsOf(records, "zuCore.zuStencilState").find("OnZFail OT_INCREMENT, OnZPass UNKNOWN (-5)\n"),
+              std::string::npos);
+    EXPECT_EQ(fieldsOf(records, "zuCore.zuZBufferState"), "Enabled true, Writable false, Compare UNKNOWN (8)\n");
+    EXPECT_NE(fieldsOf(records, "zuCore.zuLight").find("type UNKNOWN (4), on false\n"), std::string::npos);
+}
+
+TEST_F(ZusgDumpFields, ARecordThatDoesNotLoadOnItsOwnGetsANoteAndTheWalkGoesOn)
+{
+    FieldSample sample;
+    const std::vector<zuRttiInterface*> topLevel = {sample.floats.get(), sample.alpha.get(), sample.ints.get()};
+    std::vector<char> bytes = readBytes(save("arrays.mvk", topLevel));
+    // The float array's quantity (before its 3 elements) claims more than the record holds;
+    // the int array's quantity claims less, so its fields do not fill its size.
+    const ListedRecord floats = recordOf(topLevel, sample.floats.get());
+    patchInt32(bytes, floats.offset + static_cast<uint64_t>(floats.size) - 3 * 4 - 4, 1000);
+    const ListedRecord ints = recordOf(topLevel, sample.ints.get());
+    patchInt32(bytes, ints.offset + static_cast<uint64_t>(ints.size) - 10 * 4 - 4, 9);
+    writeFile(file("broken.mvk"), bytes);
+
+    const RunResult r = run({"dump", file("broken.mvk").string()});
+    EXPECT_EQ(r.status, 0) << r.err;
+    const std::vector<ListedFields> records = parseFields(r.out);
+    ASSERT_EQ(records.size(), 3u) << r.out;
+    EXPECT_EQ(records[0].fields,
+              "fields not shown: the record does not load on its own (a count exceeds the data that remains)\n");
+    EXPECT_EQ(records[1].fields,
+              "BlendEnabled true, SrcBlend SBF_SRC_ALPHA, DstBlend DBF_ONE\n"
+              "TestEnabled true, Test TF_GREATER, Reference 0.5\n");
+    EXPECT_EQ(records[2].fields,
+              "fields not shown: the record does not load on its own (the record's fields do not fill its size)\n");
+    EXPECT_NE(r.out.find("3 records, 3 top-level; 2 with fields not shown\n"), std::string::npos) << r.out;
+    // The library's own messages, with offsets inside the record alone, stay out of the output.
+    EXPECT_EQ(r.out.find("zuBaseStream"), std::string::npos) << r.out;
+    EXPECT_EQ(r.err.find("zuBaseStream"), std::string::npos) << r.err;
+}
+
+TEST_F(ZusgDumpFields, ARecordOverTheLoadLimitIsListedWithANote)
+{
+    // A float array record grown to just over 64 MiB; the file is extended sparsely, with
+    // zero elements.
+    FieldSample sample;
+    zuPointer<zuFloatArray> one = new zuFloatArray(1, new float[1]{7.0f});
+    const std::vector<zuRttiInterface*> topLevel = {one.get()};
+    std::vector<char> bytes = readBytes(save("one.mvk", topLevel));
+    const ListedRecord record = recordOf(topLevel, one.get());
+    const int32_t quantity = 16 * 1024 * 1024 + 1;
+    const int32_t size = record.size - 4 + 4 * quantity;
+    patchInt32(bytes, record.offset + 4 + record.type.size(), size);
+    patchInt32(bytes, record.offset + static_cast<uint64_t>(record.size) - 4 - 4, quantity);
+    writeFile(file("big.mvk"), bytes);
+    fs::resize_file(file("big.mvk"), record.offset + static_cast<uint64_t>(size));
+
+    const RunResult r = run({"dump", file("big.mvk").string()});
+    EXPECT_EQ(r.status, 0) << r.err;
+    const std::vector<ListedFields> records = parseFields(r.out);
+    ASSERT_EQ(records.size(), 1u) << r.out;
+    EXPECT_EQ(records[0].fields, "fields not shown: the record is larger than 64 MiB\n");
+}
+
+TEST_F(ZusgDumpFields, EveryByteOfAStateRecordPatchedNeverCrashesTheTool)
+{
+    // Whatever one byte of a record becomes, the tool prints the record line and either
+    // the fields or a note, and the walk reaches the summary.
+    FieldSample sample;
+    const std::vector<zuRttiInterface*> topLevel = {sample.light.get()};
+    const std::vector<char> bytes = readBytes(save("light.mvk", topLevel));
+    const ListedRecord light = recordOf(topLevel, sample.light.get());
+    const uint64_t header = 4 + light.type.size() + 4 + 8;  // the walk checks these bytes itself
+    for (uint64_t at = light.offset + header; at < light.offset + static_cast<uint64_t>(light.size); ++at) {
+        std::vector<char> patched = bytes;
+        patched[at] = static_cast<char>(0xFF);
+        writeFile(file("patched.mvk"), patched);
+        const RunResult r = run({"dump", file("patched.mvk").string()});
+        EXPECT_EQ(r.status, 0) << "byte " << at << ": " << r.err;
+        EXPECT_NE(r.out.find("1 records, 1 top-level"), std::string::npos) << "byte " << at << ": " << r.out;
+        const std::vector<ListedFields> records = parseFields(r.out);
+        ASSERT_EQ(records.size(), 1u) << r.out;
+        EXPECT_FALSE(records[0].fields.empty()) << "byte " << at;
+    }
+}
+
+// ---------------------------------------------------------------------------------------
+// the field printers, called directly
+
+using ZusgFieldPrinters = Zusg;
+
+#ifdef ZUSG_PATH
+std::string printed(const zuGenericTransformation<float>& transformation)
+{
+    std::ostringstream out;
+    zusg::printTransformation(transformation, "local", out);
+    return out.str();
+}
+#endif
+
+TEST_F(ZusgFieldPrinters, TransformationShowsFlagsMatrixRowsTranslateAndScale)
+{
+#ifdef ZUSG_PATH
+    EXPECT_EQ(printed(zuGenericTransformation<float>()),
+              "local: IsIdentity true, IsRSMatrix true, IsUniformScale true\n"
+              "  matrix row 0: 1 0 0\n"
+              "  matrix row 1: 0 1 0\n"
+              "  matrix row 2: 0 0 1\n"
+              "  translate (0 0 0)\n"
+              "  scale (1 1 1)\n");
+
+    // A quarter turn about z, rows as stored (the matrix acts on column vectors).
+    zuGenericTransformation<float> rotation;
+    rotation.SetRotate(Wm4::Matrix3<float>(0.0f, -1.0f, 0.0f, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f, 1.0f));
+    rotation.SetTranslate(Wm4::Vector3<float>(1.0f, 2.0f, -3.5f));
+    rotation.SetUniformScale(2.0f);
+    EXPECT_EQ(printed(rotation),
+              "local: IsIdentity false, IsRSMatrix true, IsUniformScale true\n"
+              "  matrix row 0: 0 -1 0\n"
+              "  matrix row 1: 1 0 0\n"
+              "  matrix row 2: 0 0 1\n"
+              "  translate (1 2 -3.5)\n"
+              "  scale (2 2 2)\n");
+
+    zuGenericTransformation<float> general;
+    general.SetMatrix(Wm4::Matrix3<float>(1.0f, 2.0f, 3.0f, 4.0f, 5.0f, 6.0f, 7.0f, 8.0f, 0.1f));
+    general.SetScale(Wm4::Vector3<float>(1.0f, 2.0f, 3.0f));
+    const std::string text = printed(general);
+    EXPECT_NE(text.find("IsRSMatrix false, IsUniformScale false\n"), std::string::npos) << text;
+    EXPECT_NE(text.find("  matrix row 2: 7 8 0.1\n"), std::string::npos) << text;
+    EXPECT_NE(text.find("  scale (1 2 3)\n"), std::string::npos) << text;
+#endif
+}
+
+TEST_F(ZusgFieldPrinters, EveryPrinterBelongsToARegisteredClassAndPrintsItsDefaultObject)
+{
+#ifdef ZUSG_PATH
+    const zusg::FieldRegistry& printers = zusg::fieldPrinters();
+    // The 21 shared arrays, the settings, the six render states, the camera and the light.
+    EXPECT_EQ(printers.size(), 30u);
+    size_t found = 0;
+    for (const std::string& name : zuRttiInterface::GetFactoryNames()) {
+        const zusg::FieldRegistry::Entry* printer = printers.find(name);
+        if (!printer)
+            continue;
+        ++found;
+        EXPECT_EQ(name, printer->type->GetName());
+        const zuRttiInterface::CreateFunction create = zuRttiInterface::GetCreateFunction(name);
+        ASSERT_NE(create, nullptr) << name;
+        zuPointer<zuObject> object(static_cast<zuObject*>(create()));
+        ASSERT_TRUE(object->IsDerived(*printer->type)) << name;
+        std::ostringstream out;
+        printer->print(*object, out);
+        const std::string text = out.str();
+        ASSERT_FALSE(text.empty()) << name;
+        EXPECT_EQ(text.back(), '\n') << name;
+        // Only record lines start with a digit, so no field line may.
+        std::istringstream lines(text);
+        std::string line;
+        while (std::getline(lines, line)) {
+            const size_t first = line.find_first_not_of(' ');
+            ASSERT_NE(first, std::string::npos) << name << ": an empty line";
+            EXPECT_FALSE(std::isdigit(static_cast<unsigned char>(line[first]))) << name << ": " << line;
+        }
+    }
+    EXPECT_EQ(found, printers.size());
+#endif
+}
+
+TEST_F(ZusgFieldPrinters, TextsAreQuotedEscapedAndCut)
+{
+#ifdef ZUSG_PATH
+    EXPECT_EQ(zusg::quotedText("plain"), "\"plain\"");
+    EXPECT_EQ(zusg::quotedText(std::string("a\n\0\xE9", 4)), "\"a\\x0A\\x00\\xE9\"");
+    EXPECT_EQ(zusg::quotedText(std::string(70, 'x'), 64), "\"" + std::string(64, 'x') + "\"...");
+    EXPECT_EQ(zusg::number(0.1f), "0.1");
+    EXPECT_EQ(zusg::number(1e-7f), "1e-07");
+    EXPECT_EQ(zusg::number(0.1), "0.1");
+    EXPECT_EQ(zusg::enumerator(zuStencilState::GetCompareName(zuStencilState::CF_QUANTITY), 8), "UNKNOWN (8)");
+    EXPECT_EQ(zusg::enumerator(zuStencilState::GetCompareName(zuStencilState::CF_ALWAYS), 7), "CF_ALWAYS");
+#endif
 }
 
 // ---------------------------------------------------------------------------------------
@@ -487,6 +975,30 @@ TEST_F(ZusgDumpLegacy, LoadingStopsAtTheFirstRecordOfAnUnknownTypeAndSaysWhere)
     // The first record (its "Top Level" marker) starts right after the 9-byte header.
     EXPECT_NE(r.err.find("loading stopped at offset 9,"), std::string::npos) << r.err;
     EXPECT_NE(r.err.find("zuTest.zuTestNode"), std::string::npos) << r.err;
+}
+
+TEST_F(ZusgDumpLegacy, TopLevelObjectsOfKnownTypesShowTheirFields)
+{
+    zuPointer<zuAlphaState> alpha = new zuAlphaState;
+    alpha->DstBlend = zuAlphaState::DBF_ONE;
+    zuPointer<zuFloatArray> floats = new zuFloatArray(2, new float[2]{0.5f, -1.0f});
+    writeFile(file("old.mvk"), legacyFile({alpha.get(), floats.get()}));
+
+    const RunResult r = run({"dump", file("old.mvk").string()});
+    EXPECT_EQ(r.status, 0) << r.err;
+    // Each object's line, then its fields under the type column.
+    EXPECT_NE(r.out.find("    0  zuCore.zuAlphaState               \"\"\n"
+                         "       BlendEnabled false, SrcBlend SBF_SRC_ALPHA, DstBlend DBF_ONE\n"
+                         "       TestEnabled false, Test TF_ALWAYS, Reference 0\n"
+                         "    1  zuCore.zuFloatArray               \"\"\n"
+                         "       quantity 2: 0.5 -1\n"
+                         "2 top-level objects\n"),
+              std::string::npos)
+        << r.out;
+
+    const RunResult bare = run({"dump", "--no-fields", file("old.mvk").string()});
+    EXPECT_EQ(bare.status, 0) << bare.err;
+    EXPECT_EQ(bare.out.find("quantity"), std::string::npos) << bare.out;
 }
 
 } // namespace

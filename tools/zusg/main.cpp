@@ -1,7 +1,7 @@
 // zusg: inspects object-stream files and reports the library's versions.
 //
 //     zusg version
-//     zusg dump FILE
+//     zusg dump [--no-fields] FILE
 //
 // A command joins by adding its source file and one line to the table below.
 
@@ -17,7 +17,10 @@ namespace {
 
 const Command commands[] = {
     {"version", "", "print the library version and the default stream version", runVersion},
-    {"dump", "FILE", "list the records of an object-stream file (.mvk)", runDump},
+    {"dump", "[--no-fields] FILE",
+     "list the records of an object-stream file (.mvk), each with the fields of its object\n"
+     "      when its type is known; --no-fields lists the records only",
+     runDump},
 };
 
 void printUsageLine(std::ostream& out, const Command& command)
