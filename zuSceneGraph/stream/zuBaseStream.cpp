@@ -10,6 +10,7 @@
 #include <bit>
 #include <cstdio>
 #include <iostream>
+#include <new>
 
 namespace zu {
 
@@ -218,10 +219,9 @@ void zuBaseStream::resetBufferState()
 
 zuLink* zuBaseStream::newLink(zuRttiInterface* object)
 {
-    if ((mLinkCount & (LINK_CHUNK_SIZE - 1)) == 0 && (mLinkCount >> LINK_CHUNK_SHIFT) == mLinkChunks.size())
-        mLinkChunks.emplace_back(new zuLink[LINK_CHUNK_SIZE]);
-    zuLink* link = linkAt(mLinkCount++);
-    link->setObject(object);
+    if ((mLinkCount >> LINK_CHUNK_SHIFT) == mLinkChunks.size())
+        mLinkChunks.push_back(static_cast<zuLink*>(::operator new(LINK_CHUNK_SIZE * sizeof(zuLink))));
+    zuLink* link = new (linkAt(mLinkCount++)) zuLink(object);
     // The link holds the new object until the load ends, so that an object nobody
     // references (its referrer was skipped, or the data broke) is freed, not leaked.
     object->IncrementReferences();
@@ -231,14 +231,18 @@ zuLink* zuBaseStream::newLink(zuRttiInterface* object)
 void zuBaseStream::deleteLinks()
 {
     const size_t count = mLinkCount;
-    std::vector<std::unique_ptr<zuLink[]>> chunks;
+    std::vector<zuLink*> chunks;
     chunks.swap(mLinkChunks);
     mLinkCount = 0;
     for (size_t i = 0; i < count; ++i) {
-        zuLink& link = chunks[i >> LINK_CHUNK_SHIFT][i & (LINK_CHUNK_SIZE - 1)];
-        if (zuRttiInterface* object = link.getObject())
+        zuLink* link = chunks[i >> LINK_CHUNK_SHIFT] + (i & (LINK_CHUNK_SIZE - 1));
+        zuRttiInterface* object = link->getObject();
+        link->~zuLink();
+        if (object)
             object->DecrementReferences();
     }
+    for (zuLink* chunk : chunks)
+        ::operator delete(chunk);
 }
 
 void zuBaseStream::registerLink(uint64_t identifier, zuLink* link)

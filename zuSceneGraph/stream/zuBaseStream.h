@@ -323,7 +323,7 @@ private:
     }
     void readAcrossWindows(void* destination, int size, uint64_t count);
     void writeAcrossWindows(const void* source, int size, uint64_t count);
-    zuLink* linkAt(size_t i) const { return &mLinkChunks[i >> LINK_CHUNK_SHIFT][i & (LINK_CHUNK_SIZE - 1)]; }
+    zuLink* linkAt(size_t i) const { return mLinkChunks[i >> LINK_CHUNK_SHIFT] + (i & (LINK_CHUNK_SIZE - 1)); }
     void deleteLinks();
 
     zuStreamVersion mVersion;
@@ -332,7 +332,9 @@ private:
     std::unordered_set<const zuRttiInterface*> mTopLevelSet;
     std::unordered_set<const zuRttiInterface*> mRegistered;
     std::vector<const zuRttiInterface*> mOrdered;
-    std::vector<std::unique_ptr<zuLink[]>> mLinkChunks;
+    // Raw storage: a link is constructed when an object takes it, so that a load of one
+    // record touches one link, not a whole chunk.
+    std::vector<zuLink*> mLinkChunks;
     size_t mLinkCount = 0;
     zuReferenceMap mReferences;
     std::unordered_map<const zuRttiInterface*, zuRttiCustomInformation*> mCustomInformations;
