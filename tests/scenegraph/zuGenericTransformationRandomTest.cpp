@@ -1,0 +1,382 @@
+// The transformation against plain 4x4 matrices in double precision, on random values of
+// every kind: each value's 4x4 is built here from its fields, products and inverses are
+// plain matrix products and a Gauss-Jordan inverse, independent of the class's own code.
+
+#include <zuSceneGraph/scenegraph/zuGenericTransformation.h>
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+namespace zu::test {
+namespace {
+
+// Column-vector convention: Y = H·(X, 1).
+struct Mat4 {
+    std::array<double, 16> e{};
+    double& operator()(int row, int col) { return e[static_cast<size_t>(4 * row + col)]; }
+    double operator()(int row, int col) const { return e[static_cast<size_t>(4 * row + col)]; }
+};
+
+Mat4 identity4()
+{
+    Mat4 m;
+    for (int i = 0; i < 4; ++i)
+        m(i, i) = 1;
+    return m;
+}
+
+Mat4 multiply(const Mat4& a, const Mat4& b)
+{
+    Mat4 m;
+    for (int i = 0; i < 4; ++i)
+        for (int j = 0; j < 4; ++j)
+            for (int k = 0; k < 4; ++k)
+                m(i, j) += a(i, k) * b(k, j);
+    return m;
+}
+
+// Gauss-Jordan with partial pivoting.
+Mat4 invert(Mat4 a)
+{
+    Mat4 inverse = identity4();
+    for (int col = 0; col < 4; ++col) {
+        int pivot = col;
+        for (int row = col + 1; row < 4; ++row)
+            if (std::fabs(a(row, col)) > std::fabs(a(pivot, col)))
+                pivot = row;
+        EXPECT_GT(std::fabs(a(pivot, col)), 1e-9) << "singular test matrix";
+        for (int j = 0; j < 4; ++j) {
+            std::swap(a(col, j), a(pivot, j));
+            std::swap(inverse(col, j), inverse(pivot, j));
+        }
+        const double scale = 1 / a(col, col);
+        for (int j = 0; j < 4; ++j) {
+            a(col, j) *= scale;
+            inverse(col, j) *= scale;
+        }
+        for (int row = 0; row < 4; ++row) {
+            if (row == col)
+                continue;
+            const double factor = a(row, col);
+            for (int j = 0; j < 4; ++j) {
+                a(row, j) -= factor * a(col, j);
+                inverse(row, j) -= factor * inverse(col, j);
+            }
+        }
+    }
+    return inverse;
+}
+
+std::array<double, 4> apply(const Mat4& m, double x, double y, double z, double w)
+{
+    std::array<double, 4> r{};
+    for (int i = 0; i < 4; ++i)
+        r[static_cast<size_t>(i)] = m(i, 0) * x + m(i, 1) * y + m(i, 2) * z + m(i, 3) * w;
+    return r;
+}
+
+// The 4x4 of a transformation, from its fields alone.
+template <class Real>
+Mat4 toMatrix(const zuGenericTransformation<Real>& t)
+{
+    if (t.IsIdentity())
+        return identity4();
+    Mat4 m = identity4();
+    for (int i = 0; i < 3; ++i) {
+        for (int j = 0; j < 3; ++j) {
+            m(i, j) = t.GetMatrix()[i][j];
+            if (t.IsRSMatrix())
+                m(i, j) *= t.GetScale()[j];
+        }
+        m(i, 3) = t.GetTranslate()[i];
+    }
+    return m;
+}
+
+// splitmix64, seeded: the same values on every machine.
+class Random {
+public:
+    explicit Random(uint64_t seed) : mState(seed) {}
+    uint64_t next()
+    {
+        uint64_t z = (mState += 0x9E3779B97F4A7C15ull);
+        z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9ull;
+        z = (z ^ (z >> 27)) * 0x94D049BB133111EBull;
+        return z ^ (z >> 31);
+    }
+    double unit() { return static_cast<double>(next() >> 11) * 0x1.0p-53; }
+    double range(double low, double high) { return low + (high - low) * unit(); }
+    // A magnitude in [0.5, 2] with a random sign.
+    double scale() { return range(0.5, 2) * (next() & 1 ? -1 : 1); }
+
+private:
+    uint64_t mState;
+};
+
+enum Kind { IDENTITY, UNIFORM, NON_UNIFORM, AXIS_ALIGNED, AXIS_ALIGNED_UNIFORM, SIGNED_EQUAL, GENERAL, KIND_COUNT };
+
+template <class Real>
+zuGenericTransformation<Real> randomTransform(Random& random, Kind kind)
+{
+    using Vector3 = Wm4::Vector3<Real>;
+    using Matrix3 = Wm4::Matrix3<Real>;
+    zuGenericTransformation<Real> t;
+    if (kind == IDENTITY)
+        return t;
+    Vector3 axis(static_cast<Real>(random.range(-1, 1)), static_cast<Real>(random.range(-1, 1)),
+                 static_cast<Real>(random.range(-1, 1)));
+    axis.Normalize();
+    const Matrix3 rotate(axis, static_cast<Real>(random.range(-3.1, 3.1)));
+    const Vector3 translate(static_cast<Real>(random.range(-10, 10)), static_cast<Real>(random.range(-10, 10)),
+                            static_cast<Real>(random.range(-10, 10)));
+    const Real s = static_cast<Real>(random.scale());
+    switch (kind) {
+    case UNIFORM:
+        t.SetRotate(rotate);
+        t.SetUniformScale(s);
+        break;
+    case NON_UNIFORM:
+        t.SetRotate(rotate);
+        t.SetScale(Vector3(s, static_cast<Real>(random.scale()), static_cast<Real>(random.scale())));
+        break;
+    case AXIS_ALIGNED:
+        t.SetScale(Vector3(s, static_cast<Real>(random.scale()), static_cast<Real>(random.scale())));
+        break;
+    case AXIS_ALIGNED_UNIFORM:
+        t.SetUniformScale(s);
+        break;
+    case SIGNED_EQUAL: {
+        t.SetRotate(rotate);
+        const Real y = random.next() & 1 ? s : -s;
+        const Real z = random.next() & 1 ? s : -s;
+        t.SetScale(Vector3(s, y, z));
+        break;
+    }
+    default: {
+        // Diagonally dominant, so the determinant stays well above the inverse's tolerance.
+        Matrix3 m;
+        for (int i = 0; i < 3; ++i)
+            for (int j = 0; j < 3; ++j)
+                m[i][j] = static_cast<Real>(random.range(-0.4, 0.4) + (i == j ? 1.5 : 0));
+        t.SetMatrix(m);
+        break;
+    }
+    }
+    t.SetTranslate(translate);
+    return t;
+}
+
+template <class Real>
+double tolerance()
+{
+    return sizeof(Real) == sizeof(float) ? 1e-4 : 1e-10;
+}
+
+template <class Real>
+::testing::AssertionResult near(double expected, double actual)
+{
+    if (std::fabs(expected - actual) <= tolerance<Real>() * (1 + std::fabs(expected)))
+        return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure() << "expected " << expected << ", got " << actual;
+}
+
+template <class Real>
+::testing::AssertionResult nearMatrix(const Mat4& expected, const Mat4& actual)
+{
+    for (int i = 0; i < 16; ++i) {
+        ::testing::AssertionResult result = near<Real>(expected.e[static_cast<size_t>(i)], actual.e[static_cast<size_t>(i)]);
+        if (!result)
+            return result << " at entry " << i;
+    }
+    return ::testing::AssertionSuccess();
+}
+
+template <class Real>
+::testing::AssertionResult nearPoint(const std::array<double, 4>& expected, const Wm4::Vector3<Real>& actual)
+{
+    for (int i = 0; i < 3; ++i) {
+        ::testing::AssertionResult result = near<Real>(expected[static_cast<size_t>(i)], actual[i]);
+        if (!result)
+            return result << " at component " << i;
+    }
+    return ::testing::AssertionSuccess();
+}
+
+template <class Real>
+class GenericTransformationRandom : public ::testing::Test {
+protected:
+    using Transform = zuGenericTransformation<Real>;
+    using Vector3 = Wm4::Vector3<Real>;
+
+    Vector3 randomPoint()
+    {
+        return Vector3(static_cast<Real>(mRandom.range(-20, 20)), static_cast<Real>(mRandom.range(-20, 20)),
+                       static_cast<Real>(mRandom.range(-20, 20)));
+    }
+    Kind randomKind() { return static_cast<Kind>(mRandom.next() % KIND_COUNT); }
+
+    Random mRandom{42};
+};
+
+using RealTypes = ::testing::Types<float, double>;
+TYPED_TEST_SUITE(GenericTransformationRandom, RealTypes);
+
+constexpr int ROUNDS = 3000;
+
+TYPED_TEST(GenericTransformationRandom, PointsAndArraysMapAsThe4x4AndItsInverse)
+{
+    using Real = TypeParam;
+    using Vector3 = Wm4::Vector3<Real>;
+    for (int round = 0; round < ROUNDS; ++round) {
+        const Kind kind = this->randomKind();
+        const auto t = randomTransform<Real>(this->mRandom, kind);
+        SCOPED_TRACE(::testing::Message() << "round " << round << ", kind " << kind);
+        const Mat4 h = toMatrix(t);
+        const Mat4 hInverse = invert(h);
+
+        std::vector<Vector3> points(7);
+        for (Vector3& p : points)
+            p = this->randomPoint();
+        std::vector<Vector3> forward(points.size()), directions(points.size()), inverse(points.size());
+        const int count = static_cast<int>(points.size());
+        t.ApplyForward(count, points.data(), forward.data());
+        t.ApplyForward(count, points.data(), directions.data(), false);
+        t.ApplyInverse(count, points.data(), inverse.data());
+        for (size_t i = 0; i < points.size(); ++i) {
+            const Vector3& p = points[i];
+            const auto y = apply(h, p[0], p[1], p[2], 1);
+            const auto d = apply(h, p[0], p[1], p[2], 0);
+            const auto x = apply(hInverse, p[0], p[1], p[2], 1);
+            const auto v = apply(hInverse, p[0], p[1], p[2], 0);
+            ASSERT_TRUE(nearPoint<Real>(y, t.ApplyForward(p)));
+            ASSERT_TRUE(nearPoint<Real>(d, t.ApplyForward(p, false)));
+            ASSERT_TRUE(nearPoint<Real>(x, t.ApplyInverse(p)));
+            ASSERT_TRUE(nearPoint<Real>(v, t.ApplyInverse(p, false)));
+            ASSERT_TRUE(nearPoint<Real>(v, t.InvertVector(p)));
+            ASSERT_TRUE(nearPoint<Real>(y, forward[i]));
+            ASSERT_TRUE(nearPoint<Real>(d, directions[i]));
+            ASSERT_TRUE(nearPoint<Real>(x, inverse[i]));
+        }
+    }
+}
+
+TYPED_TEST(GenericTransformationRandom, ProductIsThe4x4ProductButForTheAxisAlignedShortcut)
+{
+    using Real = TypeParam;
+    using Transform = zuGenericTransformation<Real>;
+    int shortcuts = 0;
+    for (int round = 0; round < ROUNDS; ++round) {
+        const Kind kindA = this->randomKind();
+        const Kind kindB = this->randomKind();
+        const Transform a = randomTransform<Real>(this->mRandom, kindA);
+        const Transform b = randomTransform<Real>(this->mRandom, kindB);
+        SCOPED_TRACE(::testing::Message() << "round " << round << ", kinds " << kindA << ", " << kindB);
+        Transform product;
+        product.Product(a, b);
+
+        Mat4 expected = multiply(toMatrix(a), toMatrix(b));
+        const bool shortcut = !a.IsIdentity() && !b.IsIdentity() && a.IsRSMatrix() && !a.IsUniformScale()
+                           && a.GetRotate() == Wm4::Matrix3<Real>::IDENTITY && b.IsUniformScale();
+        if (shortcut) {
+            // b's rotation outside a's scale: R_b·diag(S_a·s_b), translation S_a⊙T_b + T_a.
+            ++shortcuts;
+            expected = identity4();
+            for (int i = 0; i < 3; ++i) {
+                for (int j = 0; j < 3; ++j)
+                    expected(i, j) = double(b.GetRotate()[i][j]) * a.GetScale()[j] * b.GetScale()[0];
+                expected(i, 3) = double(a.GetScale()[i]) * b.GetTranslate()[i] + a.GetTranslate()[i];
+            }
+        }
+        ASSERT_TRUE(nearMatrix<Real>(expected, toMatrix(product)));
+    }
+    EXPECT_GT(shortcuts, ROUNDS / 100);
+}
+
+TYPED_TEST(GenericTransformationRandom, InverseIsThe4x4Inverse)
+{
+    using Real = TypeParam;
+    using Transform = zuGenericTransformation<Real>;
+    for (int round = 0; round < ROUNDS; ++round) {
+        const Kind kind = this->randomKind();
+        const Transform t = randomTransform<Real>(this->mRandom, kind);
+        SCOPED_TRACE(::testing::Message() << "round " << round << ", kind " << kind);
+        Transform inverse;
+        t.Inverse(inverse);
+        ASSERT_TRUE(nearMatrix<Real>(invert(toMatrix(t)), toMatrix(inverse)));
+        // An RS value keeps an RS inverse exactly when its scales share one magnitude.
+        if (t.IsRSMatrix() && !t.IsIdentity()) {
+            const Wm4::Vector3<Real> s = t.GetScale();
+            const bool equal = std::fabs(s[0]) == std::fabs(s[1]) && std::fabs(s[0]) == std::fabs(s[2]);
+            ASSERT_EQ(inverse.IsRSMatrix(), equal);
+        }
+    }
+}
+
+TYPED_TEST(GenericTransformationRandom, NormalsAndPlanesMapByTheInverseTranspose)
+{
+    using Real = TypeParam;
+    using Vector3 = Wm4::Vector3<Real>;
+    using Plane3 = Wm4::Plane3<Real>;
+    for (int round = 0; round < ROUNDS; ++round) {
+        const Kind kind = this->randomKind();
+        const auto t = randomTransform<Real>(this->mRandom, kind);
+        SCOPED_TRACE(::testing::Message() << "round " << round << ", kind " << kind);
+        const Mat4 hInverse = invert(toMatrix(t));
+
+        Vector3 n = this->randomPoint();
+        n.Normalize();
+        // (n, -c) is the plane as a row vector: it maps by the inverse transpose of H.
+        const double c = this->mRandom.range(-5, 5);
+        std::array<double, 4> mapped{};
+        for (int j = 0; j < 4; ++j)
+            mapped[static_cast<size_t>(j)] = hInverse(0, j) * n[0] + hInverse(1, j) * n[1] + hInverse(2, j) * n[2]
+                                           - hInverse(3, j) * c;
+        const double length = std::sqrt(mapped[0] * mapped[0] + mapped[1] * mapped[1] + mapped[2] * mapped[2]);
+        const std::array<double, 4> unitNormal = {mapped[0] / length, mapped[1] / length, mapped[2] / length, 0};
+
+        ASSERT_TRUE(nearPoint<Real>(unitNormal, t.ApplyNormal(n)));
+
+        // A uniform scale keeps the normal's length and a negative one its orientation, so
+        // compare the plane normalised and oriented like the expected one.
+        const Plane3 plane = t.ApplyForward(Plane3(n, static_cast<Real>(c)));
+        double factor = 1 / std::sqrt(double(plane.Normal.SquaredLength()));
+        if (plane.Normal.Dot(Vector3(Real(unitNormal[0]), Real(unitNormal[1]), Real(unitNormal[2]))) < 0)
+            factor = -factor;
+        ASSERT_TRUE(nearPoint<Real>(unitNormal, plane.Normal * static_cast<Real>(factor)));
+        ASSERT_TRUE(near<Real>(-mapped[3] / length, plane.Constant * factor));
+    }
+}
+
+TYPED_TEST(GenericTransformationRandom, HomogeneousMatricesRoundTrip)
+{
+    using Real = TypeParam;
+    using Transform = zuGenericTransformation<Real>;
+    for (int round = 0; round < ROUNDS; ++round) {
+        const Kind kind = this->randomKind();
+        const Transform t = randomTransform<Real>(this->mRandom, kind);
+        SCOPED_TRACE(::testing::Message() << "round " << round << ", kind " << kind);
+        const Mat4 expected = toMatrix(t);
+        Wm4::Matrix4<Real> h;
+        t.GetHomogeneous(h);
+        Mat4 transposed;
+        for (int i = 0; i < 4; ++i)
+            for (int j = 0; j < 4; ++j)
+                transposed(i, j) = h[j][i];
+        ASSERT_TRUE(nearMatrix<Real>(expected, transposed));
+
+        Transform back;
+        back.FromHomogeneousMatrix(h, true);
+        ASSERT_TRUE(nearMatrix<Real>(expected, toMatrix(back)));
+        ASSERT_EQ(back.IsRSMatrix(), kind != GENERAL);
+        back.FromHomogeneousMatrix(h.Transpose(), false);
+        ASSERT_TRUE(nearMatrix<Real>(expected, toMatrix(back)));
+    }
+}
+
+} // namespace
+} // namespace zu::test
