@@ -9,6 +9,8 @@
 #include <zuSceneGraph/states/zuZBufferState.h>
 #include <zuSceneGraph/states/zuCamera.h>
 #include <zuSceneGraph/states/zuLight.h>
+#include <zuSceneGraph/objects/zuTSharedArray.h>
+#include <zuSceneGraph/stream/zuCoreSettings.h>
 
 #include <zuSystem/LibInitCounter.h>
 
@@ -53,6 +55,28 @@ const FactoryRegistration factoryRegistrations[] = {
     {zuZBufferState::RegisterFactory, zuZBufferState::UnRegisterFactory},
     {zuCamera::RegisterFactory, zuCamera::UnRegisterFactory},
     {zuLight::RegisterFactory, zuLight::UnRegisterFactory},
+    {zuFloatArray::RegisterFactory, zuFloatArray::UnRegisterFactory},
+    {zuDoubleArray::RegisterFactory, zuDoubleArray::UnRegisterFactory},
+    {zuIntArray::RegisterFactory, zuIntArray::UnRegisterFactory},
+    {zuColorRGBArray::RegisterFactory, zuColorRGBArray::UnRegisterFactory},
+    {zuColorRGBAArray::RegisterFactory, zuColorRGBAArray::UnRegisterFactory},
+    {zuVector2fArray::RegisterFactory, zuVector2fArray::UnRegisterFactory},
+    {zuVector2dArray::RegisterFactory, zuVector2dArray::UnRegisterFactory},
+    {zuVector3fArray::RegisterFactory, zuVector3fArray::UnRegisterFactory},
+    {zuVector3dArray::RegisterFactory, zuVector3dArray::UnRegisterFactory},
+    {zuVector4fArray::RegisterFactory, zuVector4fArray::UnRegisterFactory},
+    {zuVector4dArray::RegisterFactory, zuVector4dArray::UnRegisterFactory},
+    {zuQuaternionfArray::RegisterFactory, zuQuaternionfArray::UnRegisterFactory},
+    {zuQuaterniondArray::RegisterFactory, zuQuaterniondArray::UnRegisterFactory},
+    {zuMatrix2fArray::RegisterFactory, zuMatrix2fArray::UnRegisterFactory},
+    {zuMatrix2dArray::RegisterFactory, zuMatrix2dArray::UnRegisterFactory},
+    {zuMatrix3fArray::RegisterFactory, zuMatrix3fArray::UnRegisterFactory},
+    {zuMatrix3dArray::RegisterFactory, zuMatrix3dArray::UnRegisterFactory},
+    {zuMatrix4fArray::RegisterFactory, zuMatrix4fArray::UnRegisterFactory},
+    {zuMatrix4dArray::RegisterFactory, zuMatrix4dArray::UnRegisterFactory},
+    {zuPlane3fArray::RegisterFactory, zuPlane3fArray::UnRegisterFactory},
+    {zuPlane3dArray::RegisterFactory, zuPlane3dArray::UnRegisterFactory},
+    {zuCoreSettings::RegisterFactory, zuCoreSettings::UnRegisterFactory},
 };
 
 } // namespace

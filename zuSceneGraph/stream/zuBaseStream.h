@@ -284,7 +284,7 @@ private:
 
     template <class T> static constexpr bool isPlainPrimitive()
     {
-        return std::is_arithmetic_v<T> && !std::is_same_v<T, bool>
+        return (std::is_arithmetic_v<T> && !std::is_same_v<T, bool>)
             || std::is_same_v<T, Wm4::ColorRGB> || std::is_same_v<T, Wm4::ColorRGBA>
             || isWm4Real<T, float>() || isWm4Real<T, double>();
     }

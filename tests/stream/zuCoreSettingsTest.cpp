@@ -1,0 +1,317 @@
+// Core settings: defaults, the exact bytes at 5.10 and 5.20 (J3 and J4 only from 5.20),
+// the value that is never persisted, and the Equals/Clone/assignment semantics.
+
+#include "support/zuTestObjects.h"
+
+#include <zuSceneGraph/objects/zuTSharedArray.h>
+#include <zuSceneGraph/stream/zuCoreSettings.h>
+#include <zuSceneGraph/stream/zuFileStream.h>
+
+#include <zuSystem/zuMemoryIoDevice.h>
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+namespace zu::test {
+namespace {
+
+class CoreSettings : public ::testing::Test {
+protected:
+    zuTestFactories factories;
+};
+
+uint64_t id(const void* object)
+{
+    return reinterpret_cast<uintptr_t>(object);
+}
+
+// Settings whose every value differs from its default.
+zuCoreSettings* filledSettings()
+{
+    zuCoreSettings* settings = new zuCoreSettings;
+    settings->Entries.push_back({"alpha", 1.0f, 2.0f, 3.0f, true});
+    settings->Entries.push_back({"", -0.5f, 0.25f, 1e10f, false});
+    settings->Strings = {"x", "", "yz"};
+    settings->S1 = -7;
+    settings->S2 = 0xFFFFFFF0u;
+    settings->S3 = 0.5f;
+    settings->S4 = 42;
+    settings->S5 = -3.0f;
+    settings->S6 = 9;
+    settings->S7 = true;
+    zuCoreSettings::Record record;
+    record.First = "first";
+    record.Second = "2nd";
+    record.Values[0] = 1;
+    record.Values[1] = 0x80000000u;
+    record.Values[2] = 3;
+    settings->Records.push_back(record);
+    settings->H1 = false;
+    settings->H2 = true;
+    settings->H3 = true;
+    settings->H4 = false;
+    settings->J1 = 11;
+    settings->J2 = 12;
+    settings->J3 = 13;
+    settings->J4 = 14;
+    settings->J5 = 15;
+    settings->J6 = 16;
+    settings->K = 17;
+    settings->Width1 = 1920;
+    settings->Height1 = 1080;
+    settings->Width2 = 64;
+    settings->Height2 = 48;
+    return settings;
+}
+
+// Compares every value; `withJ3J4` and `withK` select the ones a stream may drop.
+::testing::AssertionResult sameValues(const zuCoreSettings& a, const zuCoreSettings& b, bool withJ3J4 = true,
+                                      bool withK = true)
+{
+    if (a.Entries.size() != b.Entries.size())
+        return ::testing::AssertionFailure() << "entry count";
+    for (size_t i = 0; i < a.Entries.size(); ++i) {
+        const auto& x = a.Entries[i];
+        const auto& y = b.Entries[i];
+        if (x.Name != y.Name || x.First != y.First || x.Second != y.Second || x.Third != y.Third || x.Flag != y.Flag)
+            return ::testing::AssertionFailure() << "entry " << i;
+    }
+    if (a.Strings != b.Strings)
+        return ::testing::AssertionFailure() << "strings";
+    if (a.S1 != b.S1 || a.S2 != b.S2 || a.S3 != b.S3 || a.S4 != b.S4 || a.S5 != b.S5 || a.S6 != b.S6 || a.S7 != b.S7)
+        return ::testing::AssertionFailure() << "S values";
+    if (a.Records.size() != b.Records.size())
+        return ::testing::AssertionFailure() << "record count";
+    for (size_t i = 0; i < a.Records.size(); ++i) {
+        const auto& x = a.Records[i];
+        const auto& y = b.Records[i];
+        if (x.First != y.First || x.Second != y.Second || std::memcmp(x.Values, y.Values, sizeof x.Values) != 0)
+            return ::testing::AssertionFailure() << "record " << i;
+    }
+    if (a.H1 != b.H1 || a.H2 != b.H2 || a.H3 != b.H3 || a.H4 != b.H4)
+        return ::testing::AssertionFailure() << "H flags";
+    if (a.J1 != b.J1 || a.J2 != b.J2 || a.J5 != b.J5 || a.J6 != b.J6)
+        return ::testing::AssertionFailure() << "J values";
+    if (withJ3J4 && (a.J3 != b.J3 || a.J4 != b.J4))
+        return ::testing::AssertionFailure() << "J3 J4";
+    if (withK && a.K != b.K)
+        return ::testing::AssertionFailure() << "K";
+    if (a.Width1 != b.Width1 || a.Height1 != b.Height1 || a.Width2 != b.Width2 || a.Height2 != b.Height2)
+        return ::testing::AssertionFailure() << "sizes";
+    return ::testing::AssertionSuccess();
+}
+
+// The fields of filledSettings() up to the size pairs, as the stream writes them.
+void filledFields(zuBytes& bytes)
+{
+    bytes.i32(2);
+    bytes.str("alpha").u8(1).f32(3.0f).f32(1.0f).f32(2.0f);
+    bytes.str("").u8(0).f32(1e10f).f32(-0.5f).f32(0.25f);
+    bytes.i32(3).str("x").str("").str("yz");
+    bytes.i32(-7).i32(static_cast<int32_t>(0xFFFFFFF0u)).f32(0.5f).i32(42).f32(-3.0f).i32(9).u8(1);
+    bytes.i32(1).i32(1).i32(static_cast<int32_t>(0x80000000u)).i32(3).str("2nd").str("first");
+    bytes.u8(0).u8(1).u8(1).u8(0);
+    bytes.i32(11).i32(12).i32(15).i32(16);
+    bytes.i32(1920).i32(1080).i32(64).i32(48);
+}
+
+zuPointer<zuCoreSettings> loadSettings(std::vector<char> bytes, zuStreamVersion version)
+{
+    zuBaseStream stream;
+    stream.SetVersion(version);
+    if (!stream.Load(bytes.data(), bytes.size()) || stream.GetObjectCount() != 1
+        || !stream.GetObjectAt(0)->IsExactly(zuCoreSettings::TYPE))
+        return nullptr;
+    return static_cast<zuCoreSettings*>(stream.GetObjectAt(0));
+}
+
+TEST_F(CoreSettings, DefaultsAndRegistration)
+{
+    zuCoreSettings settings;
+    EXPECT_TRUE(settings.Entries.empty());
+    EXPECT_TRUE(settings.Strings.empty());
+    EXPECT_EQ(settings.S1, 100);
+    EXPECT_EQ(settings.S2, 0u);
+    EXPECT_EQ(settings.S3, 0.001f);
+    EXPECT_EQ(settings.S4, 1);
+    EXPECT_EQ(settings.S5, 1.0f);
+    EXPECT_EQ(settings.S6, 0);
+    EXPECT_FALSE(settings.S7);
+    EXPECT_TRUE(settings.Records.empty());
+    EXPECT_TRUE(settings.H1);
+    EXPECT_FALSE(settings.H2);
+    EXPECT_FALSE(settings.H3);
+    EXPECT_TRUE(settings.H4);
+    EXPECT_EQ(settings.J1, 0u);
+    EXPECT_EQ(settings.J2, 0u);
+    EXPECT_EQ(settings.J3, 0u);
+    EXPECT_EQ(settings.J4, 0u);
+    EXPECT_EQ(settings.J5, 5u);
+    EXPECT_EQ(settings.J6, 30u);
+    EXPECT_EQ(settings.K, 2u);
+    EXPECT_EQ(settings.Width1, 800u);
+    EXPECT_EQ(settings.Height1, 600u);
+    EXPECT_EQ(settings.Width2, 320u);
+    EXPECT_EQ(settings.Height2, 240u);
+
+    EXPECT_STREQ(zuCoreSettings::TYPE.GetName(), "zuCore.zuCoreSettings");
+    ASSERT_NE(zuRttiInterface::GetCreateFunction("zuCore.zuCoreSettings"), nullptr);
+    zuPointer<zuRttiInterface> made = zuRttiInterface::GetCreateFunction("zuCore.zuCoreSettings")();
+    EXPECT_TRUE(made->IsExactly(zuCoreSettings::TYPE));
+
+    settings.SetName("named");
+    EXPECT_EQ(settings.GetName(), "");
+    EXPECT_EQ(settings.GetControllerQuantity(), 0);
+}
+
+TEST_F(CoreSettings, Version520WritesJ3AndJ4Last)
+{
+    zuPointer<zuCoreSettings> settings = filledSettings();
+    zuBytes expected;
+    expected.str("Top Level").str("zuCore.zuCoreSettings").u64(id(settings)).str("").i32(0);
+    filledFields(expected);
+    expected.i32(13).i32(14);
+    EXPECT_EQ(saveToBytes({settings}, zuStreamVersion(5, 20)), expected.bytes());
+
+    zuPointer<zuCoreSettings> loaded = loadSettings(expected.bytes(), zuStreamVersion(5, 20));
+    ASSERT_NE(loaded, nullptr);
+    EXPECT_TRUE(sameValues(*loaded, *settings, true, false));
+    EXPECT_EQ(loaded->J3, 13u);
+    EXPECT_EQ(loaded->J4, 14u);
+    // K is never written: the loaded object keeps its default.
+    EXPECT_EQ(loaded->K, 2u);
+}
+
+TEST_F(CoreSettings, Version510OmitsJ3AndJ4)
+{
+    zuPointer<zuCoreSettings> settings = filledSettings();
+    zuBytes expected;
+    expected.str("Top Level").str("zuCore.zuCoreSettings").u64(id(settings)).str("").i32(0);
+    filledFields(expected);
+    EXPECT_EQ(saveToBytes({settings}, zuStreamVersion(5, 10)), expected.bytes());
+
+    zuPointer<zuCoreSettings> loaded = loadSettings(expected.bytes(), zuStreamVersion(5, 10));
+    ASSERT_NE(loaded, nullptr);
+    EXPECT_TRUE(sameValues(*loaded, *settings, false, false));
+    EXPECT_EQ(loaded->J3, 0u);
+    EXPECT_EQ(loaded->J4, 0u);
+    EXPECT_EQ(loaded->K, 2u);
+
+    // The same bytes read as 5.20 want the two values that are not there.
+    zuBaseStream stream;
+    stream.SetVersion(zuStreamVersion(5, 20));
+    std::vector<char> bytes = expected.bytes();
+    EXPECT_FALSE(stream.Load(bytes.data(), bytes.size()));
+}
+
+TEST_F(CoreSettings, Version6RecordsCarryTheirSize)
+{
+    zuPointer<zuCoreSettings> settings = new zuCoreSettings;
+    zuBytes expected;
+    const int size = 4 + 21 + 4 + 8 + 4 + 4 + (4 + 4 + 25 + 4 + 4 + 16 + 16 + 8);
+    expected.str("Top Level").str("zuCore.zuCoreSettings").i32(size).u64(id(settings)).str("").i32(0);
+    expected.i32(0).i32(0);
+    expected.i32(100).i32(0).f32(0.001f).i32(1).f32(1.0f).i32(0).u8(0);
+    expected.i32(0).u8(1).u8(0).u8(0).u8(1);
+    expected.i32(0).i32(0).i32(5).i32(30).i32(800).i32(600).i32(320).i32(240).i32(0).i32(0);
+    EXPECT_EQ(saveToBytes({settings}, zuStreamVersion(6, 32)), expected.bytes());
+}
+
+TEST_F(CoreSettings, RoundTripsThroughAFileStream)
+{
+    zuPointer<zuCoreSettings> settings = filledSettings();
+    zuMemoryIoDevice device;
+    {
+        zuFileStream out(24);
+        out.SetVersion(zuStreamVersion(6, 32));
+        out.InsertTopLevel(settings);
+        ASSERT_TRUE(out.Save(device, "settings.mvk", false));
+    }
+    zuMemoryIoDevice input(device.data());
+    zuFileStream in(24);
+    ASSERT_TRUE(in.Load(input, "settings.mvk"));
+    ASSERT_EQ(in.GetObjectCount(), 1);
+    ASSERT_TRUE(in.GetObjectAt(0)->IsExactly(zuCoreSettings::TYPE));
+    const zuCoreSettings& loaded = *static_cast<zuCoreSettings*>(in.GetObjectAt(0));
+    EXPECT_TRUE(sameValues(loaded, *settings, true, false));
+    EXPECT_EQ(loaded.K, 2u);
+
+    // A default object comes back as its defaults, K included.
+    zuPointer<zuCoreSettings> defaults = new zuCoreSettings;
+    std::vector<char> bytes = saveToBytes({defaults}, zuStreamVersion(6, 32));
+    zuPointer<zuCoreSettings> reloaded = loadSettings(bytes, zuStreamVersion(6, 32));
+    ASSERT_NE(reloaded, nullptr);
+    EXPECT_TRUE(sameValues(*reloaded, zuCoreSettings()));
+}
+
+TEST_F(CoreSettings, HostileListCountsFailTheLoad)
+{
+    // The entry, string and record counts in turn claim more than the data holds.
+    for (int list = 0; list < 3; ++list) {
+        SCOPED_TRACE(list);
+        zuBytes bytes;
+        bytes.str("Top Level").str("zuCore.zuCoreSettings").u64(0x1000).str("").i32(0);
+        if (list == 0) {
+            bytes.i32(0x7fffffff);
+        } else {
+            bytes.i32(0);
+            if (list == 1) {
+                bytes.i32(0x7fffffff);
+            } else {
+                bytes.i32(0).i32(100).i32(0).f32(0.001f).i32(1).f32(1.0f).i32(0).u8(0).i32(0x7fffffff);
+            }
+        }
+        std::vector<char> data(bytes.bytes());
+        data.resize(data.size() + 64, '\0');
+        zuBaseStream stream;
+        stream.SetVersion(zuStreamVersion(5, 20));
+        EXPECT_FALSE(stream.Load(data.data(), data.size()));
+        EXPECT_EQ(stream.GetObjectCount(), 0);
+    }
+}
+
+TEST_F(CoreSettings, EqualsIgnoresTheValuesAndCloneKeepsTheTargetsOwn)
+{
+    zuPointer<zuCoreSettings> filled = filledSettings();
+    zuPointer<zuCoreSettings> defaults = new zuCoreSettings;
+    EXPECT_TRUE(filled->Equals(defaults));
+    EXPECT_TRUE(defaults->Equals(filled));
+    EXPECT_FALSE(filled->Equals(nullptr));
+    zuPointer<zuIntArray> array = new zuIntArray;
+    EXPECT_FALSE(filled->Equals(array));
+
+    zuRttiInterface* target = nullptr;
+    ASSERT_TRUE(filled->Clone(target));
+    ASSERT_NE(target, nullptr);
+    zuPointer<zuRttiInterface> holder = target;
+    ASSERT_TRUE(target->IsExactly(zuCoreSettings::TYPE));
+    EXPECT_TRUE(sameValues(*static_cast<zuCoreSettings*>(target), zuCoreSettings()));
+
+    zuPointer<zuCoreSettings> other = filledSettings();
+    other->S1 = 555;
+    target = other.get();
+    ASSERT_TRUE(defaults->Clone(target));
+    EXPECT_EQ(other->S1, 555);
+
+    target = array.get();
+    EXPECT_FALSE(filled->Clone(target));
+}
+
+TEST_F(CoreSettings, AssignmentCopiesEveryValueButNotTheIdentity)
+{
+    zuPointer<zuCoreSettings> filled = filledSettings();
+    zuPointer<zuCoreSettings> target = new zuCoreSettings;
+    const unsigned int targetID = target->GetID();
+    *target = *filled;
+    EXPECT_TRUE(sameValues(*target, *filled));
+    EXPECT_EQ(target->GetID(), targetID);
+    EXPECT_EQ(target->GetReferences(), 1);
+
+    zuPointer<zuCoreSettings> copy = new zuCoreSettings(*filled);
+    EXPECT_TRUE(sameValues(*copy, *filled));
+    EXPECT_NE(copy->GetID(), filled->GetID());
+}
+
+} // namespace
+} // namespace zu::test
