@@ -1,0 +1,307 @@
+// Type and handler numbers, the request-builder table, load policies and stream info.
+
+#include "resources/zuResourceTestSupport.h"
+#include "support/zuTestObjects.h"
+
+#include <zuSceneGraph/resources/zuDynamicLoadingResource.h>
+#include <zuSceneGraph/resources/zuRendererInterface.h>
+#include <zuSceneGraph/resources/zuRequestInterfaceForDynamicResource.h>
+#include <zuSceneGraph/resources/zuResourceRequestClientInterface.h>
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <memory>
+
+namespace zu::test {
+namespace {
+
+// A resource of a chosen handler type with no block, for the table and the copy cases.
+class TypedResource : public zuDynamicLoadingResource {
+public:
+    explicit TypedResource(unsigned int handlerType, unsigned long id = 77) : mHandlerType(handlerType), mID(id) {}
+    unsigned long getResourceID() const override { return mID; }
+    zuDynamicLoadingResourceHandler* createHandler() const override { return nullptr; }
+    unsigned int getResourceType() const override { return 0; }
+    unsigned int getResourceHandlerType() const override { return mHandlerType; }
+    uint64_t getGPUSize() const override { return 0; }
+    bool isGPUResident() const override { return false; }
+    bool isGPUFreeable() const override { return false; }
+    uint64_t getCPUSize() const override { return 0; }
+    bool isCPUResident() const override { return false; }
+    bool isCPUFreeable() const override { return false; }
+    const char* getTypeName() const override { return "zuTest.TypedResource"; }
+
+private:
+    unsigned int mHandlerType;
+    unsigned long mID;
+};
+
+class TypedHandler : public zuDynamicLoadingResourceHandler {
+public:
+    explicit TypedHandler(unsigned int type) : mType(type) {}
+    zuDynamicLoadingResourceHandler* clone() const override { return new TypedHandler(*this); }
+    unsigned int getResourceHandlerType() const override { return mType; }
+
+private:
+    unsigned int mType;
+};
+
+// A request that only tells which factory built it, and from what.
+class TaggedRequest : public zuRequestInterfaceForDynamicResource {
+public:
+    TaggedRequest(const char* tag, unsigned long id, zuResourceRequestClientInterface* client)
+        : zuRequestInterfaceForDynamicResource(id, client, SCHEDULING_NORMAL), mTag(tag)
+    {
+    }
+    void execute(zuRC_WorkingThreadContext*) override {}
+    void finalizeRequest(zuEngineInterface*) override {}
+    void finalizeDynamicResourceRequest(zuDynamicLoadingResource*, bool, bool) override {}
+    const char* mTag;
+};
+
+template <const char* tag>
+zuRequestInterfaceForDynamicResource* fromHandler(unsigned long id, zuResourceRequestClientInterface* client,
+                                                  const zuDynamicLoadingResourceHandler*)
+{
+    return new TaggedRequest(tag, id, client);
+}
+
+template <const char* tag>
+zuRequestInterfaceForDynamicResource* fromResource(zuDynamicLoadingResource* resource,
+                                                   zuResourceRequestClientInterface* client)
+{
+    return new TaggedRequest(tag, resource->getResourceID(), client);
+}
+
+constexpr char cpuLoad[] = "cpu load", cpuDelete[] = "cpu delete", cpuLoadR[] = "cpu load r", cpuDeleteR[] = "cpu delete r";
+constexpr char gpuLoad[] = "gpu load", gpuDelete[] = "gpu delete", gpuLoadR[] = "gpu load r", gpuDeleteR[] = "gpu delete r";
+constexpr char other[] = "other";
+
+std::string tagOf(zuRequestInterfaceForDynamicResource* request)
+{
+    std::unique_ptr<zuRequestInterfaceForDynamicResource> owned(request);
+    return owned ? static_cast<TaggedRequest*>(owned.get())->mTag : "null";
+}
+
+// Handler-type numbers far from those the library and the tests take.
+constexpr unsigned int BUILDER_TYPE = 900001;
+constexpr unsigned int GPU_ONLY_TYPE = 900002;
+
+TEST(ResourceTypeNumbers, TypesAreSuccessiveBitsAndHandlersCountFromOne)
+{
+    // A process of its own (as each test runs under ctest) hands out 1, 2, 4 and 1, 2, 3;
+    // where other tests took numbers first, the sequence goes on from there.
+    const unsigned int typeBefore = zuDynamicLoadingResource::GetCurrentResourceIdentifier();
+    const unsigned int handlerBefore = zuDynamicLoadingResource::GetCurrentHandlerIdentifier();
+    const unsigned int t1 = zuDynamicLoadingResource::GetNextResourceIdentifier();
+    const unsigned int t2 = zuDynamicLoadingResource::GetNextResourceIdentifier();
+    const unsigned int t3 = zuDynamicLoadingResource::GetNextResourceIdentifier();
+    const unsigned int h1 = zuDynamicLoadingResource::GetNextHandlerIdentifier();
+    const unsigned int h2 = zuDynamicLoadingResource::GetNextHandlerIdentifier();
+    const unsigned int h3 = zuDynamicLoadingResource::GetNextHandlerIdentifier();
+    if (typeBefore == 0 && handlerBefore == 0) {
+        EXPECT_EQ(1u, t1);
+        EXPECT_EQ(2u, t2);
+        EXPECT_EQ(4u, t3);
+    }
+    // Each number doubles the last; past the 32nd bit there are none left (0). A type
+    // counter at 0 after handlers were taken has run out already (repeated runs in one
+    // process).
+    if (typeBefore != 0 || handlerBefore == 0) {
+        uint64_t model = typeBefore;
+        for (unsigned int number : {t1, t2, t3}) {
+            model = model == 0 ? 1 : model * 2;
+            EXPECT_EQ(model <= 0xFFFFFFFFull ? model : 0u, number);
+        }
+    }
+    EXPECT_EQ(t3, zuDynamicLoadingResource::GetCurrentResourceIdentifier());
+    if (handlerBefore == 0) {
+        EXPECT_EQ(1u, h1);
+    }
+    EXPECT_EQ(handlerBefore + 1, h1);
+    EXPECT_EQ(h1 + 1, h2);
+    EXPECT_EQ(h2 + 1, h3);
+    EXPECT_EQ(h3, zuDynamicLoadingResource::GetCurrentHandlerIdentifier());
+}
+
+TEST(ResourceRequestBuilders, CPUAndGPUSidesRegisterIndependentlyAndKeepTheFirst)
+{
+    using R = zuDynamicLoadingResource;
+    ASSERT_TRUE(R::RegisterCPURequestBuilder(BUILDER_TYPE, fromHandler<cpuLoad>, fromHandler<cpuDelete>,
+                                             fromResource<cpuLoadR>, fromResource<cpuDeleteR>));
+    // A second CPU registration is refused and changes nothing.
+    EXPECT_FALSE(R::RegisterCPURequestBuilder(BUILDER_TYPE, fromHandler<other>, fromHandler<other>,
+                                              fromResource<other>, fromResource<other>));
+    // The GPU side of the same type is still free.
+    EXPECT_TRUE(R::RegisterGPURequestBuilder(BUILDER_TYPE, fromHandler<gpuLoad>, fromHandler<gpuDelete>,
+                                             fromResource<gpuLoadR>, fromResource<gpuDeleteR>));
+    EXPECT_FALSE(R::RegisterGPURequestBuilder(BUILDER_TYPE, fromHandler<other>, fromHandler<other>,
+                                              fromResource<other>, fromResource<other>));
+
+    TypedHandler handler(BUILDER_TYPE);
+    TypedResource resource(BUILDER_TYPE, 5);
+    EXPECT_EQ("cpu load", tagOf(R::CreateCPULoadRequest(5, nullptr, &handler)));
+    EXPECT_EQ("cpu delete", tagOf(R::CreateCPUDeleteRequest(5, nullptr, &handler)));
+    EXPECT_EQ("gpu load", tagOf(R::CreateGPULoadRequest(5, nullptr, &handler)));
+    EXPECT_EQ("gpu delete", tagOf(R::CreateGPUDeleteRequest(5, nullptr, &handler)));
+    EXPECT_EQ("cpu load r", tagOf(R::CreateCPULoadRequest(&resource, nullptr)));
+    EXPECT_EQ("cpu delete r", tagOf(R::CreateCPUDeleteRequest(&resource, nullptr)));
+    EXPECT_EQ("gpu load r", tagOf(R::CreateGPULoadRequest(&resource, nullptr)));
+    EXPECT_EQ("gpu delete r", tagOf(R::CreateGPUDeleteRequest(&resource, nullptr)));
+
+    // The factories get the identifier and the client.
+    struct Client : zuResourceRequestClientInterface {
+        void onRequestFinished(zuRequestInterfaceForDynamicResource*, bool) override {}
+    } client;
+    std::unique_ptr<zuRequestInterfaceForDynamicResource> request(R::CreateCPULoadRequest(&resource, &client));
+    EXPECT_EQ(5u, request->getResourceID());
+    EXPECT_EQ(&client, request->getClient());
+
+    R::UnregisterRequestBuilder(BUILDER_TYPE);
+    EXPECT_EQ(nullptr, R::GetRequestBuilder(BUILDER_TYPE));
+    EXPECT_EQ("null", tagOf(R::CreateCPULoadRequest(5, nullptr, &handler)));
+    EXPECT_EQ("null", tagOf(R::CreateGPUDeleteRequest(&resource, nullptr)));
+    // Once unregistered, the type takes a new registration.
+    EXPECT_TRUE(R::RegisterCPURequestBuilder(BUILDER_TYPE, fromHandler<other>, nullptr, nullptr, nullptr));
+    EXPECT_EQ("other", tagOf(R::CreateCPULoadRequest(5, nullptr, &handler)));
+    EXPECT_EQ("null", tagOf(R::CreateCPUDeleteRequest(5, nullptr, &handler)));
+    R::UnregisterRequestBuilder(BUILDER_TYPE);
+}
+
+TEST(ResourceRequestBuilders, ASideThatIsNotRegisteredBuildsNothing)
+{
+    using R = zuDynamicLoadingResource;
+    ASSERT_TRUE(R::RegisterGPURequestBuilder(GPU_ONLY_TYPE, fromHandler<gpuLoad>, fromHandler<gpuDelete>,
+                                             fromResource<gpuLoadR>, fromResource<gpuDeleteR>));
+    TypedHandler handler(GPU_ONLY_TYPE);
+    TypedResource resource(GPU_ONLY_TYPE);
+    EXPECT_EQ("null", tagOf(R::CreateCPULoadRequest(1, nullptr, &handler)));
+    EXPECT_EQ("null", tagOf(R::CreateCPUDeleteRequest(&resource, nullptr)));
+    EXPECT_EQ("gpu load", tagOf(R::CreateGPULoadRequest(1, nullptr, &handler)));
+    EXPECT_EQ("null", tagOf(R::CreateCPULoadRequest(1, nullptr, nullptr)));
+    EXPECT_EQ("null", tagOf(R::CreateCPULoadRequest(nullptr, nullptr)));
+    R::UnregisterRequestBuilder(GPU_ONLY_TYPE);
+}
+
+TEST_F(ResourceLibrary, ResourceHasToLoadFollowsPathThenPolicy)
+{
+    zuPointer<zuTestBlockResource> resource = new zuTestBlockResource(8, 1);
+    const zuRtti& type = zuTestBlockResource::TYPE;
+    bool load = true;
+
+    // No file: always loaded, whatever the policy.
+    zuDynamicLoadingResource::SetLoadPolicy(type, false);
+    EXPECT_TRUE(resource->hasToLoad());
+
+    zuPositionedStream stream("/data/model.mvk", 100, zuStreamVersion(6, 32));
+    resource->storeStreamInfo(&stream);
+    EXPECT_FALSE(resource->hasToLoad());
+    ASSERT_TRUE(zuDynamicLoadingResource::GetLoadPolicy(type, load));
+    EXPECT_FALSE(load);
+
+    zuDynamicLoadingResource::SetLoadPolicy(type, true);
+    EXPECT_TRUE(resource->hasToLoad());
+
+    // Policies of other types do not apply.
+    zuDynamicLoadingResource::ClearLoadingPolicies();
+    zuDynamicLoadingResource::SetLoadPolicy(zuObject::TYPE, false);
+    EXPECT_FALSE(zuDynamicLoadingResource::GetLoadPolicy(type, load));
+    EXPECT_TRUE(resource->hasToLoad());
+
+    // Without a table at all: no policy, loaded.
+    zuDynamicLoadingResource::ClearLoadPolicies();
+    EXPECT_FALSE(zuDynamicLoadingResource::GetLoadPolicy(zuObject::TYPE, load));
+    EXPECT_TRUE(resource->hasToLoad());
+    zuDynamicLoadingResource::CreateLoadPolicies();
+    zuDynamicLoadingResource::SetLoadPolicy(type, false);
+    EXPECT_FALSE(resource->hasToLoad());
+}
+
+TEST_F(ResourceLibrary, ResourceStreamInfoOfAPlainStreamHasNoPath)
+{
+    zuPointer<zuTestBlockResource> resource = new zuTestBlockResource(16, 3);
+    const std::vector<char> saved = saveToBytes({resource}, zuStreamVersion(6, 32));
+    ASSERT_FALSE(saved.empty());
+    EXPECT_EQ("", resource->getResourceFilePath());
+    EXPECT_EQ(zuStreamVersion(6, 32), resource->getStreamVersion());
+    // The offset is where the block starts in the saved data: the record ends with it.
+    EXPECT_EQ(saved.size() - 16, resource->getStreamOffset());
+    EXPECT_EQ(0, std::memcmp(saved.data() + resource->getStreamOffset(), resource->GetData(), 16));
+}
+
+TEST_F(ResourceLibrary, ResourceStreamInfoOfAFileIsItsPathAndAbsoluteOffset)
+{
+    zuTempDir dir;
+    const std::string path = dir.file("blocks.mvk");
+    // Small stream blocks, so that blocks straddle the container's windows.
+    std::vector<zuPointer<zuTestBlockResource>> originals;
+    std::vector<zuRttiInterface*> objects;
+    for (int i = 0; i < 5; ++i) {
+        originals.emplace_back(new zuTestBlockResource(37 + 20 * i, i));
+        objects.push_back(originals.back());
+    }
+    ASSERT_TRUE(saveResources(path, objects, 64));
+    for (int i = 0; i < 5; ++i) {
+        const zuTestBlockResource* resource = originals[static_cast<size_t>(i)];
+        EXPECT_EQ(path, resource->getResourceFilePath());
+        EXPECT_EQ(zuStreamVersion(6, 32), resource->getStreamVersion());
+        const std::vector<char> bytes = readFileBytes(path, resource->getStreamOffset(), resource->getCPUSize());
+        ASSERT_EQ(resource->getCPUSize(), bytes.size());
+        EXPECT_EQ(0, std::memcmp(bytes.data(), resource->GetData(), bytes.size())) << "resource " << i;
+    }
+
+    // Loaded with the policy false, the blocks stay in the file, and come back on demand.
+    zuDynamicLoadingResource::SetLoadPolicy(zuTestBlockResource::TYPE, false);
+    std::vector<zuPointer<zuTestBlockResource>> loaded = loadResources(path, 64);
+    ASSERT_EQ(5u, loaded.size());
+    for (int i = 0; i < 5; ++i) {
+        zuTestBlockResource* resource = loaded[static_cast<size_t>(i)];
+        EXPECT_FALSE(resource->isCPUResident());
+        EXPECT_EQ(path, resource->getResourceFilePath());
+        EXPECT_EQ(originals[static_cast<size_t>(i)]->getStreamOffset(), resource->getStreamOffset());
+        EXPECT_TRUE(zuRendererInterface::LoadCPUData(resource));
+        EXPECT_TRUE(resource->HasPattern(i)) << "resource " << i;
+    }
+
+    // Without a policy they are read at once, and still know their file.
+    zuDynamicLoadingResource::ClearLoadingPolicies();
+    loaded = loadResources(path);
+    ASSERT_EQ(5u, loaded.size());
+    EXPECT_TRUE(loaded[2]->HasPattern(2));
+    EXPECT_EQ(path, loaded[2]->getResourceFilePath());
+}
+
+TEST(ResourceStreamInfo, CopyAndSwapExchangeOffsetVersionAndPath)
+{
+    TypedResource a(1), b(1);
+    zuPositionedStream first("a.mvk", 1ull << 40, zuStreamVersion(6, 32));
+    zuPositionedStream second("b.mvk", 12, zuStreamVersion(5, 2));
+    a.storeStreamInfo(&first);
+    b.storeStreamInfo(&second);
+    EXPECT_EQ(1ull << 40, a.getStreamOffset());
+
+    a.swapFileInfos(b);
+    EXPECT_EQ("b.mvk", a.getResourceFilePath());
+    EXPECT_EQ(12u, a.getStreamOffset());
+    EXPECT_EQ(zuStreamVersion(5, 2), a.getStreamVersion());
+    EXPECT_EQ("a.mvk", b.getResourceFilePath());
+    EXPECT_EQ(1ull << 40, b.getStreamOffset());
+    EXPECT_EQ(zuStreamVersion(6, 32), b.getStreamVersion());
+
+    TypedResource c(1);
+    b.copyStreamInfo(&c);
+    EXPECT_EQ("a.mvk", c.getResourceFilePath());
+    EXPECT_EQ(1ull << 40, c.getStreamOffset());
+    EXPECT_EQ(zuStreamVersion(6, 32), c.getStreamVersion());
+
+    // A copy refers to the same block but has no request under way.
+    b.setResourceState(zuDynamicLoadingResource::RESOURCE_REQUEST_UNDER_WAY);
+    TypedResource d(b);
+    EXPECT_EQ("a.mvk", d.getResourceFilePath());
+    EXPECT_EQ(zuDynamicLoadingResource::RESOURCE_IDLE, d.getResourceState());
+    b.setResourceState(zuDynamicLoadingResource::RESOURCE_IDLE);
+}
+
+} // namespace
+} // namespace zu::test

@@ -1,0 +1,280 @@
+// The generic CPU load and delete requests and the synchronous path of zuRendererInterface,
+// against real files.
+
+#include "resources/zuResourceTestSupport.h"
+
+#include <zuSceneGraph/resources/zuDynamicResourceCPUDeleteRequest.h>
+#include <zuSceneGraph/resources/zuDynamicResourceCPULoadRequest.h>
+#include <zuSceneGraph/resources/zuRendererInterface.h>
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <filesystem>
+#include <limits>
+#include <memory>
+
+// The out-of-memory case asks for an impossible block; the sanitizers' allocators must
+// answer null, as the system's does, instead of stopping the test.
+extern "C" const char* __asan_default_options() { return "allocator_may_return_null=1"; }
+extern "C" const char* __tsan_default_options() { return "allocator_may_return_null=1"; }
+
+namespace zu::test {
+namespace {
+
+using LoadRequest = zuDynamicResourceCPULoadRequest;
+
+// A resource saved to a file of its own, so that its block can leave and come back.
+class ResourceCPURequest : public ResourceLibrary {
+protected:
+    void SetUp() override
+    {
+        ResourceLibrary::SetUp();
+        path = dir.file("one.mvk");
+        resource = new zuTestBlockResource(SIZE, SEED);
+        ASSERT_TRUE(saveResources(path, {resource}));
+        ASSERT_EQ(path, resource->getResourceFilePath());
+    }
+
+    std::unique_ptr<LoadRequest> loadRequest()
+    {
+        return std::unique_ptr<LoadRequest>(
+            static_cast<LoadRequest*>(zuDynamicLoadingResource::CreateCPULoadRequest(resource, nullptr)));
+    }
+    // A load request from a handler snapshot of the resource, changed by `edit`.
+    template <class Edit>
+    std::unique_ptr<LoadRequest> loadRequestWith(Edit edit)
+    {
+        std::unique_ptr<zuTestBlockHandler> handler(static_cast<zuTestBlockHandler*>(resource->createHandler()));
+        edit(*handler);
+        return std::unique_ptr<LoadRequest>(static_cast<LoadRequest*>(
+            zuDynamicLoadingResource::CreateCPULoadRequest(resource->getResourceID(), nullptr, handler.get())));
+    }
+
+    static constexpr int SIZE = 300;
+    static constexpr int SEED = 9;
+    zuTempDir dir;
+    std::string path;
+    zuPointer<zuTestBlockResource> resource;
+};
+
+TEST_F(ResourceCPURequest, LoadReadsTheBlockAndHandsItOver)
+{
+    ASSERT_TRUE(zuRendererInterface::DeleteCPUData(resource, false));
+    ASSERT_FALSE(resource->isCPUResident());
+
+    std::unique_ptr<LoadRequest> request = loadRequest();
+    ASSERT_TRUE(request);
+    EXPECT_EQ(LoadRequest::STATUS_NOT_RUN, request->getStatus());
+    EXPECT_EQ(uint64_t(SIZE), request->getThreadCPUMemoryAllocation());
+    EXPECT_EQ(resource->getResourceID(), request->getResourceID());
+
+    request->execute(nullptr);
+    EXPECT_EQ(LoadRequest::STATUS_DONE, request->getStatus());
+    const char* block = request->getBlock();
+    ASSERT_NE(nullptr, block);
+    EXPECT_FALSE(resource->isCPUResident());
+
+    // A second execute keeps the block it holds.
+    request->execute(nullptr);
+    EXPECT_EQ(LoadRequest::STATUS_DONE, request->getStatus());
+    EXPECT_EQ(block, request->getBlock());
+
+    request->finalizeDynamicResourceRequest(resource, true, false);
+    EXPECT_EQ(block, resource->GetData());
+    EXPECT_EQ(nullptr, request->getBlock());
+    EXPECT_TRUE(resource->HasPattern(SEED));
+}
+
+TEST_F(ResourceCPURequest, LoadReplacesTheBlockOfAResidentResource)
+{
+    std::unique_ptr<LoadRequest> request = loadRequest();
+    request->execute(nullptr);
+    const char* loaded = request->getBlock();
+    ASSERT_NE(resource->GetData(), loaded);
+    // The old block is freed (the leak checker would tell otherwise).
+    request->finalizeDynamicResourceRequest(resource, true, false);
+    EXPECT_EQ(loaded, resource->GetData());
+    EXPECT_TRUE(resource->HasPattern(SEED));
+}
+
+TEST_F(ResourceCPURequest, LoadWithoutAPathIsStatus512)
+{
+    std::unique_ptr<LoadRequest> request = loadRequestWith([](zuTestBlockHandler& h) { h.setResourceFilePath(""); });
+    request->execute(nullptr);
+    EXPECT_EQ(LoadRequest::STATUS_NO_FILE, request->getStatus());
+    EXPECT_EQ(nullptr, request->getBlock());
+}
+
+TEST_F(ResourceCPURequest, LoadOfAMissingFileIsStatus64)
+{
+    std::unique_ptr<LoadRequest> request =
+        loadRequestWith([&](zuTestBlockHandler& h) { h.setResourceFilePath(dir.file("missing.mvk")); });
+    request->execute(nullptr);
+    EXPECT_EQ(LoadRequest::STATUS_IO_ERROR, request->getStatus());
+}
+
+TEST_F(ResourceCPURequest, LoadThatCannotSeekIsStatus64)
+{
+    // Beyond the largest offset a file can have.
+    std::unique_ptr<LoadRequest> request = loadRequestWith(
+        [](zuTestBlockHandler& h) { h.setStreamOffset(std::numeric_limits<uint64_t>::max()); });
+    request->execute(nullptr);
+    EXPECT_EQ(LoadRequest::STATUS_IO_ERROR, request->getStatus());
+}
+
+TEST_F(ResourceCPURequest, LoadOfAShortenedFileIsStatus64AndLeavesTheResourceNonResident)
+{
+    ASSERT_TRUE(zuRendererInterface::DeleteCPUData(resource, false));
+    // One byte of the block missing.
+    std::filesystem::resize_file(path, resource->getStreamOffset() + SIZE - 1);
+    std::unique_ptr<LoadRequest> request = loadRequest();
+    request->execute(nullptr);
+    EXPECT_EQ(LoadRequest::STATUS_IO_ERROR, request->getStatus());
+    EXPECT_EQ(nullptr, request->getBlock());
+    request->finalizeDynamicResourceRequest(resource, true, false);
+    EXPECT_FALSE(resource->isCPUResident());
+    EXPECT_FALSE(zuRendererInterface::LoadCPUData(resource));
+
+    // The file ends before the block starts: the seek succeeds, the read gets nothing.
+    std::filesystem::resize_file(path, resource->getStreamOffset() - 1);
+    request = loadRequest();
+    request->execute(nullptr);
+    EXPECT_EQ(LoadRequest::STATUS_IO_ERROR, request->getStatus());
+}
+
+TEST_F(ResourceCPURequest, LoadOfABlockTooLargeForMemoryIsStatus128)
+{
+    std::unique_ptr<LoadRequest> request =
+        loadRequestWith([](zuTestBlockHandler& h) { h.setCPUSize(uint64_t(1) << 62); });
+    EXPECT_EQ(uint64_t(1) << 62, request->getThreadCPUMemoryAllocation());
+    request->execute(nullptr);
+    EXPECT_EQ(LoadRequest::STATUS_OUT_OF_MEMORY, request->getStatus());
+    EXPECT_EQ(nullptr, request->getBlock());
+}
+
+TEST_F(ResourceCPURequest, LoadIsNotHandedToAResourceOfAnotherSize)
+{
+    ASSERT_TRUE(zuRendererInterface::DeleteCPUData(resource, false));
+    // The snapshot says 4 bytes fewer than the resource now has.
+    std::unique_ptr<LoadRequest> request = loadRequestWith([](zuTestBlockHandler& h) { h.setCPUSize(SIZE - 4); });
+    request->execute(nullptr);
+    ASSERT_EQ(LoadRequest::STATUS_DONE, request->getStatus());
+    request->finalizeDynamicResourceRequest(resource, true, false);
+    EXPECT_FALSE(resource->isCPUResident());
+    EXPECT_NE(nullptr, request->getBlock());
+    // Nor to no resource at all; the request frees its block.
+    request->finalizeDynamicResourceRequest(nullptr, true, false);
+}
+
+TEST_F(ResourceCPURequest, CancelFreesTheBlockRead)
+{
+    std::unique_ptr<LoadRequest> request = loadRequest();
+    request->execute(nullptr);
+    ASSERT_NE(nullptr, request->getBlock());
+    request->cancelRequest();
+    EXPECT_EQ(nullptr, request->getBlock());
+    EXPECT_EQ(LoadRequest::STATUS_DONE, request->getStatus());
+}
+
+TEST_F(ResourceCPURequest, LoadDecodesPackedBlocksThroughTheHandler)
+{
+    // 5 values of 32 bits stored as the first value and 4 one-byte differences, at offset 10.
+    const int32_t values[] = {1000, 1001, 999, 1126, 998};
+    std::vector<char> file(10, 'x');
+    file.push_back(1);
+    file.insert(file.end(), reinterpret_cast<const char*>(&values[0]), reinterpret_cast<const char*>(&values[0]) + 4);
+    for (signed char delta : {1, -2, 127, -128})
+        file.push_back(static_cast<char>(delta));
+    const std::string packedPath = dir.file("packed.bin");
+    writeFileBytes(packedPath, file);
+
+    zuPointer<zuTestBlockResource> packed = new zuTestBlockResource(20, 0);
+    zuPositionedStream stream(packedPath, 10, zuStreamVersion(6, 32));
+    packed->storeStreamInfo(&stream);
+    packed->SetPackedInFile(true);
+    ASSERT_TRUE(zuRendererInterface::DeleteCPUData(packed, false));
+    ASSERT_TRUE(zuRendererInterface::LoadCPUData(packed));
+    EXPECT_EQ(0, std::memcmp(values, packed->GetData(), sizeof values));
+
+    // An unknown width is invalid data.
+    file[10] = 2;
+    writeFileBytes(packedPath, file);
+    ASSERT_TRUE(zuRendererInterface::DeleteCPUData(packed, false));
+    std::unique_ptr<LoadRequest> request(
+        static_cast<LoadRequest*>(zuDynamicLoadingResource::CreateCPULoadRequest(packed, nullptr)));
+    request->execute(nullptr);
+    EXPECT_EQ(LoadRequest::STATUS_IO_ERROR, request->getStatus());
+
+    // So is a packed run cut short.
+    file[10] = 1;
+    file.pop_back();
+    writeFileBytes(packedPath, file);
+    request.reset(static_cast<LoadRequest*>(zuDynamicLoadingResource::CreateCPULoadRequest(packed, nullptr)));
+    request->execute(nullptr);
+    EXPECT_EQ(LoadRequest::STATUS_IO_ERROR, request->getStatus());
+}
+
+TEST_F(ResourceCPURequest, DeleteOfABlockWithoutAFileNeedsForce)
+{
+    zuPointer<zuTestBlockResource> memoryOnly = new zuTestBlockResource(64, 4);
+    const char* block = memoryOnly->GetData();
+    EXPECT_FALSE(zuRendererInterface::DeleteCPUData(memoryOnly, false));
+    EXPECT_EQ(block, memoryOnly->GetData());
+    EXPECT_TRUE(memoryOnly->HasPattern(4));
+
+    std::unique_ptr<zuRequestInterfaceForDynamicResource> request(
+        zuDynamicLoadingResource::CreateCPUDeleteRequest(memoryOnly, nullptr));
+    ASSERT_TRUE(request);
+    request->execute(nullptr);
+    request->finalizeDynamicResourceRequest(memoryOnly, false, false);
+    EXPECT_TRUE(memoryOnly->HasPattern(4));
+    request->finalizeDynamicResourceRequest(memoryOnly, false, true);
+    EXPECT_FALSE(memoryOnly->isCPUResident());
+
+    // A block with a file is dropped without force.
+    EXPECT_TRUE(zuRendererInterface::DeleteCPUData(resource, false));
+    EXPECT_FALSE(resource->isCPUResident());
+    EXPECT_TRUE(zuRendererInterface::DeleteCPUData(resource, false));
+}
+
+TEST_F(ResourceCPURequest, SynchronousPathLeavesAResourceUnderRequestAlone)
+{
+    ASSERT_TRUE(zuRendererInterface::DeleteCPUData(resource, false));
+    resource->setResourceState(zuDynamicLoadingResource::RESOURCE_REQUEST_UNDER_WAY);
+    EXPECT_FALSE(zuRendererInterface::LoadCPUData(resource));
+    EXPECT_FALSE(resource->isCPUResident());
+    resource->setResourceState(zuDynamicLoadingResource::RESOURCE_IDLE);
+    ASSERT_TRUE(zuRendererInterface::LoadCPUData(resource));
+    const char* block = resource->GetData();
+
+    resource->setResourceState(zuDynamicLoadingResource::RESOURCE_REQUEST_UNDER_WAY);
+    EXPECT_FALSE(zuRendererInterface::DeleteCPUData(resource, true));
+    EXPECT_EQ(block, resource->GetData());
+    resource->setResourceState(zuDynamicLoadingResource::RESOURCE_IDLE);
+
+    // A resident resource is not read again.
+    EXPECT_TRUE(zuRendererInterface::LoadCPUData(resource));
+    EXPECT_EQ(block, resource->GetData());
+    // A generated buffer (state 2) is loaded and deleted like any other.
+    resource->setResourceState(zuDynamicLoadingResource::RESOURCE_GENERATED);
+    EXPECT_TRUE(zuRendererInterface::DeleteCPUData(resource, false));
+    EXPECT_TRUE(zuRendererInterface::LoadCPUData(resource));
+    resource->setResourceState(zuDynamicLoadingResource::RESOURCE_IDLE);
+}
+
+TEST_F(ResourceCPURequest, SaveOfANonResidentResourceReadsItsBlockAndDropsItAgain)
+{
+    ASSERT_TRUE(zuRendererInterface::DeleteCPUData(resource, false));
+    const std::string copyPath = dir.file("copy.mvk");
+    ASSERT_TRUE(saveResources(copyPath, {resource}));
+    EXPECT_FALSE(resource->isCPUResident());
+    // The resource now refers to the file it was saved to.
+    EXPECT_EQ(copyPath, resource->getResourceFilePath());
+    std::filesystem::remove(path);
+    ASSERT_TRUE(zuRendererInterface::LoadCPUData(resource));
+    EXPECT_TRUE(resource->HasPattern(SEED));
+}
+
+} // namespace
+} // namespace zu::test

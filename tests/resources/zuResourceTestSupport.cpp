@@ -1,0 +1,87 @@
+#include "resources/zuResourceTestSupport.h"
+
+#include <zuSceneGraph/zuSceneGraph.h>
+
+#include <zuSystem/zuFileIoDevice.h>
+
+#include <atomic>
+#include <filesystem>
+#include <fstream>
+#include <unistd.h>
+
+namespace zu::test {
+
+zuTempDir::zuTempDir()
+{
+    static std::atomic<int> counter{0};
+    const std::filesystem::path path = std::filesystem::temp_directory_path()
+        / ("zuResourceTest_" + std::to_string(getpid()) + "_" + std::to_string(counter++));
+    std::filesystem::create_directories(path);
+    mPath = path.string();
+}
+
+zuTempDir::~zuTempDir()
+{
+    std::error_code error;
+    std::filesystem::remove_all(mPath, error);
+}
+
+bool saveResources(const std::string& path, const std::vector<zuRttiInterface*>& objects, int blockSize)
+{
+    zuFileStream stream(blockSize);
+    stream.SetVersion(zuStreamVersion(6, 32));
+    for (zuRttiInterface* object : objects)
+        stream.InsertTopLevel(object);
+    zuFileIoDevice device(path, zuFileIoDevice::WriteOnly);
+    const bool saved = stream.Save(device, path, false);
+    device.close();
+    return saved && !device.isError();
+}
+
+std::vector<zuPointer<zuTestBlockResource>> loadResources(const std::string& path, int blockSize)
+{
+    std::vector<zuPointer<zuTestBlockResource>> resources;
+    zuFileStream stream(blockSize);
+    zuFileIoDevice device(path, zuFileIoDevice::ReadOnly);
+    if (!stream.Load(device, path))
+        return resources;
+    for (int i = 0; i < stream.GetObjectCount(); ++i) {
+        zuRttiInterface* object = stream.GetObjectAt(i);
+        if (object && object->IsDerived(zuTestBlockResource::TYPE))
+            resources.emplace_back(static_cast<zuTestBlockResource*>(object));
+    }
+    return resources;
+}
+
+std::vector<char> readFileBytes(const std::string& path, uint64_t offset, uint64_t size)
+{
+    std::ifstream file(path, std::ios::binary);
+    file.seekg(static_cast<std::streamoff>(offset));
+    std::vector<char> bytes(static_cast<size_t>(size));
+    file.read(bytes.data(), static_cast<std::streamsize>(size));
+    bytes.resize(static_cast<size_t>(file.gcount()));
+    return bytes;
+}
+
+void writeFileBytes(const std::string& path, const std::vector<char>& bytes)
+{
+    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+}
+
+void ResourceLibrary::SetUp()
+{
+    initializeZuSceneGraph();
+    zuTestBlockResource::RegisterFactory();
+    zuTestBlockResource::RegisterRequests();
+    zuDynamicLoadingResource::ClearLoadingPolicies();
+}
+
+void ResourceLibrary::TearDown()
+{
+    zuDynamicLoadingResource::ClearLoadingPolicies();
+    zuTestBlockResource::UnRegisterFactory();
+    terminateZuSceneGraph();
+}
+
+} // namespace zu::test

@@ -1,0 +1,121 @@
+#include "resources/zuTestBlockResource.h"
+
+#include <zuSceneGraph/resources/zuDynamicResourceCPUDeleteRequest.h>
+#include <zuSceneGraph/resources/zuDynamicResourceCPULoadRequest.h>
+#include <zuSceneGraph/resources/zuRendererInterface.h>
+
+#include <cstring>
+#include <vector>
+
+namespace zu::test {
+
+const zuRtti zuTestBlockResource::TYPE("zuTest.zuTestBlockResource", &zuObject::TYPE);
+unsigned int zuTestBlockResource::msTestResourceID = 0;
+unsigned int zuTestBlockResource::msTestHandlerID = 0;
+int zuTestBlockResource::msLiving = 0;
+
+zuTestBlockResource::zuTestBlockResource(int size, int seed) : zuTestBlockResource()
+{
+    mSize = size > 0 ? size : 0;
+    mData = zuBlockResourceHandler::AllocateBlock(static_cast<uint64_t>(mSize));
+    for (int i = 0; i < mSize; ++i)
+        mData[i] = Pattern(seed, i);
+}
+
+zuTestBlockResource::~zuTestBlockResource()
+{
+    release();
+    zuBlockResourceHandler::FreeBlock(mData);
+    --msLiving;
+}
+
+bool zuTestBlockResource::HasPattern(int seed) const
+{
+    if (!mData)
+        return false;
+    for (int i = 0; i < mSize; ++i)
+        if (mData[i] != Pattern(seed, i))
+            return false;
+    return true;
+}
+
+void zuTestBlockResource::RegisterRequests()
+{
+    if (msTestResourceID == 0) {
+        msTestResourceID = GetNextResourceIdentifier();
+        msTestHandlerID = GetNextHandlerIdentifier();
+    }
+    RegisterCPURequestBuilder(msTestHandlerID, zuDynamicResourceCPULoadRequest::CreateFromHandler,
+                              zuDynamicResourceCPUDeleteRequest::CreateFromHandler,
+                              zuDynamicResourceCPULoadRequest::CreateFromResource,
+                              zuDynamicResourceCPUDeleteRequest::CreateFromResource);
+}
+
+zuDynamicLoadingResourceHandler* zuTestBlockResource::createHandler() const
+{
+    zuTestBlockHandler* handler = new zuTestBlockHandler;
+    handler->setBufferHandler(this);
+    return handler;
+}
+
+int zuTestBlockResource::GetDiskUsed(const zuBaseStream& stream) const
+{
+    return zuUnnamedObject::GetDiskUsed(stream) + 4 + mSize;
+}
+
+void zuTestBlockResource::Save(zuBaseStream& stream) const
+{
+    zuTestBlockResource* self = const_cast<zuTestBlockResource*>(this);
+    const bool wasResident = isCPUResident();
+    zuRendererInterface::LoadCPUData(self);
+    zuUnnamedObject::Save(stream);
+    stream.Write(mSize);
+    storeStreamInfo(&stream);
+    if (mData)
+        stream.Write(mSize, mData);
+    else
+        stream.Write(mSize, std::vector<char>(static_cast<size_t>(mSize)).data());
+    if (!wasResident)
+        zuRendererInterface::DeleteCPUData(self, false);
+}
+
+void zuTestBlockResource::Load(zuBaseStream& stream, zuLink* link)
+{
+    zuUnnamedObject::Load(stream, link);
+    int size = 0;
+    stream.Read(size);
+    if (!stream.CheckCount(size, 1))
+        return;
+    mSize = size;
+    storeStreamInfo(&stream);
+    if (hasToLoad()) {
+        mData = zuBlockResourceHandler::AllocateBlock(static_cast<uint64_t>(mSize));
+        stream.Read(mSize, mData);
+    } else {
+        stream.Skip(static_cast<uint64_t>(mSize));
+    }
+}
+
+bool zuTestBlockHandler::readCPUBlock(std::FILE* file, char* block) const
+{
+    if (!mPacked)
+        return zuBlockResourceHandler::readCPUBlock(file, block);
+    const uint64_t count = getCPUSize() / 4;
+    if (count == 0)
+        return true;
+    char width = 0;
+    int32_t value = 0;
+    if (!ReadBytes(file, &width, 1) || width != 1 || !ReadBytes(file, &value, 4))
+        return false;
+    std::memcpy(block, &value, 4);
+    for (uint64_t k = 1; k < count; ++k) {
+        signed char delta = 0;
+        if (!ReadBytes(file, &delta, 1))
+            return false;
+        value += delta;
+        std::memcpy(block + 4 * k, &value, 4);
+    }
+    return true;
+}
+
+} // namespace zu::test

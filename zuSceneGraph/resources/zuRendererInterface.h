@@ -1,0 +1,26 @@
+#pragma once
+
+namespace zu {
+
+class zuDynamicLoadingResource;
+
+// The renderer's side of the library. Its static operations are the synchronous path of
+// the dynamically loaded resources: they run a resource's CPU request at once on the
+// calling thread (the thread that owns the scene), without a resource controller.
+class zuRendererInterface {
+public:
+    virtual ~zuRendererInterface() = default;
+
+    // Nothing when a request for the resource is under way (state 1) or its block is
+    // resident; otherwise builds the resource's CPU load request (no client), executes it,
+    // hands the block to the resource and deletes the request. True when the resource is
+    // resident afterwards.
+    static bool LoadCPUData(zuDynamicLoadingResource* resource);
+    // Nothing when a request is under way (state 1) or the block is not resident;
+    // otherwise builds the CPU delete request and applies it: the block is freed only when
+    // the resource has a file to reload it from, or when `force` is set. True when the
+    // resource is not resident afterwards.
+    static bool DeleteCPUData(zuDynamicLoadingResource* resource, bool force);
+};
+
+} // namespace zu
