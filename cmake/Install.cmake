@@ -21,5 +21,9 @@ write_basic_package_version_file(${CMAKE_BINARY_DIR}/zuSceneGraphConfigVersion.c
 install(FILES ${CMAKE_BINARY_DIR}/zuSceneGraphConfig.cmake ${CMAKE_BINARY_DIR}/zuSceneGraphConfigVersion.cmake
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/zuSceneGraph)
 
+# The .pc file finds its prefix from its own place, so that an installation made with
+# `cmake --install build --prefix DIR` (or moved afterwards) points at DIR.
+file(RELATIVE_PATH ZU_PKGCONFIG_TO_PREFIX "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
+string(REGEX REPLACE "/$" "" ZU_PKGCONFIG_TO_PREFIX "${ZU_PKGCONFIG_TO_PREFIX}")
 configure_file(${PROJECT_SOURCE_DIR}/cmake/zuSceneGraph.pc.in ${CMAKE_BINARY_DIR}/zuSceneGraph.pc @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/zuSceneGraph.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -1,12 +1,19 @@
 #include "support/zuTestObjects.h"
 
+#include <zuSceneGraph/stream/zuFileStream.h>
 #include <zuSceneGraph/zuSceneGraph.h>
+
+#include <zuSystem/zuMemoryIoDevice.h>
 
 namespace zu::test {
 
 const zuRtti zuTestNode::TYPE("zuTest.zuTestNode", &zuObject::TYPE);
 const zuRtti zuTestController::TYPE("zuTest.zuTestController", &zuController::TYPE);
 const zuRtti zuShortRecord::TYPE("zuTest.zuShortRecord", &zuObject::TYPE);
+const zuRtti zuTestOtherNode::TYPE("zuTest.zuTestOtherNode", &zuTestNode::TYPE);
+const zuRtti zuTestPlain::TYPE("zuTest.zuTestPlain", &zuRttiInterface::TYPE);
+
+int zuTestInformation::msLiving = 0;
 
 int zuTestNode::msLiving = 0;
 int zuTestNode::msPostLinkCalls = 0;
@@ -106,6 +113,18 @@ zuTestFactories::~zuTestFactories()
     terminateZuSceneGraph();
 }
 
+zuLogCapture::zuLogCapture()
+{
+    mPrevious = zuLog::instance().setSink([this](const std::string& category, const std::string& message) {
+        mMessages.emplace_back(category, message);
+    });
+}
+
+zuLogCapture::~zuLogCapture()
+{
+    zuLog::instance().setSink(mPrevious);
+}
+
 std::vector<char> saveToBytes(const std::vector<zuRttiInterface*>& topLevel, zuStreamVersion version)
 {
     zuBaseStream stream;
@@ -119,6 +138,39 @@ std::vector<char> saveToBytes(const std::vector<zuRttiInterface*>& topLevel, zuS
         bytes.assign(buffer, buffer + size);
     delete[] buffer;
     return bytes;
+}
+
+std::vector<char> saveToFileBytes(const std::vector<zuRttiInterface*>& topLevel, zuStreamVersion version,
+                                  int blockSize)
+{
+    zuFileStream stream(blockSize);
+    stream.SetVersion(version);
+    for (zuRttiInterface* object : topLevel)
+        stream.InsertTopLevel(object);
+    zuMemoryIoDevice device;
+    if (!stream.Save(device, "memory", false))
+        return {};
+    return device.data();
+}
+
+::testing::AssertionResult isSmallGraph(const zuRttiInterface* object)
+{
+    if (!object || !object->IsExactly(zuTestNode::TYPE))
+        return ::testing::AssertionFailure() << "the root is not a zuTestNode";
+    const auto* root = static_cast<const zuTestNode*>(object);
+    if (root->GetName() != "root" || root->GetValue() != 7 || root->GetChildQuantity() != 2)
+        return ::testing::AssertionFailure() << "the root's fields differ";
+    const zuTestNode* a = root->GetChild(0);
+    const zuTestNode* b = root->GetChild(1);
+    if (!a || !b || a->GetName() != "a" || a->GetValue() != 1 || a->GetChildQuantity() != 0)
+        return ::testing::AssertionFailure() << "child a differs";
+    if (b->GetName() != "b" || b->GetValue() != 2 || b->GetChildQuantity() != 1 || b->GetChild(0) != a)
+        return ::testing::AssertionFailure() << "child b differs or does not share a";
+    if (root->GetControllerQuantity() != 1 || !root->GetController(0)
+        || !root->GetController(0)->IsExactly(zuTestController::TYPE) || root->GetController(0)->GetName() != "ctl"
+        || root->GetController(0)->GetObject() != root)
+        return ::testing::AssertionFailure() << "the controller differs";
+    return ::testing::AssertionSuccess();
 }
 
 } // namespace zu::test

@@ -2,6 +2,7 @@
 
 #include <zuSceneGraph/objects/zuObject.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -13,7 +14,7 @@ class zuNamedObject : public zuObject {
 public:
     ~zuNamedObject() override;
 
-    int GetControllerQuantity() const override { return static_cast<int>(mControllers.size()); }
+    int GetControllerQuantity() const override { return mControllers ? static_cast<int>(mControllers->size()) : 0; }
     zuController* GetController(int i) const override;
     void SetControllerQuantity(int quantity) override;
     void SetController(int i, zuController* controller) override;
@@ -32,8 +33,12 @@ protected:
 
 private:
     std::string mName;
-    // Held as objects so that this layer needs only the controller's declaration.
-    std::vector<zuPointer<zuObject>> mControllers;
+    using ControllerList = std::vector<zuPointer<zuObject>>;
+    ControllerList& controllers();
+
+    // Held as objects so that this layer needs only the controller's declaration. Created on
+    // the first attachment: most scene objects never carry a controller.
+    std::unique_ptr<ControllerList> mControllers;
 };
 
 } // namespace zu

@@ -193,8 +193,11 @@ bool zuBaseStream::finalizeClientBufferSave(char* buffer, int size)
     resetBufferState();
     if (!complete)
         return false;
-    if (written != total || static_cast<uint64_t>(std::max(size, 0)) != total) {
-        reportBufferNotFilled(written, total);
+    const uint64_t bufferSize = static_cast<uint64_t>(std::max(size, 0));
+    if (written != total || bufferSize != total) {
+        // Measured against the caller's buffer: a buffer of the wrong size is reported with
+        // its own size, not as "N/N".
+        reportBufferNotFilled(written, bufferSize);
         return false;
     }
     return true;
@@ -293,8 +296,12 @@ bool zuBaseStream::Load(char* buffer, unsigned long size)
 void zuBaseStream::loadRecords(bool detailedFactoryMessage)
 {
     std::string name;
-    mRecordType.clear();
+    // Progress counts every byte once, the header and the top-level markers included, so
+    // that the steps of a complete load add up to the size of the stream.
+    uint64_t reported = 0;
     while (!mStreamError && GetRemaining() > 0) {
+        // A record whose type name does not read is named by no type in the messages.
+        mRecordType.clear();
         mRecordStart = GetOffset();
         mRecordSize = 0;
         Read(name);
@@ -338,7 +345,8 @@ void zuBaseStream::loadRecords(bool detailedFactoryMessage)
             break;
         }
         if (mProgress) {
-            mProgress->step(static_cast<int64_t>(GetOffset() - mRecordStart));
+            mProgress->step(static_cast<int64_t>(GetOffset() - reported));
+            reported = GetOffset();
             if (mProgress->isCancelRequested()) {
                 mStreamError = true;
                 break;

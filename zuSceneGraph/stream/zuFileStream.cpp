@@ -70,6 +70,10 @@ bool zuFileStream::Save(zuIoDevice& device, const std::string& name, bool append
 bool zuFileStream::Load(zuIoDevice& device, const std::string& name)
 {
     SetName(name);
+    // As zuBaseStream::Load: nothing of a previous run survives, the top-level list included.
+    clearObjectMap();
+    RemoveAllToLevel();
+    clearCustomInformations();
     clearStreamError();
     resetBufferState();
     mInput = &device;
@@ -153,13 +157,26 @@ bool zuFileStream::readNullTerminatedString(int& length, char** text)
     const uint64_t offset = GetOffset() - windowStart();
     const uint64_t available = windowEnd() - offset;
     char* begin = windowBuffer() + offset;
-    const void* nul = std::memchr(begin, '\0', available);
-    if (!nul)
-        return false;
-    length = static_cast<int>(static_cast<const char*>(nul) - begin) + 1;
-    *text = begin;
-    Skip(static_cast<uint64_t>(length));
-    return true;
+    if (const void* nul = std::memchr(begin, '\0', available)) {
+        length = static_cast<int>(static_cast<const char*>(nul) - begin) + 1;
+        *text = begin;
+        Skip(static_cast<uint64_t>(length));
+        return true;
+    }
+    // A block smaller than the header splits it (a 9-byte header in 8-byte blocks): gather
+    // the text across blocks, as far as the longest header field.
+    mText.clear();
+    while (mText.size() < static_cast<size_t>(zuStreamVersion::LENGTH_V4) && GetRemaining() > 0) {
+        char c = 0;
+        readValues(&c, 1, 1);
+        mText.push_back(c);
+        if (c == '\0') {
+            length = static_cast<int>(mText.size());
+            *text = mText.data();
+            return true;
+        }
+    }
+    return false;
 }
 
 void zuFileStream::writeData(int size, int count, const void* source)

@@ -52,6 +52,7 @@ private:
     uint64_t mLeftToFetch = 0;
     zuIoDevice* mInput = nullptr;
     zuIoDevice* mOutput = nullptr;
+    std::string mText;  // a header text gathered across blocks
 };
 
 } // namespace zu

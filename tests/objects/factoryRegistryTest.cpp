@@ -1,0 +1,90 @@
+// The process-wide registry of factories by persisted type name.
+
+#include "support/zuTestObjects.h"
+
+#include <zuSystem/LibInitCounter.h>
+
+#include <gtest/gtest.h>
+
+namespace zu::test {
+namespace {
+
+zuRttiInterface* firstFactory(zuBaseStream&)
+{
+    return nullptr;
+}
+
+zuRttiInterface* secondFactory(zuBaseStream&)
+{
+    return nullptr;
+}
+
+class FactoryRegistry : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        ASSERT_EQ(LibInitCounter::count("scenegraph"), 0) << "the library must not be started";
+        mOwnsRegistry = true;
+        zuRttiInterface::DestroyFactoryMap();
+    }
+    void TearDown() override
+    {
+        if (mOwnsRegistry)
+            zuRttiInterface::DestroyFactoryMap();
+    }
+
+    bool mOwnsRegistry = false;
+};
+
+TEST_F(FactoryRegistry, TheMapIsCreatedOnceAndDestroyedWithItsEntries)
+{
+    EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.Probe"), nullptr);
+    EXPECT_TRUE(zuRttiInterface::GetFactoryNames().empty());
+    EXPECT_TRUE(zuRttiInterface::CreateFactoryMap());
+    EXPECT_TRUE(zuRttiInterface::RegisterFactoryFunction("zuTest.Probe", firstFactory));
+    EXPECT_FALSE(zuRttiInterface::CreateFactoryMap());
+    EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.Probe"), firstFactory);  // the second call kept it
+
+    zuRttiInterface::DestroyFactoryMap();
+    EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.Probe"), nullptr);
+    EXPECT_TRUE(zuRttiInterface::CreateFactoryMap());
+    EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.Probe"), nullptr);
+}
+
+TEST_F(FactoryRegistry, ANameKeepsItsFirstFactory)
+{
+    ASSERT_TRUE(zuRttiInterface::CreateFactoryMap());
+    EXPECT_TRUE(zuRttiInterface::RegisterFactoryFunction("zuTest.Probe", firstFactory));
+    EXPECT_FALSE(zuRttiInterface::RegisterFactoryFunction("zuTest.Probe", secondFactory));
+    EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.Probe"), firstFactory);
+    EXPECT_TRUE(zuRttiInterface::RegisterFactoryFunction("zuTest.Probe2", secondFactory));
+    EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.Probe2"), secondFactory);
+
+    // Names are compared whole and exactly.
+    EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.Prob"), nullptr);
+    EXPECT_EQ(zuRttiInterface::GetFactory("zutest.probe"), nullptr);
+    EXPECT_EQ(zuRttiInterface::GetFactory(""), nullptr);
+
+    zuRttiInterface::UnregisterFactoryFunction("zuTest.Probe");
+    EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.Probe"), nullptr);
+    zuRttiInterface::UnregisterFactoryFunction("zuTest.Unknown");
+    EXPECT_TRUE(zuRttiInterface::RegisterFactoryFunction("zuTest.Probe", secondFactory));
+    EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.Probe"), secondFactory);
+}
+
+TEST_F(FactoryRegistry, AClassRegistersItsFactoryUnderItsTypeName)
+{
+    ASSERT_TRUE(zuRttiInterface::CreateFactoryMap());
+    zuTestController::RegisterFactory();
+    zuTestNode::RegisterFactory();
+    EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.zuTestNode"), &zuTestNode::Factory);
+    EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.zuTestController"), &zuTestController::Factory);
+    EXPECT_EQ(zuRttiInterface::GetFactoryNames(),
+              (std::vector<std::string>{"zuTest.zuTestController", "zuTest.zuTestNode"}));
+    zuTestNode::UnRegisterFactory();
+    EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.zuTestNode"), nullptr);
+    EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.zuTestController"), &zuTestController::Factory);
+}
+
+} // namespace
+} // namespace zu::test

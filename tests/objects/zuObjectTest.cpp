@@ -1,0 +1,333 @@
+// Identity, reference counts, look-ups, Equals, Clone and controller updates of zuObject.
+
+#include "support/zuTestObjects.h"
+
+#include <zuSystem/LibInitCounter.h>
+#include <zuSystem/zuMutex.h>
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <future>
+#include <set>
+#include <thread>
+#include <vector>
+
+namespace zu::test {
+namespace {
+
+// Restores the default identifier policy and drops a library mutex the test created.
+class IdentifierPolicy : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        ASSERT_EQ(LibInitCounter::count("scenegraph"), 0) << "the library must not be started";
+        mOwnsLibraryMutex = true;
+    }
+    void TearDown() override
+    {
+        zuObject::setDefaultLockFunctions();
+        if (mOwnsLibraryMutex)
+            zuObject::destroyLibraryMutex();
+    }
+
+    // Builds `count` objects and checks that each took the next identifier.
+    static void expectConsecutiveIdentifiers(int count)
+    {
+        const unsigned int first = zuObject::GetNextID();
+        std::vector<zuPointer<zuTestNode>> nodes;
+        for (int i = 0; i < count; ++i) {
+            nodes.emplace_back(new zuTestNode);
+            EXPECT_EQ(nodes.back()->GetID(), first + static_cast<unsigned int>(i));
+        }
+        EXPECT_EQ(zuObject::GetNextID(), first + static_cast<unsigned int>(count));
+    }
+
+    // Builds objects on another thread while this one holds the library mutex: a policy
+    // that took the mutex would block there. The wait is a guard against a deadlock only.
+    static bool buildsWhileTheLibraryMutexIsHeld()
+    {
+        zuMutex* mutex = zuObject::libraryMutex();
+        mutex->lock();
+        auto built = std::async(std::launch::async, [] {
+            for (int i = 0; i < 16; ++i)
+                zuPointer<zuTestController> controller = new zuTestController;
+        });
+        const bool finished = built.wait_for(std::chrono::seconds(60)) == std::future_status::ready;
+        mutex->unlock();
+        built.wait();
+        return finished;
+    }
+
+    bool mOwnsLibraryMutex = false;
+};
+
+TEST_F(IdentifierPolicy, EveryPolicyGivesConsecutiveIdentifiers)
+{
+    expectConsecutiveIdentifiers(5);
+
+    zuObject::setNoLockFunctions();
+    expectConsecutiveIdentifiers(5);
+
+    zuObject::setMutexLockFunctions();
+    ASSERT_EQ(zuObject::libraryMutex(), nullptr);
+    expectConsecutiveIdentifiers(5);
+
+    zuObject::createLibraryMutex();
+    ASSERT_NE(zuObject::libraryMutex(), nullptr);
+    expectConsecutiveIdentifiers(5);
+    // Every lock was paired with an unlock.
+    ASSERT_TRUE(zuObject::libraryMutex()->tryLock());
+    zuObject::libraryMutex()->unlock();
+
+    zuObject::setDefaultLockFunctions();
+    expectConsecutiveIdentifiers(5);
+}
+
+TEST_F(IdentifierPolicy, OnlyTheMutexPolicyTakesTheLibraryMutex)
+{
+    zuObject::createLibraryMutex();
+    zuObject::setDefaultLockFunctions();
+    EXPECT_TRUE(buildsWhileTheLibraryMutexIsHeld());
+    zuObject::setNoLockFunctions();
+    EXPECT_TRUE(buildsWhileTheLibraryMutexIsHeld());
+
+    // Under the mutex policy, objects built on several threads at once take distinct
+    // identifiers and none is lost.
+    zuObject::setMutexLockFunctions();
+    constexpr int threads = 4;
+    constexpr int perThread = 5000;
+    const unsigned int first = zuObject::GetNextID();
+    std::vector<std::vector<unsigned int>> identifiers(threads);
+    std::vector<std::thread> workers;
+    for (int t = 0; t < threads; ++t)
+        workers.emplace_back([&identifiers, t] {
+            for (int i = 0; i < perThread; ++i) {
+                zuPointer<zuTestController> controller = new zuTestController;
+                identifiers[static_cast<size_t>(t)].push_back(controller->GetID());
+            }
+        });
+    for (auto& worker : workers)
+        worker.join();
+    std::set<unsigned int> distinct;
+    for (const auto& list : identifiers)
+        distinct.insert(list.begin(), list.end());
+    EXPECT_EQ(distinct.size(), static_cast<size_t>(threads * perThread));
+    EXPECT_EQ(*distinct.begin(), first);
+    EXPECT_EQ(*distinct.rbegin(), first + threads * perThread - 1);
+    EXPECT_EQ(zuObject::GetNextID(), first + threads * perThread);
+}
+
+TEST(zuObjectTest, ACopyIsANewObjectWithTheSameName)
+{
+    zuTestController original;
+    original.SetName("kept");
+    original.IncrementReferences();
+    const zuTestController copy(original);
+    EXPECT_EQ(copy.GetID(), original.GetID() + 1);
+    EXPECT_EQ(copy.GetReferences(), 0);
+    EXPECT_EQ(copy.GetName(), "kept");
+    // Copying through the object model is not supported at this level.
+    EXPECT_EQ(original.Copy(false).get(), nullptr);
+    EXPECT_EQ(original.Copy(true).get(), nullptr);
+    original.ClearReferences();
+}
+
+TEST(zuObjectTest, DecrementingTheLastReferenceDestroysAndDecrementingZeroWraps)
+{
+    const int living = zuTestNode::msLiving;
+    auto* node = new zuTestNode;
+    EXPECT_EQ(node->GetReferences(), 0);
+    node->IncrementReferences();
+    node->IncrementReferences();
+    EXPECT_EQ(node->GetReferences(), 2);
+    node->DecrementReferences();
+    EXPECT_EQ(node->GetReferences(), 1);
+    node->DecrementReferences();
+    EXPECT_EQ(zuTestNode::msLiving, living);
+
+    node = new zuTestNode;
+    node->DecrementReferences();  // 0 -> 0xFFFFFFFF, the object lives on
+    EXPECT_EQ(zuTestNode::msLiving, living + 1);
+    EXPECT_EQ(node->GetReferences(), -1);
+    node->ClearReferences();
+    EXPECT_EQ(node->GetReferences(), 0);
+    zuPointer<zuTestNode> owner = node;
+    owner = nullptr;
+    EXPECT_EQ(zuTestNode::msLiving, living);
+
+    // The root of the hierarchy keeps no count at all.
+    zuTestPlain plain;
+    plain.IncrementReferences();
+    EXPECT_EQ(plain.GetReferences(), 0);
+    plain.DecrementReferences();
+}
+
+// A node with controllers: slot 0 "first" (itself controlled by "inner"), slot 1 empty,
+// slot 2 "second".
+struct ControlledNode {
+    zuPointer<zuTestNode> node = new zuTestNode("node");
+    zuPointer<zuTestController> first = new zuTestController;
+    zuPointer<zuTestController> inner = new zuTestController;
+    zuPointer<zuTestController> second = new zuTestController;
+    ControlledNode(const std::string& firstName, const std::string& innerName, const std::string& secondName)
+    {
+        first->SetName(firstName);
+        inner->SetName(innerName);
+        second->SetName(secondName);
+        first->SetControllerQuantity(1);
+        first->SetController(0, inner);
+        node->SetControllerQuantity(3);
+        node->SetController(0, first);
+        node->SetController(2, second);
+    }
+};
+
+TEST(zuObjectTest, LookUpsVisitTheObjectThenItsControllersInSlotOrder)
+{
+    ControlledNode graph("twin", "deep", "twin");
+    EXPECT_EQ(graph.node->GetObjectByName("node"), graph.node);
+    EXPECT_EQ(graph.node->GetObjectByName("twin"), graph.first);
+    EXPECT_EQ(graph.node->GetObjectByName("deep"), graph.inner);
+    EXPECT_EQ(graph.node->GetObjectByName("twi"), nullptr);
+    EXPECT_EQ(graph.node->GetObjectByName("twins"), nullptr);
+    EXPECT_EQ(graph.node->GetObjectByName(""), nullptr);
+
+    EXPECT_EQ(graph.node->GetObjectByID(graph.node->GetID()), graph.node);
+    EXPECT_EQ(graph.node->GetObjectByID(graph.inner->GetID()), graph.inner);
+    EXPECT_EQ(graph.node->GetObjectByID(graph.second->GetID()), graph.second);
+    EXPECT_EQ(graph.node->GetObjectByID(zuObject::GetNextID()), nullptr);
+    EXPECT_EQ(graph.first->GetObjectByID(graph.second->GetID()), nullptr);
+
+    // An empty name matches an empty name: an unnamed object finds itself.
+    zuTestNode unnamed;
+    EXPECT_EQ(unnamed.GetObjectByName(""), &unnamed);
+    ControlledNode emptyInside("a", "", "");
+    EXPECT_EQ(emptyInside.node->GetObjectByName(""), emptyInside.inner);
+}
+
+TEST(zuObjectTest, GetAllObjectsByNameListsDepthFirstAndAppends)
+{
+    ControlledNode graph("same", "same", "same");
+    graph.node->SetName("same");
+    std::vector<zuObject*> found{nullptr};
+    graph.node->GetAllObjectsByName("same", found);
+    const std::vector<zuObject*> expected{nullptr, graph.node, graph.first, graph.inner, graph.second};
+    EXPECT_EQ(found, expected);
+
+    ControlledNode some("x", "y", "x");
+    found.clear();
+    some.node->GetAllObjectsByName("x", found);
+    EXPECT_EQ(found, (std::vector<zuObject*>{some.first, some.second}));
+    found.clear();
+    some.node->GetAllObjectsByName("none", found);
+    EXPECT_TRUE(found.empty());
+}
+
+TEST(zuObjectTest, EqualsComparesNamesAndControllerCountsOnly)
+{
+    zuPointer<zuTestController> a = new zuTestController;
+    zuPointer<zuTestController> b = new zuTestController;
+    a->SetName("n");
+    b->SetName("n");
+    EXPECT_NE(a->GetID(), b->GetID());
+    b->IncrementReferences();
+    EXPECT_TRUE(a->Equals(b));  // identifiers and reference counts are not compared
+    b->DecrementReferences();
+
+    EXPECT_FALSE(a->Equals(nullptr));
+    zuTestPlain plain;
+    EXPECT_FALSE(a->Equals(&plain));
+    EXPECT_TRUE(plain.Equals(a));  // the root only asks for a persistable object
+    EXPECT_FALSE(plain.Equals(nullptr));
+
+    b->SetName("m");
+    EXPECT_FALSE(a->Equals(b));
+    b->SetName("n");
+
+    // Controller counts must match; the controllers themselves are not compared.
+    zuPointer<zuTestController> ca = new zuTestController;
+    zuPointer<zuTestController> cb = new zuTestController;
+    ca->SetName("one");
+    cb->SetName("other");
+    a->SetControllerQuantity(1);
+    EXPECT_FALSE(a->Equals(b));
+    EXPECT_FALSE(b->Equals(a));
+    b->SetControllerQuantity(1);
+    EXPECT_TRUE(a->Equals(b));
+    a->SetController(0, ca);
+    b->SetController(0, cb);
+    EXPECT_TRUE(a->Equals(b));
+}
+
+TEST(zuObjectTest, CloneCopiesTheNameButNotTheControllers)
+{
+    zuPointer<zuTestNode> source = new zuTestNode("source", 9);
+    zuPointer<zuTestController> controller = new zuTestController;
+    source->AttachController(controller);
+
+    // At the zuObject level the target must exist already.
+    zuRttiInterface* target = nullptr;
+    EXPECT_FALSE(source->zuObject::Clone(target));
+    EXPECT_EQ(target, nullptr);
+    zuTestPlain plain;
+    target = &plain;
+    EXPECT_FALSE(source->zuObject::Clone(target));
+    EXPECT_FALSE(source->Clone(target));
+    EXPECT_EQ(target, &plain);
+
+    // Into an existing object of another class: only the name moves.
+    zuPointer<zuTestController> existing = new zuTestController;
+    existing->SetControllerQuantity(2);
+    target = existing;
+    EXPECT_TRUE(source->zuObject::Clone(target));
+    EXPECT_EQ(target, existing);
+    EXPECT_EQ(existing->GetName(), "source");
+    EXPECT_EQ(existing->GetControllerQuantity(), 2);
+
+    // A concrete class creates the target.
+    const int living = zuTestNode::msLiving;
+    target = nullptr;
+    ASSERT_TRUE(source->Clone(target));
+    ASSERT_NE(target, nullptr);
+    zuPointer<zuTestNode> clone = static_cast<zuTestNode*>(target);
+    EXPECT_EQ(zuTestNode::msLiving, living + 1);
+    EXPECT_TRUE(clone->IsExactly(zuTestNode::TYPE));
+    EXPECT_EQ(clone->GetName(), "source");
+    EXPECT_EQ(clone->GetValue(), 9);
+    EXPECT_EQ(clone->GetControllerQuantity(), 0);
+    EXPECT_GT(clone->GetID(), source->GetID());
+    EXPECT_EQ(clone->GetReferences(), 1);
+    EXPECT_EQ(controller->GetObject(), source);
+}
+
+TEST(zuObjectTest, UpdateControllersUpdatesEveryControllerAndTellsWhetherAnyChanged)
+{
+    zuTestNode node("n");
+    EXPECT_FALSE(node.UpdateControllers(1.0));
+
+    zuPointer<zuTestController> quiet = new zuTestController;
+    zuPointer<zuTestController> busy = new zuTestController;
+    zuPointer<zuTestController> nested = new zuTestController;
+    quiet->mChanges = false;
+    busy->mChanges = true;
+    quiet->SetControllerQuantity(1);
+    quiet->SetController(0, nested);
+    node.SetControllerQuantity(3);
+    node.SetController(0, busy);
+    node.SetController(2, quiet);
+
+    // The controller that changes comes first: the later one is still updated.
+    EXPECT_TRUE(node.UpdateControllers(2.5));
+    EXPECT_EQ(busy->mTimes, std::vector<double>{2.5});
+    EXPECT_EQ(quiet->mTimes, std::vector<double>{2.5});
+    EXPECT_TRUE(nested->mTimes.empty());  // only the attached controllers are asked
+
+    busy->mChanges = false;
+    EXPECT_FALSE(node.UpdateControllers(3.0));
+    EXPECT_EQ(busy->mTimes, (std::vector<double>{2.5, 3.0}));
+    EXPECT_EQ(quiet->mTimes, (std::vector<double>{2.5, 3.0}));
+}
+
+} // namespace
+} // namespace zu::test

@@ -1,0 +1,79 @@
+// Library start and end, and the library's version.
+
+#include "support/zuTestObjects.h"
+
+#include <zuSceneGraph/zuSceneGraph.h>
+
+#include <zuSystem/LibInitCounter.h>
+
+#include <gtest/gtest.h>
+
+namespace zu::test {
+namespace {
+
+zuRttiInterface* probeFactory(zuBaseStream&)
+{
+    return nullptr;
+}
+
+TEST(zuSceneGraphTest, OnlyTheFirstStartAndTheLastEndDoWork)
+{
+    ASSERT_EQ(LibInitCounter::count("scenegraph"), 0) << "the library must not be started";
+    zuRttiInterface::DestroyFactoryMap();
+    ASSERT_EQ(zuObject::libraryMutex(), nullptr);
+
+    initializeZuSceneGraph();
+    zuMutex* mutex = zuObject::libraryMutex();
+    ASSERT_NE(mutex, nullptr);
+    EXPECT_FALSE(zuRttiInterface::CreateFactoryMap());  // the start created the registry
+    EXPECT_TRUE(zuRttiInterface::RegisterFactoryFunction("zuTest.Probe", probeFactory));
+
+    // A nested start replaces neither the mutex nor the registry.
+    initializeZuSceneGraph();
+    EXPECT_EQ(LibInitCounter::count("scenegraph"), 2);
+    EXPECT_EQ(zuObject::libraryMutex(), mutex);
+    EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.Probe"), probeFactory);
+
+    terminateZuSceneGraph();
+    EXPECT_EQ(zuObject::libraryMutex(), mutex);
+    EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.Probe"), probeFactory);
+
+    terminateZuSceneGraph();
+    EXPECT_EQ(LibInitCounter::count("scenegraph"), 0);
+    EXPECT_EQ(zuObject::libraryMutex(), nullptr);
+    EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.Probe"), nullptr);
+    EXPECT_TRUE(zuRttiInterface::CreateFactoryMap());  // the registry was destroyed
+    zuRttiInterface::DestroyFactoryMap();
+
+    // An unmatched end does nothing.
+    zuObject::createLibraryMutex();
+    mutex = zuObject::libraryMutex();
+    terminateZuSceneGraph();
+    EXPECT_EQ(zuObject::libraryMutex(), mutex);
+    zuObject::destroyLibraryMutex();
+
+    // The library starts again after a full end.
+    initializeZuSceneGraph();
+    EXPECT_NE(zuObject::libraryMutex(), nullptr);
+    EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.Probe"), nullptr);
+    terminateZuSceneGraph();
+    EXPECT_EQ(zuObject::libraryMutex(), nullptr);
+}
+
+TEST(zuSceneGraphTest, VersionNumbersAndTexts)
+{
+    using Version = zuSceneGraph::Version;
+    EXPECT_EQ(Version::GetMajor(), 3);
+    EXPECT_EQ(Version::GetMinor(), 0);
+    EXPECT_EQ(Version::GetRelease(), 0);
+    EXPECT_EQ(Version::GetRevision(), 17);
+    EXPECT_EQ(Version::GetYear(), 2022);
+    EXPECT_EQ(Version::GetMonth(), 7);
+    EXPECT_EQ(Version::GetDescStringMajorMinor(), "3.0");
+    EXPECT_EQ(Version::GetDescStringMajorMinorRelease(), "3.0.0");
+    EXPECT_EQ(Version::GetDescStringMajorMinorReleaseRevision(), "3.0.0.17");
+    EXPECT_EQ(Version::GetDescStringMajorMinorReleaseRevisionDate(), "3.0.0.17 2022-7");
+}
+
+} // namespace
+} // namespace zu::test

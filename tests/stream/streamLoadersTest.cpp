@@ -1,0 +1,183 @@
+// Stream loaders, which load bulk data beside a stream, and the custom information that
+// classes attach to their objects for the length of a save or load.
+
+#include "support/zuTestObjects.h"
+
+#include <zuSceneGraph/stream/zuFileStream.h>
+
+#include <zuSystem/zuMemoryIoDevice.h>
+
+#include <gtest/gtest.h>
+
+namespace zu::test {
+namespace {
+
+class StreamLoaders : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        zuSmallGraph g;
+        mFileBytes = saveToFileBytes({g.root}, zuStreamVersion(6, 32), 16);
+        mRecords = saveToBytes({g.root}, zuStreamVersion(6, 32));
+    }
+    void TearDown() override { EXPECT_EQ(zuTestNode::msLiving, 0) << "a test node leaked or died twice"; }
+
+    zuTestFactories factories;
+    std::vector<char> mFileBytes;
+    std::vector<char> mRecords;
+};
+
+TEST_F(StreamLoaders, EveryLoaderHearsOfEveryObjectAndIsWaitedForOnce)
+{
+    zuTestProgress progress;
+    zuTestStreamLoader nodes;
+    zuTestStreamLoader controllers;
+    {
+        zuFileStream stream(16);
+        stream.SetProgressNotifier(&progress);
+        stream.registerStreamLoader(&zuTestNode::TYPE, &nodes);
+        stream.registerStreamLoader(&zuTestController::TYPE, &controllers);
+        zuMemoryIoDevice device(mFileBytes);
+        ASSERT_TRUE(stream.Load(device, "memory"));
+        EXPECT_TRUE(isSmallGraph(stream.GetObjectAt(0)));
+    }
+    for (const zuTestStreamLoader* loader : {&nodes, &controllers}) {
+        EXPECT_EQ(loader->mObjectLoads, 4);
+        EXPECT_EQ(loader->mWaits, 1);
+        EXPECT_EQ(loader->mWaitProgress, &progress);
+        EXPECT_EQ(loader->mCancels, 0);
+        EXPECT_EQ(loader->mResets, 0);
+    }
+
+    // A skipped record builds no object.
+    zuTestController::UnRegisterFactory();
+    zuTestStreamLoader skipping;
+    zuBaseStream stream;
+    stream.SetVersion(zuStreamVersion(6, 32));
+    stream.registerStreamLoader(&zuTestNode::TYPE, &skipping);
+    ::testing::internal::CaptureStdout();
+    ASSERT_TRUE(stream.Load(mRecords.data(), mRecords.size()));
+    ::testing::internal::GetCapturedStdout();
+    EXPECT_EQ(skipping.mObjectLoads, 3);
+    EXPECT_EQ(skipping.mWaits, 1);
+}
+
+TEST_F(StreamLoaders, ALoaderThatFailsFailsTheLoadAndABrokenStreamCancelsThem)
+{
+    zuTestStreamLoader failing;
+    zuTestStreamLoader fine;
+    failing.mWaitResult = false;
+    {
+        zuFileStream stream(16);
+        stream.registerStreamLoader(&zuTestNode::TYPE, &failing);
+        stream.registerStreamLoader(&zuTestController::TYPE, &fine);
+        zuMemoryIoDevice device(mFileBytes);
+        EXPECT_FALSE(stream.Load(device, "memory"));
+        EXPECT_TRUE(stream.isStreamError());
+        EXPECT_EQ(failing.mWaits, 1);
+        EXPECT_EQ(fine.mWaits, 1);  // every loader is waited for
+        EXPECT_EQ(failing.mCancels, 0);
+    }
+    {
+        zuBaseStream stream;
+        stream.SetVersion(zuStreamVersion(6, 32));
+        stream.registerStreamLoader(&zuTestNode::TYPE, &failing);
+        EXPECT_FALSE(stream.Load(mRecords.data(), mRecords.size()));
+    }
+
+    // Data that breaks off cancels the loaders before waiting for them.
+    zuTestStreamLoader cancelled;
+    zuFileStream stream(16);
+    stream.registerStreamLoader(&zuTestNode::TYPE, &cancelled);
+    zuMemoryIoDevice device(std::vector<char>(mFileBytes.begin(), mFileBytes.end() - 1));
+    ::testing::internal::CaptureStderr();
+    EXPECT_FALSE(stream.Load(device, "memory"));
+    ::testing::internal::GetCapturedStderr();
+    EXPECT_EQ(cancelled.mCancels, 1);
+    EXPECT_EQ(cancelled.mWaits, 1);
+    EXPECT_EQ(stream.GetObjectCount(), 0);
+}
+
+TEST_F(StreamLoaders, LoadersAreKeptOnePerClassRecord)
+{
+    zuBaseStream stream;
+    EXPECT_TRUE(stream.onObjectLoad());
+    EXPECT_TRUE(stream.waitForStreamLoaderEnd());
+    EXPECT_EQ(stream.getStreamLoader(&zuTestNode::TYPE), nullptr);
+
+    zuTestStreamLoader first;
+    zuTestStreamLoader second;
+    stream.registerStreamLoader(&zuTestNode::TYPE, &first);
+    stream.registerStreamLoader(&zuTestNode::TYPE, &second);
+    EXPECT_EQ(stream.getStreamLoader(&zuTestNode::TYPE), &second);
+    EXPECT_EQ(stream.getStreamLoader(zuTestNode::TYPE.GetBaseType()), nullptr);
+    EXPECT_TRUE(stream.onObjectLoad());
+    EXPECT_EQ(first.mObjectLoads, 0);
+    EXPECT_EQ(second.mObjectLoads, 1);
+
+    second.mWaitResult = false;
+    stream.registerStreamLoader(&zuTestController::TYPE, &first);
+    EXPECT_FALSE(stream.waitForStreamLoaderEnd());
+    EXPECT_EQ(first.mWaits, 1);
+    EXPECT_EQ(second.mWaits, 1);
+    stream.cancelStreamLoaders();
+    EXPECT_EQ(first.mCancels, 1);
+    EXPECT_EQ(second.mCancels, 1);
+
+    stream.unregisterStreamLoader(&zuTestNode::TYPE);
+    EXPECT_EQ(stream.getStreamLoader(&zuTestNode::TYPE), nullptr);
+    EXPECT_EQ(stream.getStreamLoader(&zuTestController::TYPE), &first);
+    EXPECT_TRUE(stream.waitForStreamLoaderEnd());
+}
+
+TEST_F(StreamLoaders, TheStreamOwnsCustomInformations)
+{
+    zuPointer<zuTestNode> node = new zuTestNode("n");
+    zuPointer<zuTestNode> other = new zuTestNode("o");
+    {
+        zuBaseStream stream;
+        stream.SetVersion(zuStreamVersion(6, 32));
+        auto* first = new zuTestInformation;
+        stream.registerInformations(node, first);
+        EXPECT_EQ(stream.getInformations(node), first);
+        EXPECT_EQ(stream.getInformations(other), nullptr);
+        stream.registerInformations(node, first);  // the same again: kept
+        EXPECT_EQ(zuTestInformation::msLiving, 1);
+        auto* second = new zuTestInformation;
+        stream.registerInformations(node, second);  // replaced: the first is deleted
+        EXPECT_EQ(zuTestInformation::msLiving, 1);
+        EXPECT_EQ(stream.getInformations(node), second);
+
+        // A save starts from none.
+        stream.InsertTopLevel(node);
+        char* buffer = nullptr;
+        unsigned long size = 0;
+        ASSERT_TRUE(stream.Save(buffer, size));
+        EXPECT_EQ(zuTestInformation::msLiving, 0);
+        EXPECT_EQ(stream.getInformations(node), nullptr);
+
+        // So does a load, and it ends with none.
+        stream.registerInformations(other, new zuTestInformation);
+        ASSERT_TRUE(stream.Load(buffer, size));
+        EXPECT_EQ(zuTestInformation::msLiving, 0);
+        delete[] buffer;
+
+        stream.registerInformations(other, new zuTestInformation);
+        stream.registerInformations(node, new zuTestInformation);
+        EXPECT_EQ(zuTestInformation::msLiving, 2);
+        stream.clearCustomInformations();
+        EXPECT_EQ(zuTestInformation::msLiving, 0);
+        stream.registerInformations(other, new zuTestInformation);
+    }
+    // The stream's end deletes what is left.
+    EXPECT_EQ(zuTestInformation::msLiving, 0);
+
+    zuFileStream fileStream(16);
+    fileStream.registerInformations(node, new zuTestInformation);
+    zuMemoryIoDevice device(mFileBytes);
+    ASSERT_TRUE(fileStream.Load(device, "memory"));
+    EXPECT_EQ(zuTestInformation::msLiving, 0);
+}
+
+} // namespace
+} // namespace zu::test

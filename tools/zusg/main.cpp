@@ -1,0 +1,76 @@
+// zusg: inspects object-stream files and reports the library's versions.
+//
+//     zusg version
+//     zusg dump FILE
+//
+// A command joins by adding its source file and one line to the table below.
+
+#include "zusgCommand.h"
+
+#include <cstring>
+#include <iostream>
+#include <string>
+#include <vector>
+
+namespace zusg {
+namespace {
+
+const Command commands[] = {
+    {"version", "", "print the library version and the default stream version", runVersion},
+    {"dump", "FILE", "list the records of an object-stream file (.mvk)", runDump},
+};
+
+void printUsageLine(std::ostream& out, const Command& command)
+{
+    out << "  zusg " << command.name;
+    if (*command.arguments)
+        out << " " << command.arguments;
+    out << "\n      " << command.summary << "\n";
+}
+
+void printUsage(std::ostream& out)
+{
+    out << "usage: zusg COMMAND [ARGUMENTS]\n\ncommands:\n";
+    for (const Command& command : commands)
+        printUsageLine(out, command);
+    out << "\nExit status: 0 on success, 1 when the command fails, 2 on bad arguments.\n";
+}
+
+const Command* findCommand(const std::string& name)
+{
+    for (const Command& command : commands)
+        if (name == command.name)
+            return &command;
+    return nullptr;
+}
+
+} // namespace
+} // namespace zusg
+
+int main(int argc, char** argv)
+{
+    using namespace zusg;
+    if (argc < 2) {
+        printUsage(std::cerr);
+        return Usage;
+    }
+    const std::string name = argv[1];
+    if (name == "help" || name == "-h" || name == "--help") {
+        printUsage(std::cout);
+        return Success;
+    }
+    const Command* command = findCommand(name);
+    if (!command) {
+        std::cerr << "zusg: unknown command '" << name << "'\n\n";
+        printUsage(std::cerr);
+        return Usage;
+    }
+    const std::vector<std::string> arguments(argv + 2, argv + argc);
+    const int status = command->run(arguments);
+    if (status == Usage) {
+        std::cerr << "usage:\n";
+        printUsageLine(std::cerr, *command);
+    }
+    std::cout.flush();
+    return status;
+}

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace zusg {
+
+// The exit statuses of every command.
+enum ExitStatus {
+    Success = 0,
+    Failure = 1,  // the command ran and failed: missing file, corrupt data, ...
+    Usage = 2     // the arguments do not fit the command
+};
+
+// One command of the tool: `zusg NAME ARGUMENTS`. A command returns an ExitStatus; on
+// Usage, the caller prints the command's usage line.
+struct Command {
+    const char* name;
+    const char* arguments;  // as shown in the usage text, e.g. "FILE"
+    const char* summary;
+    int (*run)(const std::vector<std::string>& arguments);
+};
+
+// The commands, one per source file (zusgVersion.cpp, zusgDump.cpp, ...).
+int runVersion(const std::vector<std::string>& arguments);
+int runDump(const std::vector<std::string>& arguments);
+
+} // namespace zusg
