@@ -10,6 +10,8 @@
 #include <zuSceneGraph/states/zuCamera.h>
 #include <zuSceneGraph/states/zuLight.h>
 #include <zuSceneGraph/objects/zuTSharedArray.h>
+#include <zuSceneGraph/resources/zuIndexBuffer.h>
+#include <zuSceneGraph/resources/zuVertexBuffer.h>
 #include <zuSceneGraph/stream/zuCoreSettings.h>
 
 #include <zuSystem/LibInitCounter.h>
@@ -77,6 +79,8 @@ const FactoryRegistration factoryRegistrations[] = {
     {zuPlane3fArray::RegisterFactory, zuPlane3fArray::UnRegisterFactory},
     {zuPlane3dArray::RegisterFactory, zuPlane3dArray::UnRegisterFactory},
     {zuCoreSettings::RegisterFactory, zuCoreSettings::UnRegisterFactory},
+    {zuVertexBuffer::RegisterFactory, zuVertexBuffer::UnRegisterFactory},
+    {zuIndexBuffer::RegisterFactory, zuIndexBuffer::UnRegisterFactory},
 };
 
 } // namespace
@@ -89,12 +93,16 @@ void initializeZuSceneGraph()
     zuRttiInterface::CreateFactoryMap();
     for (const FactoryRegistration& entry : factoryRegistrations)
         entry.registerFactory();
+    zuVertexBuffer::RegisterRequests();
+    zuIndexBuffer::RegisterRequests();
 }
 
 void terminateZuSceneGraph()
 {
     if (!LibInitCounter::terminate("scenegraph"))
         return;
+    zuIndexBuffer::UnRegisterRequests();
+    zuVertexBuffer::UnRegisterRequests();
     for (auto entry = std::rbegin(factoryRegistrations); entry != std::rend(factoryRegistrations); ++entry)
         entry->unregisterFactory();
     zuRttiInterface::DestroyFactoryMap();
