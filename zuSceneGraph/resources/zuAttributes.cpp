@@ -7,16 +7,6 @@
 
 namespace zu {
 
-namespace {
-
-const std::vector<int>& noUnits()
-{
-    static const std::vector<int> empty;
-    return empty;
-}
-
-} // namespace
-
 zuAttributes::zuAttributes() = default;
 
 zuAttributes::Slot* zuAttributes::slot(Group group)
@@ -34,35 +24,12 @@ zuAttributes::Slot* zuAttributes::slot(Group group)
     }
 }
 
-zuAttributes::Units* zuAttributes::units(Group group)
+size_t zuAttributes::firstUnit(int familyIndex) const
 {
-    switch (group) {
-    case COLOR: return &mColor;
-    case TCOORD: return &mTCoord;
-    case USER_BYTE:
-    case USER_UBYTE:
-    case USER_SHORT:
-    case USER_USHORT:
-    case USER_INT:
-    case USER_UINT: return &mUser[group - USER_BYTE];
-    default: return nullptr;
-    }
-}
-
-bool zuAttributes::IsUnitFamily(Group group)
-{
-    return group == COLOR || group == TCOORD || (group >= USER_BYTE && group <= USER_UINT);
-}
-
-int zuAttributes::ComponentSize(Group group)
-{
-    switch (group) {
-    case USER_BYTE:
-    case USER_UBYTE: return 1;
-    case USER_SHORT:
-    case USER_USHORT: return 2;
-    default: return 4;
-    }
+    size_t first = 0;
+    for (int f = 0; f < familyIndex; ++f)
+        first += static_cast<size_t>(mUnitCount[f]);
+    return first;
 }
 
 void zuAttributes::UpdateOffsets()
@@ -71,30 +38,32 @@ void zuAttributes::UpdateOffsets()
     // the largest int instead of wrapping, and a group that would start beyond it stays
     // without an offset.
     int64_t stride = 0;
-    auto place = [&stride](Group group, int& offset, int channels) {
-        offset = -1;
-        if (channels <= 0 || stride > std::numeric_limits<int>::max())
+    auto place = [&stride](Slot& group, int componentSize) {
+        group.offset = -1;
+        if (group.channels <= 0 || stride > std::numeric_limits<int>::max())
             return;
-        offset = static_cast<int>(stride);
-        stride += static_cast<int64_t>(channels) * ComponentSize(group);
+        group.offset = static_cast<int>(stride);
+        stride += static_cast<int64_t>(group.channels) * componentSize;
     };
-    auto placeUnits = [&place](Group group, Units& family) {
-        family.offsets.assign(family.channels.size(), -1);
-        for (size_t unit = 0; unit < family.channels.size(); ++unit)
-            place(group, family.offsets[unit], family.channels[unit]);
+    // The families are placed in the order mUnits holds them, so one cursor walks it.
+    Slot* unit = mUnits.data();
+    auto placeUnits = [this, &place, &unit](Group group) {
+        const int componentSize = ComponentSize(group);
+        for (int u = 0; u < mUnitCount[family(group)]; ++u)
+            place(*unit++, componentSize);
     };
-    place(POSITION, mPosition.offset, mPosition.channels);
-    place(BLEND_WEIGHT, mBlendWeight.offset, mBlendWeight.channels);
-    place(NORMAL, mNormal.offset, mNormal.channels);
-    placeUnits(COLOR, mColor);
-    place(FOG, mFog.offset, mFog.channels);
-    place(PSIZE, mPSize.offset, mPSize.channels);
-    place(BLEND_INDICES, mBlendIndices.offset, mBlendIndices.channels);
-    placeUnits(TCOORD, mTCoord);
-    place(TANGENT, mTangent.offset, mTangent.channels);
-    place(BITANGENT, mBitangent.offset, mBitangent.channels);
-    for (int family = USER_BYTE; family <= USER_UINT; ++family)
-        placeUnits(static_cast<Group>(family), mUser[family - USER_BYTE]);
+    place(mPosition, 4);
+    place(mBlendWeight, 4);
+    place(mNormal, 4);
+    placeUnits(COLOR);
+    place(mFog, 4);
+    place(mPSize, 4);
+    place(mBlendIndices, 4);
+    placeUnits(TCOORD);
+    place(mTangent, 4);
+    place(mBitangent, 4);
+    for (int group = USER_BYTE; group <= USER_UINT; ++group)
+        placeUnits(static_cast<Group>(group));
     mStride = static_cast<int>(std::min<int64_t>(stride, std::numeric_limits<int>::max()));
 }
 
@@ -102,56 +71,86 @@ int zuAttributes::GetChannels(Group group, int unit) const
 {
     if (const Slot* single = slot(group))
         return single->channels;
-    const Units* family = units(group);
-    if (!family || unit < 0 || static_cast<size_t>(unit) >= family->channels.size())
+    const int f = family(group);
+    if (f < 0 || unit < 0 || unit >= mUnitCount[f])
         return 0;
-    return family->channels[static_cast<size_t>(unit)];
+    return mUnits[firstUnit(f) + static_cast<size_t>(unit)].channels;
 }
 
 unsigned int zuAttributes::GetOffsetByte(Group group, int unit) const
 {
     if (const Slot* single = slot(group))
         return static_cast<unsigned int>(single->offset);
-    const Units* family = units(group);
-    if (!family || unit < 0 || static_cast<size_t>(unit) >= family->offsets.size())
+    const int f = family(group);
+    if (f < 0 || unit < 0 || unit >= mUnitCount[f])
         return static_cast<unsigned int>(-1);
-    return static_cast<unsigned int>(family->offsets[static_cast<size_t>(unit)]);
+    return static_cast<unsigned int>(mUnits[firstUnit(f) + static_cast<size_t>(unit)].offset);
 }
 
 int zuAttributes::GetUnitCount(Group group) const
 {
-    const Units* family = units(group);
-    return family ? static_cast<int>(family->channels.size()) : (slot(group) ? 1 : 0);
+    const int f = family(group);
+    return f >= 0 ? mUnitCount[f] : (slot(group) ? 1 : 0);
 }
 
-const std::vector<int>& zuAttributes::GetUnitChannels(Group group) const
+std::vector<int> zuAttributes::GetUnitChannels(Group group) const
 {
-    const Units* family = units(group);
-    return family ? family->channels : noUnits();
+    std::vector<int> channels;
+    const int f = family(group);
+    if (f < 0)
+        return channels;
+    const size_t first = firstUnit(f);
+    for (int u = 0; u < mUnitCount[f]; ++u)
+        channels.push_back(mUnits[first + static_cast<size_t>(u)].channels);
+    return channels;
+}
+
+void zuAttributes::setChannelsOnly(Group group, int unit, int channels)
+{
+    if (Slot* single = slot(group)) {
+        single->channels = channels;
+        return;
+    }
+    const int f = family(group);
+    if (f < 0 || unit < 0)
+        return;
+    const size_t first = firstUnit(f);
+    if (unit >= mUnitCount[f]) {
+        const int added = unit + 1 - mUnitCount[f];
+        mUnits.insert(mUnits.begin() + static_cast<ptrdiff_t>(first + static_cast<size_t>(mUnitCount[f])),
+                      static_cast<size_t>(added), Slot());
+        mUnitCount[f] = unit + 1;
+    }
+    mUnits[first + static_cast<size_t>(unit)].channels = channels;
+}
+
+void zuAttributes::setUnitChannelsOnly(Group group, const std::vector<int>& channels)
+{
+    const int f = family(group);
+    if (f < 0)
+        return;
+    const auto first = mUnits.begin() + static_cast<ptrdiff_t>(firstUnit(f));
+    mUnits.erase(first, first + mUnitCount[f]);
+    std::vector<Slot> units(channels.size());
+    for (size_t u = 0; u < channels.size(); ++u)
+        units[u].channels = channels[u];
+    mUnits.insert(mUnits.begin() + static_cast<ptrdiff_t>(firstUnit(f)), units.begin(), units.end());
+    mUnitCount[f] = static_cast<int>(channels.size());
 }
 
 void zuAttributes::SetChannels(Group group, int unit, int channels)
 {
-    if (Slot* single = slot(group)) {
-        single->channels = channels;
-    } else if (Units* family = units(group)) {
-        if (unit < 0)
-            return;
-        if (static_cast<size_t>(unit) >= family->channels.size())
-            family->channels.resize(static_cast<size_t>(unit) + 1, 0);
-        family->channels[static_cast<size_t>(unit)] = channels;
-    } else {
+    if (!slot(group) && (family(group) < 0 || unit < 0))
         return;
-    }
+    setChannelsOnly(group, unit, channels);
     UpdateOffsets();
 }
 
 void zuAttributes::SetUnitChannels(Group group, const std::vector<int>& channels)
 {
-    Units* family = units(group);
-    if (!family)
+    if (family(group) < 0)
         return;
-    family->channels = channels;
+    setUnitChannelsOnly(group, channels);
     UpdateOffsets();
 }
 
@@ -167,9 +166,11 @@ bool zuAttributes::Matches(const zuAttributes& other, bool position, bool blendW
         const Group group = static_cast<Group>(g);
         if (!flags[g])
             continue;
-        if (IsUnitFamily(group) ? GetUnitChannels(group) != other.GetUnitChannels(group)
-                                : GetChannels(group) != other.GetChannels(group))
+        if (GetUnitCount(group) != other.GetUnitCount(group))
             return false;
+        for (int unit = 0; unit < GetUnitCount(group); ++unit)
+            if (GetChannels(group, unit) != other.GetChannels(group, unit))
+                return false;
     }
     return true;
 }
@@ -178,22 +179,33 @@ bool zuAttributes::operator==(const zuAttributes& other) const
 {
     auto sameOffsets = [](const Slot& a, const Slot& b) { return a.offset == b.offset; };
     auto sameChannels = [](const Slot& a, const Slot& b) { return a.channels == b.channels; };
+    // The units of a family compared by offset or by channels.
+    auto sameUnits = [this, &other](Group group, bool offsets) {
+        const int f = family(group);
+        if (mUnitCount[f] != other.mUnitCount[f])
+            return false;
+        const Slot* a = mUnits.data() + firstUnit(f);
+        const Slot* b = other.mUnits.data() + other.firstUnit(f);
+        for (int u = 0; u < mUnitCount[f]; ++u)
+            if (offsets ? a[u].offset != b[u].offset : a[u].channels != b[u].channels)
+                return false;
+        return true;
+    };
     return mStride == other.mStride
         && sameOffsets(mPosition, other.mPosition) && sameOffsets(mBlendWeight, other.mBlendWeight)
         && sameOffsets(mNormal, other.mNormal)
         && sameOffsets(mFog, other.mFog) && sameOffsets(mPSize, other.mPSize)
         && sameOffsets(mBlendIndices, other.mBlendIndices)
         && sameOffsets(mTangent, other.mTangent) && sameOffsets(mBitangent, other.mBitangent)
-        && mColor.offsets == other.mColor.offsets
-        && mTCoord.offsets == other.mTCoord.offsets
+        && sameUnits(COLOR, true) && sameUnits(TCOORD, true)
         && sameChannels(mPosition, other.mPosition) && sameChannels(mBlendWeight, other.mBlendWeight)
         && sameChannels(mNormal, other.mNormal)
-        && mColor.channels == other.mColor.channels
+        && sameUnits(COLOR, false)
         && sameChannels(mFog, other.mFog) && sameChannels(mPSize, other.mPSize)
         && sameChannels(mBlendIndices, other.mBlendIndices)
-        && mTCoord.channels == other.mTCoord.channels
+        && sameUnits(TCOORD, false)
         && sameChannels(mTangent, other.mTangent) && sameChannels(mBitangent, other.mBitangent)
-        && mUser[0].channels == other.mUser[0].channels;
+        && sameUnits(USER_BYTE, false);
 }
 
 void zuAttributes::swapAttributes(zuAttributes& other)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <vector>
 
 namespace zu {
@@ -58,7 +59,7 @@ public:
     // The number of units of a unit family; 1 for a single group.
     int GetUnitCount(Group group) const;
     // The channel count of every unit of a unit family (empty for a single group).
-    const std::vector<int>& GetUnitChannels(Group group) const;
+    std::vector<int> GetUnitChannels(Group group) const;
     // Sets a group's count. For a unit family the units grow to `unit + 1` when needed (new
     // units get 0 channels); a negative unit changes nothing.
     void SetChannels(Group group, int unit, int channels);
@@ -66,16 +67,21 @@ public:
     // one in order (a stream load uses it, so that many units cost one UpdateOffsets).
     void SetUnitChannels(Group group, const std::vector<int>& channels);
 
-    static bool IsUnitFamily(Group group);
+    static bool IsUnitFamily(Group group) { return family(group) >= 0; }
     // Bytes per component: 4 for the float groups, 1, 1, 2, 2, 4, 4 for the user families.
-    static int ComponentSize(Group group);
+    static constexpr int ComponentSize(Group group)
+    {
+        if (group == USER_BYTE || group == USER_UBYTE)
+            return 1;
+        return group == USER_SHORT || group == USER_USHORT ? 2 : 4;
+    }
 
     // The named forms of the single groups: Set<Group>Channels(int), Get<Group>Channels(),
     // Get<Group>OffsetByte(), Has<Group>().
-#define ZU_ATTRIBUTES_GROUP(Name, GROUP)                                                   \
-    void Set##Name##Channels(int channels) { SetChannels(GROUP, 0, channels); }            \
-    int Get##Name##Channels() const { return GetChannels(GROUP); }                         \
-    unsigned int Get##Name##OffsetByte() const { return GetOffsetByte(GROUP); }            \
+#define ZU_ATTRIBUTES_GROUP(Name, GROUP)                                                        \
+    void Set##Name##Channels(int channels) { SetChannels(GROUP, 0, channels); }                 \
+    int Get##Name##Channels() const { return GetChannels(GROUP); }                              \
+    unsigned int Get##Name##OffsetByte() const { return GetOffsetByte(GROUP); }                 \
     bool Has##Name() const { return Has(GROUP); }
     ZU_ATTRIBUTES_GROUP(Position, POSITION)
     ZU_ATTRIBUTES_GROUP(BlendWeight, BLEND_WEIGHT)
@@ -90,11 +96,11 @@ public:
     // The named forms of the unit families: Set<Family>Channels(unit, channels),
     // Get<Family>Channels(unit), Get<Family>OffsetByte(unit), Has<Family>(unit) and
     // Get<Family>UnitCount().
-#define ZU_ATTRIBUTES_UNITS(Name, GROUP)                                                    \
-    void Set##Name##Channels(int unit, int channels) { SetChannels(GROUP, unit, channels); } \
-    int Get##Name##Channels(int unit) const { return GetChannels(GROUP, unit); }            \
-    unsigned int Get##Name##OffsetByte(int unit) const { return GetOffsetByte(GROUP, unit); } \
-    bool Has##Name(int unit) const { return Has(GROUP, unit); }                             \
+#define ZU_ATTRIBUTES_UNITS(Name, GROUP)                                                        \
+    void Set##Name##Channels(int unit, int channels) { SetChannels(GROUP, unit, channels); }    \
+    int Get##Name##Channels(int unit) const { return GetChannels(GROUP, unit); }                \
+    unsigned int Get##Name##OffsetByte(int unit) const { return GetOffsetByte(GROUP, unit); }   \
+    bool Has##Name(int unit) const { return Has(GROUP, unit); }                                 \
     int Get##Name##UnitCount() const { return GetUnitCount(GROUP); }
     ZU_ATTRIBUTES_UNITS(Color, COLOR)
     ZU_ATTRIBUTES_UNITS(TCoord, TCOORD)
@@ -124,34 +130,47 @@ public:
     void swapAttributes(zuAttributes& other);
 
 private:
-    // A single group.
+    friend class zuVertexBuffer;
+
+    // A single group, or one unit of a family.
     struct Slot {
         int offset = -1;
         int channels = 0;
     };
-    // A unit family: one offset and one channel count per unit.
-    struct Units {
-        std::vector<int> offsets;
-        std::vector<int> channels;
-    };
+    static constexpr int FAMILY_COUNT = 8;  // COLOR, TCOORD, USER_BYTE ... USER_UINT
 
     Slot* slot(Group group);
     const Slot* slot(Group group) const { return const_cast<zuAttributes*>(this)->slot(group); }
-    Units* units(Group group);
-    const Units* units(Group group) const { return const_cast<zuAttributes*>(this)->units(group); }
+    // The index of a unit family in mUnitCount (-1 for a single group) and the position of
+    // its first unit in mUnits.
+    static constexpr int family(Group group)
+    {
+        if (group == COLOR)
+            return 0;
+        if (group == TCOORD)
+            return 1;
+        return group >= USER_BYTE && group <= USER_UINT ? 2 + (group - USER_BYTE) : -1;
+    }
+    size_t firstUnit(int familyIndex) const;
+    // The count setters without the offset pass, for a stream load that sets every count
+    // and then runs UpdateOffsets once.
+    void setChannelsOnly(Group group, int unit, int channels);
+    void setUnitChannelsOnly(Group group, const std::vector<int>& channels);
 
     int mStride = 0;
     Slot mPosition;
     Slot mBlendWeight;
     Slot mNormal;
-    Units mColor;
     Slot mFog;
     Slot mPSize;
     Slot mBlendIndices;
-    Units mTCoord;
     Slot mTangent;
     Slot mBitangent;
-    Units mUser[6];  // UserByte, UserUByte, UserShort, UserUShort, UserInt, UserUInt
+    // The units of every family, family after family in layout order (colour, texture
+    // coordinates, the six user families): one small vector rather than one per family,
+    // because most layouts have a unit or two and the buffers that hold them are many.
+    std::vector<Slot> mUnits;
+    int mUnitCount[FAMILY_COUNT] = {};
 };
 
 } // namespace zu

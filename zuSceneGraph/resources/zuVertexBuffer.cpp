@@ -68,47 +68,10 @@ void writeVector3(char* address, const Wm4::Vector3<float>& value)
 // The unit counts and channels of a family, as the record holds them.
 void writeUnits(zuBaseStream& stream, const zuAttributes& layout, Group family)
 {
-    const std::vector<int>& channels = layout.GetUnitChannels(family);
-    stream.Write(static_cast<int>(channels.size()));
-    stream.Write(static_cast<int>(channels.size()), channels.data());
-}
-
-bool readChannels(zuBaseStream& stream, int& channels)
-{
-    stream.Read(channels);
-    if (channels < 0) {
-        stream.setCorrupt("a negative channel count");
-        return false;
-    }
-    return !stream.isStreamError();
-}
-
-bool readGroup(zuBaseStream& stream, zuAttributes& layout, Group group)
-{
-    int channels = 0;
-    if (!readChannels(stream, channels))
-        return false;
-    layout.SetChannels(group, 0, channels);
-    return true;
-}
-
-bool readUnits(zuBaseStream& stream, zuAttributes& layout, Group family)
-{
-    int count = 0;
-    stream.Read(count);
-    if (!stream.CheckCount(count, 4))
-        return false;
-    std::vector<int> channels(static_cast<size_t>(count));
-    stream.Read(count, channels.data());
-    for (int value : channels) {
-        if (value < 0) {
-            stream.setCorrupt("a negative channel count");
-            return false;
-        }
-    }
-    // All units at once: one offset pass however many units the record holds.
-    layout.SetUnitChannels(family, channels);
-    return !stream.isStreamError();
+    const int count = layout.GetUnitCount(family);
+    stream.Write(count);
+    for (int unit = 0; unit < count; ++unit)
+        stream.Write(layout.GetChannels(family, unit));
 }
 
 // Direction vectors become unit length; one that cannot becomes zero.
@@ -562,23 +525,50 @@ void zuVertexBuffer::Load(zuBaseStream& stream, zuLink* link)
         stream.Skip(static_cast<uint64_t>(mDataSize));
     }
 
+    // The counts are set without the offset pass, which runs once at the end.
     zuAttributes layout;
-    bool valid = readGroup(stream, layout, zuAttributes::POSITION);
+    auto readGroup = [&stream, &layout](Group group) {
+        int channels = 0;
+        stream.Read(channels);
+        if (channels < 0) {
+            stream.setCorrupt("a negative channel count");
+            return false;
+        }
+        layout.setChannelsOnly(group, 0, channels);
+        return !stream.isStreamError();
+    };
+    auto readUnits = [&stream, &layout](Group family) {
+        int count = 0;
+        stream.Read(count);
+        // Most families have no unit: nothing to check or allocate.
+        if (count == 0)
+            return !stream.isStreamError();
+        if (!stream.CheckCount(count, 4))
+            return false;
+        std::vector<int> channels(static_cast<size_t>(count));
+        stream.Read(count, channels.data());
+        if (std::any_of(channels.begin(), channels.end(), [](int value) { return value < 0; })) {
+            stream.setCorrupt("a negative channel count");
+            return false;
+        }
+        layout.setUnitChannelsOnly(family, channels);
+        return !stream.isStreamError();
+    };
+    bool valid = readGroup(zuAttributes::POSITION);
     if (version <= zuStreamVersion(4, 3)) {
-        valid = valid && readGroup(stream, layout, zuAttributes::NORMAL)
-            && readUnits(stream, layout, zuAttributes::COLOR) && readUnits(stream, layout, zuAttributes::TCOORD);
+        valid = valid && readGroup(zuAttributes::NORMAL) && readUnits(zuAttributes::COLOR)
+            && readUnits(zuAttributes::TCOORD);
     } else {
-        valid = valid && readGroup(stream, layout, zuAttributes::BLEND_WEIGHT)
-            && readGroup(stream, layout, zuAttributes::NORMAL) && readUnits(stream, layout, zuAttributes::COLOR)
-            && readGroup(stream, layout, zuAttributes::FOG) && readGroup(stream, layout, zuAttributes::PSIZE)
-            && readGroup(stream, layout, zuAttributes::BLEND_INDICES)
-            && readUnits(stream, layout, zuAttributes::TCOORD) && readGroup(stream, layout, zuAttributes::TANGENT)
-            && readGroup(stream, layout, zuAttributes::BITANGENT);
+        valid = valid && readGroup(zuAttributes::BLEND_WEIGHT) && readGroup(zuAttributes::NORMAL)
+            && readUnits(zuAttributes::COLOR) && readGroup(zuAttributes::FOG) && readGroup(zuAttributes::PSIZE)
+            && readGroup(zuAttributes::BLEND_INDICES) && readUnits(zuAttributes::TCOORD)
+            && readGroup(zuAttributes::TANGENT) && readGroup(zuAttributes::BITANGENT);
         if (version >= zuStreamVersion(5, 2)) {
             for (int family = zuAttributes::USER_BYTE; valid && family <= zuAttributes::USER_UINT; ++family)
-                valid = readUnits(stream, layout, static_cast<Group>(family));
+                valid = readUnits(static_cast<Group>(family));
         }
     }
+    layout.UpdateOffsets();
     // The stored vertex size is kept as read; a layout wider than it would address bytes
     // beyond each vertex, and beyond the block at the last one.
     if (valid && layout.GetStride() > mVertexSize) {

@@ -39,6 +39,7 @@ template <> struct zuVertexTuple<float, 3> {
 template <> struct zuVertexTuple<float, 4> {
     using Type = Wm4::Vector4<float>;
 };
+template <class T, int N> using zuVertexTupleType = typename zuVertexTuple<T, N>::Type;
 
 // The vertices of one geometry as a single interleaved byte block, laid out by a
 // zuAttributes value: vertex i, group g starts at byte i × vertexSize + offset(g).
@@ -93,11 +94,11 @@ public:
 
     // The address of a group of vertex i (unit `unit` of a family), or null when the group
     // (unit) is absent, i is outside [0, vertexQuantity) or the buffer is not resident.
-#define ZU_VERTEX_TUPLE(Name, GROUP)                                                       \
-    float* Name##Tuple(int i) { return tuple(zuAttributes::GROUP, 0, i); }                 \
+#define ZU_VERTEX_TUPLE(Name, GROUP)                                                            \
+    float* Name##Tuple(int i) { return tuple(zuAttributes::GROUP, 0, i); }                      \
     const float* Name##Tuple(int i) const { return tuple(zuAttributes::GROUP, 0, i); }
-#define ZU_VERTEX_UNIT_TUPLE(Name, GROUP)                                                  \
-    float* Name##Tuple(int unit, int i) { return tuple(zuAttributes::GROUP, unit, i); }    \
+#define ZU_VERTEX_UNIT_TUPLE(Name, GROUP)                                                       \
+    float* Name##Tuple(int unit, int i) { return tuple(zuAttributes::GROUP, unit, i); }         \
     const float* Name##Tuple(int unit, int i) const { return tuple(zuAttributes::GROUP, unit, i); }
     ZU_VERTEX_TUPLE(Position, POSITION)
     ZU_VERTEX_TUPLE(BlendWeight, BLEND_WEIGHT)
@@ -117,33 +118,33 @@ public:
     // N components: a float, a Wm4 vector of 2 to 4 floats, or an integer / array of
     // integers for the user families. With a stride that is not a multiple of 4 the
     // references may be unaligned (which x86-64 allows).
-#define ZU_VERTEX_ACCESS(Name, N, T, GROUP)                                                               \
-    typename zuVertexTuple<T, N>::Type& Name##N(int i)                                                     \
-    {                                                                                                       \
-        return component<typename zuVertexTuple<T, N>::Type>(mAttributes.GetOffsetByte(zuAttributes::GROUP), i); \
-    }                                                                                                       \
-    typename zuVertexTuple<T, N>::Type Name##N(int i) const                                                \
-    {                                                                                                       \
-        return componentValue<typename zuVertexTuple<T, N>::Type>(mAttributes.GetOffsetByte(zuAttributes::GROUP), i); \
+#define ZU_VERTEX_ACCESS(Name, N, T, GROUP)                                                     \
+    zuVertexTupleType<T, N>& Name##N(int i)                                                     \
+    {                                                                                           \
+        return component<zuVertexTupleType<T, N>>(zuAttributes::GROUP, 0, i);                   \
+    }                                                                                           \
+    zuVertexTupleType<T, N> Name##N(int i) const                                                \
+    {                                                                                           \
+        return componentValue<zuVertexTupleType<T, N>>(zuAttributes::GROUP, 0, i);              \
     }
-#define ZU_VERTEX_UNIT_ACCESS(Name, N, T, GROUP)                                                          \
-    typename zuVertexTuple<T, N>::Type& Name##N(int unit, int i)                                           \
-    {                                                                                                       \
-        return component<typename zuVertexTuple<T, N>::Type>(mAttributes.GetOffsetByte(zuAttributes::GROUP, unit), i); \
-    }                                                                                                       \
-    typename zuVertexTuple<T, N>::Type Name##N(int unit, int i) const                                      \
-    {                                                                                                       \
-        return componentValue<typename zuVertexTuple<T, N>::Type>(mAttributes.GetOffsetByte(zuAttributes::GROUP, unit), i); \
+#define ZU_VERTEX_UNIT_ACCESS(Name, N, T, GROUP)                                                \
+    zuVertexTupleType<T, N>& Name##N(int unit, int i)                                           \
+    {                                                                                           \
+        return component<zuVertexTupleType<T, N>>(zuAttributes::GROUP, unit, i);                \
+    }                                                                                           \
+    zuVertexTupleType<T, N> Name##N(int unit, int i) const                                      \
+    {                                                                                           \
+        return componentValue<zuVertexTupleType<T, N>>(zuAttributes::GROUP, unit, i);           \
     }
-#define ZU_VERTEX_FAMILY(Name, GROUP)                                                      \
-    ZU_VERTEX_ACCESS(Name, 1, float, GROUP)                                                \
-    ZU_VERTEX_ACCESS(Name, 2, float, GROUP)                                                \
-    ZU_VERTEX_ACCESS(Name, 3, float, GROUP)                                                \
+#define ZU_VERTEX_FAMILY(Name, GROUP)                                                           \
+    ZU_VERTEX_ACCESS(Name, 1, float, GROUP)                                                     \
+    ZU_VERTEX_ACCESS(Name, 2, float, GROUP)                                                     \
+    ZU_VERTEX_ACCESS(Name, 3, float, GROUP)                                                     \
     ZU_VERTEX_ACCESS(Name, 4, float, GROUP)
-#define ZU_VERTEX_UNIT_FAMILY(Name, T, GROUP)                                              \
-    ZU_VERTEX_UNIT_ACCESS(Name, 1, T, GROUP)                                               \
-    ZU_VERTEX_UNIT_ACCESS(Name, 2, T, GROUP)                                               \
-    ZU_VERTEX_UNIT_ACCESS(Name, 3, T, GROUP)                                               \
+#define ZU_VERTEX_UNIT_FAMILY(Name, T, GROUP)                                                   \
+    ZU_VERTEX_UNIT_ACCESS(Name, 1, T, GROUP)                                                    \
+    ZU_VERTEX_UNIT_ACCESS(Name, 2, T, GROUP)                                                    \
+    ZU_VERTEX_UNIT_ACCESS(Name, 3, T, GROUP)                                                    \
     ZU_VERTEX_UNIT_ACCESS(Name, 4, T, GROUP)
     ZU_VERTEX_FAMILY(Position, POSITION)
     ZU_VERTEX_FAMILY(BlendWeight, BLEND_WEIGHT)
@@ -258,14 +259,14 @@ private:
     friend class zuVertexBufferHandler;
 
     float* tuple(zuAttributes::Group group, int unit, int i) const;
-    template <class T> T& component(unsigned int offset, int i)
+    template <class T> T& component(zuAttributes::Group group, int unit, int i)
     {
-        return *reinterpret_cast<T*>(vertexAddress(offset, i));
+        return *reinterpret_cast<T*>(vertexAddress(mAttributes.GetOffsetByte(group, unit), i));
     }
-    template <class T> T componentValue(unsigned int offset, int i) const
+    template <class T> T componentValue(zuAttributes::Group group, int unit, int i) const
     {
         T value;
-        std::memcpy(static_cast<void*>(&value), vertexAddress(offset, i), sizeof(T));
+        std::memcpy(static_cast<void*>(&value), vertexAddress(mAttributes.GetOffsetByte(group, unit), i), sizeof(T));
         return value;
     }
     char* vertexAddress(unsigned int offset, int i) const
