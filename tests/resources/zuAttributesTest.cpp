@@ -200,21 +200,5 @@ TEST(zuAttributes, EqualityIgnoresTheUserFamiliesAfterUserByte)
     EXPECT_FALSE(f == g);
 }
 
-TEST(zuAttributes, CopiesAndSwapsAreMemberWise)
-{
-    zuAttributes a;
-    a.SetPositionChannels(3);
-    a.SetTCoordChannels(1, 2);
-    zuAttributes b;
-    b.SetNormalChannels(4);
-    const zuAttributes aCopy = a;
-    const zuAttributes bCopy(b);
-    a.swapAttributes(b);
-    EXPECT_TRUE(a == bCopy);
-    EXPECT_TRUE(b == aCopy);
-    EXPECT_EQ(b.GetTCoordOffsetByte(1), 12u);
-    EXPECT_EQ(a.GetNormalOffsetByte(), 0u);
-}
-
 } // namespace
 } // namespace zu
