@@ -20,6 +20,8 @@
 #include <zuSceneGraph/scenegraph/zuNode.h>
 #include <zuSceneGraph/scenegraph/zuXRefNode.h>
 #include <zuSceneGraph/scenegraph/zuSemanticMetadata.h>
+#include <zuSceneGraph/resources/zuIndexBuffer.h>
+#include <zuSceneGraph/resources/zuVertexBuffer.h>
 #include <zuSceneGraph/stream/zuCoreSettings.h>
 
 #include <zuSystem/LibInitCounter.h>
@@ -97,6 +99,8 @@ const FactoryRegistration factoryRegistrations[] = {
     {zuBillboardNode::RegisterFactory, zuBillboardNode::UnRegisterFactory},
     {zuXRefNode::RegisterFactory, zuXRefNode::UnRegisterFactory},
     {zuDummy::RegisterFactory, zuDummy::UnRegisterFactory},
+    {zuVertexBuffer::RegisterFactory, zuVertexBuffer::UnRegisterFactory},
+    {zuIndexBuffer::RegisterFactory, zuIndexBuffer::UnRegisterFactory},
 };
 
 } // namespace
@@ -109,12 +113,16 @@ void initializeZuSceneGraph()
     zuRttiInterface::CreateFactoryMap();
     for (const FactoryRegistration& entry : factoryRegistrations)
         entry.registerFactory();
+    zuVertexBuffer::RegisterRequests();
+    zuIndexBuffer::RegisterRequests();
 }
 
 void terminateZuSceneGraph()
 {
     if (!LibInitCounter::terminate("scenegraph"))
         return;
+    zuIndexBuffer::UnRegisterRequests();
+    zuVertexBuffer::UnRegisterRequests();
     for (auto entry = std::rbegin(factoryRegistrations); entry != std::rend(factoryRegistrations); ++entry)
         entry->unregisterFactory();
     zuRttiInterface::DestroyFactoryMap();

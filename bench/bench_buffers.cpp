@@ -1,0 +1,235 @@
+// Loading a stream file of many vertex buffers with their blocks read (resident) and with
+// their blocks left on disk (the load policies of vertex and index buffers set to false).
+//
+// Workload: 100,000 vertex buffers, all top-level objects of one file (no root object), each
+// holding 1 KB of positions (64 vertices of 4 position floats; the values differ from buffer
+// to buffer). The file (about 104 MB) is written once to the temporary directory and stays
+// in the page cache, so the figures measure the stream, the allocations and the copies, not
+// the disk.
+//
+// Each load runs in a child process forked from this small one, so that the peak resident
+// memory of one case does not mix with another's: the child loads the file, keeps the
+// objects, reads its own VmHWM and VmRSS from /proc/self/status and reports them with the
+// load time through a pipe. The peak reported is the child's VmHWM minus its VmRSS before
+// the load (what the load itself added at its peak).
+//
+// Targets: the lazy load at least 5 times faster than the full load, and under a third of
+// its peak memory. BM_LazyAgainstFullLoad reports both ratios from alternating runs.
+
+#include <zuSceneGraph/objects/zuPointer.h>
+#include <zuSceneGraph/resources/zuDynamicLoadingResource.h>
+#include <zuSceneGraph/resources/zuIndexBuffer.h>
+#include <zuSceneGraph/resources/zuVertexBuffer.h>
+#include <zuSceneGraph/stream/zuFileStream.h>
+#include <zuSceneGraph/zuSceneGraph.h>
+#include <zuSystem/zuFileIoDevice.h>
+
+#include <benchmark/benchmark.h>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace zu;
+
+constexpr int BUFFER_COUNT = 100000;
+constexpr int VERTICES = 64;       // × 16 bytes = 1 KB per buffer
+constexpr int RUNS = 5;
+
+// What a child reports.
+struct LoadResult {
+    double seconds = 0.0;
+    long rssBeforeKB = 0;
+    long peakKB = 0;
+    int objects = 0;
+    int resident = 0;
+    bool ok = false;
+};
+
+long statusKB(const char* field)
+{
+    std::ifstream status("/proc/self/status");
+    std::string line;
+    const size_t length = std::strlen(field);
+    while (std::getline(status, line))
+        if (line.compare(0, length, field) == 0)
+            return std::atol(line.c_str() + length);
+    return -1;
+}
+
+class Workload {
+public:
+    static Workload& instance()
+    {
+        static Workload workload;
+        return workload;
+    }
+    const std::string& file() const { return mFile; }
+
+private:
+    // The file is written by a child too, so that this process never holds the buffers
+    // and every measuring child starts small.
+    Workload()
+    {
+        mFile = (std::filesystem::temp_directory_path()
+                 / ("bench_buffers-" + std::to_string(::getpid()) + ".mvk")).string();
+        const pid_t child = ::fork();
+        if (child == 0)
+            ::_exit(writeFile() ? 0 : 1);
+        int status = 0;
+        ::waitpid(child, &status, 0);
+        if (child < 0 || !WIFEXITED(status) || WEXITSTATUS(status) != 0) {
+            std::fprintf(stderr, "bench_buffers: cannot write %s\n", mFile.c_str());
+            std::exit(1);
+        }
+    }
+    ~Workload() { std::filesystem::remove(mFile); }
+
+    bool writeFile() const
+    {
+        initializeZuSceneGraph();
+        zuAttributes layout;
+        layout.SetPositionChannels(4);
+        zuFileStream stream;
+        stream.SetVersion(zuStreamVersion(6, 32));
+        uint32_t state = 12345;
+        for (int i = 0; i < BUFFER_COUNT; ++i) {
+            zuPointer<zuVertexBuffer> buffer = new zuVertexBuffer(layout, VERTICES);
+            for (int k = 0; k < VERTICES * 4; ++k) {
+                state = state * 1664525u + 1013904223u;
+                const float value = static_cast<float>(state >> 8) * (1.0f / 65536.0f);
+                std::memcpy(buffer->GetData() + 4 * k, &value, 4);
+            }
+            stream.InsertTopLevel(buffer);
+        }
+        zuFileIoDevice device(mFile, zuFileIoDevice::WriteOnly);
+        const bool saved = stream.Save(device, mFile, false);
+        device.close();
+        return saved && !device.isError();
+    }
+
+    std::string mFile;
+};
+
+// Loads the file in a child process; `lazy` leaves the vertex and index blocks on disk.
+LoadResult loadInChild(bool lazy)
+{
+    const std::string& file = Workload::instance().file();
+    int pipeEnds[2];
+    if (::pipe(pipeEnds) != 0)
+        return {};
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::close(pipeEnds[0]);
+        LoadResult result;
+        initializeZuSceneGraph();
+        if (lazy) {
+            zuDynamicLoadingResource::SetLoadPolicy(zuVertexBuffer::TYPE, false);
+            zuDynamicLoadingResource::SetLoadPolicy(zuIndexBuffer::TYPE, false);
+        }
+        result.rssBeforeKB = statusKB("VmRSS:");
+        const auto start = std::chrono::steady_clock::now();
+        std::vector<zuPointer<zuRttiInterface>> objects;
+        {
+            zuFileStream stream;
+            zuFileIoDevice device(file, zuFileIoDevice::ReadOnly);
+            result.ok = stream.Load(device, file);
+            objects.reserve(static_cast<size_t>(stream.GetObjectCount()));
+            for (int i = 0; i < stream.GetObjectCount(); ++i)
+                objects.emplace_back(stream.GetObjectAt(i));
+        }
+        result.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        result.peakKB = statusKB("VmHWM:");
+        result.objects = static_cast<int>(objects.size());
+        for (const auto& object : objects)
+            if (object && object->IsExactly(zuVertexBuffer::TYPE)
+                && static_cast<const zuVertexBuffer*>(object.get())->isCPUResident())
+                ++result.resident;
+        const ssize_t written = ::write(pipeEnds[1], &result, sizeof(result));
+        ::_exit(written == static_cast<ssize_t>(sizeof(result)) ? 0 : 1);
+    }
+    ::close(pipeEnds[1]);
+    LoadResult result;
+    const ssize_t got = child > 0 ? ::read(pipeEnds[0], &result, sizeof(result)) : -1;
+    ::close(pipeEnds[0]);
+    int status = 0;
+    if (child > 0)
+        ::waitpid(child, &status, 0);
+    if (got != static_cast<ssize_t>(sizeof(result)))
+        result.ok = false;
+    return result;
+}
+
+double median(std::vector<double> values)
+{
+    std::sort(values.begin(), values.end());
+    return values.empty() ? 0.0 : values[values.size() / 2];
+}
+
+void report(benchmark::State& state, const std::vector<LoadResult>& results)
+{
+    std::vector<double> peaks;
+    for (const LoadResult& result : results)
+        peaks.push_back(static_cast<double>(result.peakKB - result.rssBeforeKB) / 1024.0);
+    state.counters["peak_MB"] = median(peaks);
+    state.counters["objects"] = results.empty() ? 0 : results.back().objects;
+    state.counters["resident"] = results.empty() ? 0 : results.back().resident;
+}
+
+void BM_LoadBuffers(benchmark::State& state, bool lazy)
+{
+    std::vector<LoadResult> results;
+    for (auto _ : state) {
+        const LoadResult result = loadInChild(lazy);
+        if (!result.ok || result.objects != BUFFER_COUNT) {
+            state.SkipWithError("the load failed");
+            return;
+        }
+        state.SetIterationTime(result.seconds);
+        results.push_back(result);
+    }
+    report(state, results);
+    state.SetItemsProcessed(state.iterations() * BUFFER_COUNT);
+}
+
+// Alternating full and lazy loads; the ratios of the medians.
+void BM_LazyAgainstFullLoad(benchmark::State& state)
+{
+    std::vector<double> fullTimes, lazyTimes, fullPeaks, lazyPeaks;
+    for (auto _ : state) {
+        const LoadResult full = loadInChild(false);
+        const LoadResult lazy = loadInChild(true);
+        if (!full.ok || !lazy.ok) {
+            state.SkipWithError("a load failed");
+            return;
+        }
+        fullTimes.push_back(full.seconds);
+        lazyTimes.push_back(lazy.seconds);
+        fullPeaks.push_back(static_cast<double>(full.peakKB - full.rssBeforeKB));
+        lazyPeaks.push_back(static_cast<double>(lazy.peakKB - lazy.rssBeforeKB));
+        state.SetIterationTime(full.seconds + lazy.seconds);
+    }
+    state.counters["full_ms"] = 1000.0 * median(fullTimes);
+    state.counters["lazy_ms"] = 1000.0 * median(lazyTimes);
+    state.counters["speedup"] = median(fullTimes) / median(lazyTimes);
+    state.counters["full_peak_MB"] = median(fullPeaks) / 1024.0;
+    state.counters["lazy_peak_MB"] = median(lazyPeaks) / 1024.0;
+    state.counters["memory_ratio"] = median(lazyPeaks) / median(fullPeaks);
+}
+
+BENCHMARK_CAPTURE(BM_LoadBuffers, resident, false)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(RUNS);
+BENCHMARK_CAPTURE(BM_LoadBuffers, on_disk, true)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(RUNS);
+BENCHMARK(BM_LazyAgainstFullLoad)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(RUNS);
+
+} // namespace

@@ -1,0 +1,345 @@
+// Vertex and index buffers left on disk by a stream load and brought back: synchronously,
+// through the resource controller's worker threads (finalised on this thread), after a
+// failed read, and the rule that a buffer without a file keeps its bytes. These tests also
+// run under ThreadSanitizer.
+
+#include "resources/zuResourceTestSupport.h"
+
+#include <zuSceneGraph/resources/zuDynamicResourceCPULoadRequest.h>
+#include <zuSceneGraph/resources/zuIndexBuffer.h>
+#include <zuSceneGraph/resources/zuRendererInterface.h>
+#include <zuSceneGraph/resources/zuResourceController.h>
+#include <zuSceneGraph/resources/zuVertexBuffer.h>
+
+#include <zuSystem/zuFileIoDevice.h>
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace zu::test {
+namespace {
+
+constexpr int PAIRS = 5000;  // vertex buffers, and as many index buffers
+
+// A small deterministic generator, so that every buffer differs.
+struct Numbers {
+    uint64_t state;
+    uint32_t next()
+    {
+        state = state * 6364136223846793005ull + 1442695040888963407ull;
+        return static_cast<uint32_t>(state >> 33);
+    }
+};
+
+// Positions, normals and one texture-coordinate unit (32 bytes a vertex), 4 to 12
+// vertices: 128 to 384 bytes.
+zuVertexBuffer* makeVertexBuffer(Numbers& numbers)
+{
+    zuAttributes layout;
+    layout.SetPositionChannels(3);
+    layout.SetNormalChannels(3);
+    layout.SetTCoordChannels(0, 2);
+    zuVertexBuffer* buffer = new zuVertexBuffer(layout, 4 + static_cast<int>(numbers.next() % 9));
+    for (int k = 0; k < buffer->GetDataSize() / 4; ++k) {
+        const float value = static_cast<float>(numbers.next() % 100000) / 7.0f;
+        std::memcpy(buffer->GetData() + 4 * k, &value, 4);
+    }
+    return buffer;
+}
+
+// 40 to 140 indices; every fourth buffer 16-bit, the others 32-bit with neighbour
+// differences that need 1, 2 or 4 bytes.
+zuIndexBuffer* makeIndexBuffer(Numbers& numbers, int i)
+{
+    const int count = 40 + static_cast<int>(numbers.next() % 101);
+    const bool is16 = i % 4 == 3;
+    zuIndexBuffer* buffer = new zuIndexBuffer(count, is16 ? zuIndexBuffer::INDEX_16 : zuIndexBuffer::INDEX_32);
+    const uint32_t spread = is16 ? 65536 : (i % 4 == 0 ? 100 : (i % 4 == 1 ? 20000 : 4000000));
+    uint32_t value = numbers.next() % spread;
+    for (int k = 0; k < count; ++k) {
+        buffer->SetIndex(k, is16 ? value % 65536 : value);
+        value += numbers.next() % spread;
+        value -= numbers.next() % spread;
+    }
+    return buffer;
+}
+
+// The top-level objects of a stream file, in order; empty when the load fails.
+std::vector<zuPointer<zuObject>> loadObjects(const std::string& path)
+{
+    std::vector<zuPointer<zuObject>> objects;
+    zuFileStream stream;
+    zuFileIoDevice device(path, zuFileIoDevice::ReadOnly);
+    if (!stream.Load(device, path))
+        return objects;
+    for (int i = 0; i < stream.GetObjectCount(); ++i) {
+        zuRttiInterface* object = stream.GetObjectAt(i);
+        if (object && object->IsDerived(zuObject::TYPE))
+            objects.emplace_back(static_cast<zuObject*>(object));
+    }
+    return objects;
+}
+
+zuDynamicLoadingResource* resourceOf(zuObject* object)
+{
+    if (object->IsExactly(zuVertexBuffer::TYPE))
+        return static_cast<zuVertexBuffer*>(object);
+    if (object->IsExactly(zuIndexBuffer::TYPE))
+        return static_cast<zuIndexBuffer*>(object);
+    return nullptr;
+}
+
+// Finalises on this thread until the controller is empty; false after a minute.
+bool finalizeUntilIdle(zuResourceController& controller)
+{
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    while (!controller.isIdle()) {
+        if (std::chrono::steady_clock::now() > limit)
+            return false;
+        controller.waitForFinishedRequests(100);
+        controller.finalizeRequests(nullptr, 0, 0.0);
+    }
+    return true;
+}
+
+class ResourceBuffersLazyLoad : public ResourceLibrary {
+protected:
+    void SetUp() override
+    {
+        ResourceLibrary::SetUp();
+        path = dir.file("buffers.mvk");
+        Numbers numbers{42};
+        std::vector<zuRttiInterface*> objects;
+        for (int i = 0; i < PAIRS; ++i) {
+            originals.emplace_back(makeVertexBuffer(numbers));
+            objects.push_back(originals.back());
+            originals.emplace_back(makeIndexBuffer(numbers, i));
+            objects.push_back(originals.back());
+        }
+        ASSERT_TRUE(saveResources(path, objects));
+    }
+
+    // Loads the file with both buffer kinds left on disk.
+    std::vector<zuPointer<zuObject>> loadLazily(const std::string& file)
+    {
+        zuDynamicLoadingResource::SetLoadPolicy(zuVertexBuffer::TYPE, false);
+        zuDynamicLoadingResource::SetLoadPolicy(zuIndexBuffer::TYPE, false);
+        return loadObjects(file);
+    }
+
+    zuTempDir dir;
+    std::string path;
+    std::vector<zuPointer<zuObject>> originals;
+};
+
+TEST_F(ResourceBuffersLazyLoad, EveryBufferStaysOnDiskWithItsPlaceRecordedAndComesBack)
+{
+    std::vector<zuPointer<zuObject>> loaded = loadLazily(path);
+    ASSERT_EQ(loaded.size(), originals.size());
+
+    uint64_t previousOffset = 0;
+    for (size_t i = 0; i < loaded.size(); ++i) {
+        SCOPED_TRACE(i);
+        ASSERT_TRUE(loaded[i]->IsExactly(originals[i]->GetType()));
+        zuDynamicLoadingResource* resource = resourceOf(loaded[i]);
+        ASSERT_NE(resource, nullptr);
+        EXPECT_FALSE(resource->isCPUResident());
+        EXPECT_EQ(resource->getResourceFilePath(), path);
+        EXPECT_EQ(resource->getStreamVersion(), zuStreamVersion(6, 32));
+        EXPECT_GT(resource->getStreamOffset(), previousOffset);
+        previousOffset = resource->getStreamOffset();
+
+        // The recorded offset is where the data lies in the file.
+        if (loaded[i]->IsExactly(zuVertexBuffer::TYPE)) {
+            const auto* original = static_cast<const zuVertexBuffer*>(originals[i].get());
+            const auto* buffer = static_cast<const zuVertexBuffer*>(loaded[i].get());
+            EXPECT_EQ(buffer->GetDataSize(), original->GetDataSize());
+            EXPECT_TRUE(buffer->GetAttributes() == original->GetAttributes());
+            EXPECT_EQ(readFileBytes(path, resource->getStreamOffset(), buffer->getCPUSize()),
+                      std::vector<char>(original->GetData(), original->GetData() + original->GetDataSize()));
+        } else {
+            const auto* original = static_cast<const zuIndexBuffer*>(originals[i].get());
+            const auto* buffer = static_cast<const zuIndexBuffer*>(loaded[i].get());
+            EXPECT_EQ(buffer->GetIndexQuantity(), original->GetIndexQuantity());
+            EXPECT_EQ(buffer->GetIndexType(), original->GetIndexType());
+            const std::vector<char> head = readFileBytes(path, resource->getStreamOffset(), 5);
+            ASSERT_EQ(head.size(), 5u);
+            if (original->GetIndexType() == zuIndexBuffer::INDEX_32) {
+                EXPECT_EQ(head[0], zuIndexBuffer::PackedDeltaWidth(original->GetIndexQuantity(),
+                                                                   original->GetIndices32()));
+                EXPECT_EQ(std::memcmp(head.data() + 1, original->GetIndices32(), 4), 0);
+            } else {
+                EXPECT_EQ(std::memcmp(head.data(), original->GetIndices16(), 4), 0);
+            }
+        }
+    }
+
+    for (size_t i = 0; i < loaded.size(); ++i) {
+        zuDynamicLoadingResource* resource = resourceOf(loaded[i]);
+        ASSERT_TRUE(zuRendererInterface::LoadCPUData(resource)) << i;
+        ASSERT_TRUE(loaded[i]->Equals(originals[i])) << i;
+    }
+}
+
+TEST_F(ResourceBuffersLazyLoad, SavingBuffersOnDiskWritesTheirDataAndLeavesThemOnDisk)
+{
+    std::vector<zuPointer<zuObject>> loaded = loadLazily(path);
+    ASSERT_EQ(loaded.size(), originals.size());
+    std::vector<zuRttiInterface*> objects(loaded.begin(), loaded.end());
+    const std::string copy = dir.file("copy.mvk");
+    ASSERT_TRUE(saveResources(copy, objects));
+    // Brought in for the write and dropped again; they now refer to the new file.
+    for (const zuPointer<zuObject>& object : loaded) {
+        EXPECT_FALSE(resourceOf(object)->isCPUResident());
+        EXPECT_EQ(resourceOf(object)->getResourceFilePath(), copy);
+    }
+    zuDynamicLoadingResource::ClearLoadingPolicies();
+    std::vector<zuPointer<zuObject>> again = loadObjects(copy);
+    ASSERT_EQ(again.size(), originals.size());
+    for (size_t i = 0; i < again.size(); ++i)
+        ASSERT_TRUE(again[i]->Equals(originals[i])) << i;
+}
+
+TEST_F(ResourceBuffersLazyLoad, TheControllerLoadsThemOnTwoWorkersAndFinalisesOnThisThread)
+{
+    std::vector<zuPointer<zuObject>> loaded = loadLazily(path);
+    ASSERT_EQ(loaded.size(), originals.size());
+
+    zuResourceController controller(2);
+    ASSERT_TRUE(controller.start());
+    for (const zuPointer<zuObject>& object : loaded)
+        ASSERT_NE(controller.requestCPULoad(resourceOf(object)), 0u);
+    ASSERT_TRUE(finalizeUntilIdle(controller));
+    controller.stop();
+
+    for (size_t i = 0; i < loaded.size(); ++i) {
+        EXPECT_EQ(resourceOf(loaded[i])->getResourceState(), zuDynamicLoadingResource::RESOURCE_IDLE) << i;
+        ASSERT_TRUE(loaded[i]->Equals(originals[i])) << i;
+    }
+
+    // And away again: every one has a file to come back from.
+    zuResourceController deleter(2);
+    ASSERT_TRUE(deleter.start());
+    for (const zuPointer<zuObject>& object : loaded)
+        ASSERT_NE(deleter.requestCPUDelete(resourceOf(object)), 0u);
+    ASSERT_TRUE(finalizeUntilIdle(deleter));
+    for (const zuPointer<zuObject>& object : loaded)
+        EXPECT_FALSE(resourceOf(object)->isCPUResident());
+}
+
+TEST_F(ResourceBuffersLazyLoad, AShortenedFileLeavesTheBufferOnDiskWithAnInputError)
+{
+    std::vector<zuPointer<zuObject>> loaded = loadLazily(path);
+    ASSERT_EQ(loaded.size(), originals.size());
+    // Cut the file inside the data of the last vertex buffer and of the last index buffer.
+    zuDynamicLoadingResource* lastVertex = resourceOf(loaded[loaded.size() - 2]);
+    zuDynamicLoadingResource* lastIndex = resourceOf(loaded[loaded.size() - 1]);
+    std::filesystem::resize_file(path, lastIndex->getStreamOffset() + 3);
+
+    using LoadRequest = zuDynamicResourceCPULoadRequest;
+    // The vertex data is whole: it comes back.
+    std::unique_ptr<LoadRequest> whole(
+        static_cast<LoadRequest*>(zuDynamicLoadingResource::CreateCPULoadRequest(lastVertex, nullptr)));
+    ASSERT_TRUE(whole);
+    whole->execute(nullptr);
+    EXPECT_EQ(whole->getStatus(), LoadRequest::STATUS_DONE);
+
+    std::unique_ptr<LoadRequest> cut(
+        static_cast<LoadRequest*>(zuDynamicLoadingResource::CreateCPULoadRequest(lastIndex, nullptr)));
+    ASSERT_TRUE(cut);
+    cut->execute(nullptr);
+    EXPECT_EQ(cut->getStatus(), LoadRequest::STATUS_IO_ERROR);
+    cut->finalizeDynamicResourceRequest(lastIndex, true, false);
+    EXPECT_FALSE(lastIndex->isCPUResident());
+
+    std::filesystem::resize_file(path, lastVertex->getStreamOffset() + 10);
+    std::unique_ptr<LoadRequest> cutVertex(
+        static_cast<LoadRequest*>(zuDynamicLoadingResource::CreateCPULoadRequest(lastVertex, nullptr)));
+    cutVertex->execute(nullptr);
+    EXPECT_EQ(cutVertex->getStatus(), LoadRequest::STATUS_IO_ERROR);
+    cutVertex->finalizeDynamicResourceRequest(lastVertex, true, false);
+    EXPECT_FALSE(lastVertex->isCPUResident());
+    EXPECT_FALSE(zuRendererInterface::LoadCPUData(lastVertex));
+
+    // Through the controller the failure reaches no buffer either.
+    zuResourceController controller(2);
+    ASSERT_TRUE(controller.start());
+    ASSERT_NE(controller.requestCPULoad(lastIndex), 0u);
+    ASSERT_TRUE(finalizeUntilIdle(controller));
+    EXPECT_FALSE(lastIndex->isCPUResident());
+    // Earlier buffers still come back.
+    ASSERT_TRUE(zuRendererInterface::LoadCPUData(resourceOf(loaded[0])));
+    EXPECT_TRUE(loaded[0]->Equals(originals[0]));
+}
+
+TEST_F(ResourceBuffersLazyLoad, DeletingABufferThatHasNoFileKeepsItsBytes)
+{
+    zuPointer<zuVertexBuffer> vertices = static_cast<zuVertexBuffer*>(originals[0].get());
+    zuPointer<zuIndexBuffer> indices = static_cast<zuIndexBuffer*>(originals[1].get());
+    zuPointer<zuVertexBuffer> memoryVertices = new zuVertexBuffer(vertices.get());
+    zuPointer<zuIndexBuffer> memoryIndices = new zuIndexBuffer(indices.get());
+    ASSERT_EQ(memoryVertices->getResourceFilePath(), "");
+
+    EXPECT_FALSE(zuRendererInterface::DeleteCPUData(memoryVertices, false));
+    EXPECT_FALSE(zuRendererInterface::DeleteCPUData(memoryIndices, false));
+    zuResourceController controller(2);
+    ASSERT_TRUE(controller.start());
+    ASSERT_NE(controller.requestCPUDelete(memoryVertices), 0u);
+    ASSERT_NE(controller.requestCPUDelete(memoryIndices), 0u);
+    ASSERT_TRUE(finalizeUntilIdle(controller));
+    EXPECT_TRUE(memoryVertices->Equals(vertices));
+    EXPECT_TRUE(memoryIndices->Equals(indices));
+
+    // The saved originals have a file now: they go, and come back.
+    ASSERT_TRUE(zuRendererInterface::DeleteCPUData(vertices, false));
+    ASSERT_TRUE(zuRendererInterface::DeleteCPUData(indices, false));
+    ASSERT_TRUE(zuRendererInterface::LoadCPUData(vertices));
+    ASSERT_TRUE(zuRendererInterface::LoadCPUData(indices));
+    EXPECT_TRUE(memoryVertices->Equals(vertices));
+    EXPECT_TRUE(memoryIndices->Equals(indices));
+}
+
+class ResourceBuffersRepack : public ResourceLibrary {};
+
+TEST_F(ResourceBuffersRepack, IndicesOfAnOlderFileLeftOnDiskArePackedWhenSavedAgain)
+{
+    zuTempDir dir;
+    const std::string older = dir.file("older.mvk");
+    Numbers numbers{7};
+    std::vector<zuPointer<zuObject>> originals;
+    {
+        zuFileStream stream;
+        stream.SetVersion(zuStreamVersion(6, 0));
+        for (int i = 0; i < 8; ++i) {
+            originals.emplace_back(makeIndexBuffer(numbers, i));
+            stream.InsertTopLevel(originals.back());
+        }
+        zuFileIoDevice device(older, zuFileIoDevice::WriteOnly);
+        ASSERT_TRUE(stream.Save(device, older, false));
+    }
+    zuDynamicLoadingResource::SetLoadPolicy(zuIndexBuffer::TYPE, false);
+    std::vector<zuPointer<zuObject>> loaded = loadObjects(older);
+    ASSERT_EQ(loaded.size(), originals.size());
+
+    // Saving at 6.32 needs each delta width before the write: the indices are read for it
+    // and dropped again.
+    const std::string newer = dir.file("newer.mvk");
+    std::vector<zuRttiInterface*> objects(loaded.begin(), loaded.end());
+    ASSERT_TRUE(saveResources(newer, objects));
+    for (const zuPointer<zuObject>& object : loaded)
+        EXPECT_FALSE(resourceOf(object)->isCPUResident());
+    zuDynamicLoadingResource::ClearLoadingPolicies();
+    std::vector<zuPointer<zuObject>> again = loadObjects(newer);
+    ASSERT_EQ(again.size(), originals.size());
+    for (size_t i = 0; i < again.size(); ++i)
+        EXPECT_TRUE(again[i]->Equals(originals[i])) << i;
+}
+
+} // namespace
+} // namespace zu::test
