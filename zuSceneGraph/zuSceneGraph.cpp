@@ -1,5 +1,6 @@
 #include <zuSceneGraph/zuSceneGraph.h>
 
+#include <zuSceneGraph/animation/zuKeyframeController.h>
 #include <zuSceneGraph/objects/zuObject.h>
 #include <zuSceneGraph/states/zuAlphaState.h>
 #include <zuSceneGraph/states/zuCullState.h>
@@ -85,6 +86,7 @@ const FactoryRegistration factoryRegistrations[] = {
     {zuLegacyBoxBV::RegisterFactory, zuLegacyBoxBV::UnRegisterFactory},
     {zuSemanticMetadata::RegisterFactory, zuSemanticMetadata::UnRegisterFactory},
     {zuNode::RegisterFactory, zuNode::UnRegisterFactory},
+    {zuKeyframeController::RegisterFactory, zuKeyframeController::UnRegisterFactory},
 };
 
 } // namespace
