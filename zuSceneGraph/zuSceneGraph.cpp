@@ -1,5 +1,6 @@
 #include <zuSceneGraph/zuSceneGraph.h>
 
+#include <zuSceneGraph/animation/zuKeyframeController.h>
 #include <zuSceneGraph/objects/zuObject.h>
 #include <zuSceneGraph/states/zuAlphaState.h>
 #include <zuSceneGraph/states/zuCullState.h>
@@ -101,6 +102,7 @@ const FactoryRegistration factoryRegistrations[] = {
     {zuDummy::RegisterFactory, zuDummy::UnRegisterFactory},
     {zuVertexBuffer::RegisterFactory, zuVertexBuffer::UnRegisterFactory},
     {zuIndexBuffer::RegisterFactory, zuIndexBuffer::UnRegisterFactory},
+    {zuKeyframeController::RegisterFactory, zuKeyframeController::UnRegisterFactory},
 };
 
 } // namespace

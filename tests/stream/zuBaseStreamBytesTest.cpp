@@ -45,7 +45,10 @@ TEST_F(BaseStreamBytes, RecordsOfVersion6CarryTheirSizeAndAppearOnceInDepthFirst
     expected.str("Top Level");
     expected.str("zuTest.zuTestNode").i32(nodeHeader + 4 + 4 + 4 + 8 + 4 + 4 + 16).u64(id(g.root));
     expected.str("root").i32(1).u64(id(g.c)).i32(7).i32(2).u64(id(g.a)).u64(id(g.b));
-    expected.str("zuTest.zuTestController").i32(4 + 23 + 4 + 8 + 4 + 4).u64(id(g.c)).str("").i32(0);
+    // The controller part: clamp, [0, 0], phase 0, frequency 1, active, its object.
+    const double times[] = {0.0, 0.0, 0.0, 1.0};
+    expected.str("zuTest.zuTestController").i32(4 + 23 + 4 + 8 + 4 + 4 + 45).u64(id(g.c)).str("").i32(0);
+    expected.i32(0).raw(times, sizeof(times)).u8(1).u64(id(g.root));
     expected.str("zuTest.zuTestNode").i32(nodeHeader + 4 + 1 + 4 + 4 + 4).u64(id(g.a));
     expected.str("a").i32(0).i32(1).i32(0);
     expected.str("zuTest.zuTestNode").i32(nodeHeader + 4 + 1 + 4 + 4 + 4 + 8).u64(id(g.b));

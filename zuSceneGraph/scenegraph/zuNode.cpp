@@ -121,6 +121,21 @@ void zuNode::GetVisibleSet(zuCuller& culler, bool noCull, bool flag)
             child->OnGetVisibleSet(culler, noCull, flag);
 }
 
+bool zuNode::UpdateSubtreeControllers(double time)
+{
+    bool changed = UpdateControllers(time);
+    for (int i = 0; i < mChildCount; ++i) {
+        zuSpatial* child = mChildren[i].get();
+        if (!child)
+            continue;
+        if (child->IsDerived(TYPE))
+            changed = static_cast<zuNode*>(child)->UpdateSubtreeControllers(time) || changed;
+        else
+            changed = child->UpdateControllers(time) || changed;
+    }
+    return changed;
+}
+
 uint32_t zuNode::setDirtyDown(bool down)
 {
     uint32_t bits = 0;

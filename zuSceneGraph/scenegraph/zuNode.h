@@ -73,6 +73,11 @@ public:
     }
 
     int getNbChildren() const { return mChildCount; }
+    // Updates the controllers of this node and of every object below it, each node before
+    // its children; true when any of them changed something. UpdateControllers, as for
+    // every object, updates this node's own controllers only. Follow it with UpdateGS to
+    // carry the new local transformations into the world transformations and bounds.
+    bool UpdateSubtreeControllers(double time);
     // Puts `child` (or nothing) in slot i and returns the former occupant, which is
     // detached, then marked. Refused (null returned, nothing changed) when i is out of
     // range or `child` has a parent, is this node or one of its ancestors.

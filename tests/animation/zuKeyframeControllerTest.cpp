@@ -1,0 +1,640 @@
+// The keyframe controller: key search sequences, interpolation against independent
+// computations, what an update writes into the local transformation, its record, its
+// links, its comparison and its copy.
+
+#include "animation/zuAnimationTestHelpers.h"
+
+#include <zuSceneGraph/animation/zuKeyframeController.h>
+#include <zuSceneGraph/scenegraph/zuNode.h>
+#include <zuSceneGraph/stream/zuBaseStream.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <random>
+#include <vector>
+
+namespace zu::test {
+namespace {
+
+class KeyframeController : public ::testing::Test {
+protected:
+    zuTestFactories factories;
+};
+
+// ---------------------------------------------------------------------------------------
+// Key search
+
+struct SearchStep {
+    float t;
+    int lastIndex;
+    int i0;
+    int i1;
+    float normTime;
+};
+
+TEST_F(KeyframeController, KeySearchesMoveForwardAndBackwardAcrossManyKeys)
+{
+    // Keys at 0, 2, 4, ..., 38.
+    std::vector<float> times(20);
+    for (int k = 0; k < 20; ++k)
+        times[static_cast<size_t>(k)] = 2.0f * static_cast<float>(k);
+
+    const SearchStep steps[] = {
+        {5.0f, 2, 2, 3, 0.5f},      // up from 0, over several keys: the lower key
+        {5.5f, 2, 2, 3, 0.75f},     // within the same pair: unchanged
+        {31.0f, 15, 15, 16, 0.5f},  // far up
+        {30.0f, 15, 15, 15, 0.0f},  // exactly on the last index
+        {29.0f, 15, 14, 15, 0.5f},  // just below: the pair under it, the index stays
+        {9.0f, 5, 4, 5, 0.5f},      // far down: the upper key
+        {10.0f, 5, 5, 5, 0.0f},     // on a key from above: that key
+        {7.0f, 4, 3, 4, 0.5f},      // one pair down
+        {10.0f, 5, 5, 6, 0.0f},     // the same key reached from below: the pair above it
+        {11.0f, 5, 5, 6, 0.5f},
+        {-3.0f, 0, 0, 0, 0.0f},     // before the first key
+        {0.0f, 0, 0, 0, 0.0f},      // on the first key
+        {0.5f, 0, 0, 1, 0.25f},
+        {38.0f, 19, 19, 19, 0.0f},  // on the last key
+        {100.0f, 19, 19, 19, 0.0f}, // after it
+        {37.0f, 19, 18, 19, 0.5f},  // down from the last key: the index stays
+        {1.0f, 1, 0, 1, 0.5f},      // all the way down
+        {36.5f, 18, 18, 19, 0.25f}, // all the way up
+    };
+    int lastIndex = 0;
+    for (const SearchStep& step : steps) {
+        float normTime = -1.0f;
+        int i0 = -1;
+        int i1 = -1;
+        zuKeyframeController::GetKeyInfo(step.t, 20, times.data(), lastIndex, normTime, i0, i1);
+        EXPECT_EQ(lastIndex, step.lastIndex) << "t = " << step.t;
+        EXPECT_EQ(i0, step.i0) << "t = " << step.t;
+        EXPECT_EQ(i1, step.i1) << "t = " << step.t;
+        EXPECT_FLOAT_EQ(normTime, step.normTime) << "t = " << step.t;
+    }
+}
+
+TEST_F(KeyframeController, RandomSearchesBracketTheTimeAsABinarySearchDoes)
+{
+    std::mt19937 random(7);
+    std::uniform_real_distribution<float> gap(0.01f, 3.0f);
+    std::vector<float> times(200);
+    float time = -50.0f;
+    for (float& t : times) {
+        t = time;
+        time += gap(random);
+    }
+    const float first = times.front();
+    const float last = times.back();
+    std::uniform_real_distribution<float> anywhere(first - 10.0f, last + 10.0f);
+    std::uniform_int_distribution<int> anyKey(0, 199);
+    std::uniform_real_distribution<float> step(-4.0f, 4.0f);
+
+    int lastIndex = 0;
+    float t = 0.0f;
+    for (int n = 0; n < 5000; ++n) {
+        // Far jumps, short steps and times exactly on keys.
+        switch (n % 3) {
+        case 0: t = anywhere(random); break;
+        case 1: t += step(random); break;
+        default: t = times[static_cast<size_t>(anyKey(random))]; break;
+        }
+        float normTime = 0.0f;
+        int i0 = 0;
+        int i1 = 0;
+        zuKeyframeController::GetKeyInfo(t, 200, times.data(), lastIndex, normTime, i0, i1);
+
+        // The bracket of a binary search: the first key after t.
+        const auto above = std::upper_bound(times.begin(), times.end(), t) - times.begin();
+        if (t <= first) {
+            ASSERT_TRUE(i0 == 0 && i1 == 0 && normTime == 0.0f && lastIndex == 0) << t;
+        } else if (t >= last) {
+            ASSERT_TRUE(i0 == 199 && i1 == 199 && normTime == 0.0f && lastIndex == 199) << t;
+        } else {
+            ASSERT_TRUE(i1 == i0 + 1 || i1 == i0) << t;
+            ASSERT_LE(times[static_cast<size_t>(i0)], t);
+            ASSERT_GE(times[static_cast<size_t>(i1)], t);
+            ASSERT_TRUE(i0 == above - 1 || (i1 == above - 1 && times[static_cast<size_t>(i1)] == t)) << t;
+            ASSERT_TRUE(lastIndex == i0 || lastIndex == i1) << t;
+            // The interpolated time is t itself.
+            const float back = times[static_cast<size_t>(i0)]
+                + normTime * (times[static_cast<size_t>(i1)] - times[static_cast<size_t>(i0)]);
+            ASSERT_NEAR(back, t, 1e-4f) << t;
+        }
+    }
+}
+
+TEST_F(KeyframeController, SearchesNeverLeaveTheArray)
+{
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const float inf = std::numeric_limits<float>::infinity();
+    // A start index beyond the keys (the array was replaced by a shorter one).
+    std::vector<float> times = {0.0f, 1.0f, 2.0f};
+    int lastIndex = 40;
+    float normTime = 0.0f;
+    int i0 = -1;
+    int i1 = -1;
+    zuKeyframeController::GetKeyInfo(1.5f, 3, times.data(), lastIndex, normTime, i0, i1);
+    EXPECT_EQ(i0, 1);
+    EXPECT_EQ(i1, 2);
+    EXPECT_EQ(lastIndex, 2);
+    lastIndex = -5;
+    zuKeyframeController::GetKeyInfo(0.5f, 3, times.data(), lastIndex, normTime, i0, i1);
+    EXPECT_EQ(lastIndex, 0);
+    EXPECT_EQ(i1, 1);
+
+    // Times that are not numbers, in every position, from every start (under the address
+    // sanitizer a read outside the array fails the test).
+    const std::vector<std::vector<float>> damaged = {
+        {nan}, {nan, nan}, {nan, 1.0f, 2.0f}, {0.0f, nan, 2.0f}, {0.0f, 1.0f, nan}, {3.0f, 2.0f, 1.0f, 0.0f},
+        {0.0f, 0.0f, 0.0f}, {-inf, 0.0f, inf}};
+    for (const std::vector<float>& keys : damaged) {
+        const int count = static_cast<int>(keys.size());
+        for (float t : {nan, -inf, inf, -1.0f, 0.0f, 0.5f, 1.0f, 1.5f, 5.0f}) {
+            for (int start = 0; start < count; ++start) {
+                // A heap copy of exactly count floats, so that a read past it is caught.
+                std::vector<float> exact(keys);
+                exact.shrink_to_fit();
+                lastIndex = start;
+                zuKeyframeController::GetKeyInfo(t, count, exact.data(), lastIndex, normTime, i0, i1);
+                ASSERT_TRUE(i0 >= 0 && i0 < count && i1 >= 0 && i1 < count && lastIndex >= 0 && lastIndex < count)
+                    << "keys " << keys[0] << ".. (" << count << "), t = " << t << ", from " << start << ": " << i0
+                    << " " << i1 << " " << lastIndex;
+            }
+        }
+    }
+}
+
+// ---------------------------------------------------------------------------------------
+// Interpolation
+
+TEST_F(KeyframeController, TranslationAndScaleAreLinearBetweenTheirKeys)
+{
+    zuPointer<zuKeyframeController> controller = new zuKeyframeController;
+    controller->translationTimes = floats({0.0f, 1.0f, 3.0f});
+    controller->translationKeys = vectors({Vec(0, 0, 0), Vec(2, -4, 8), Vec(-1, 5, 0.5f)});
+    controller->scaleTimes = controller->translationTimes;
+    controller->scaleKeys = vectors({Vec(1, 1, 1), Vec(2, 3, 4), Vec(0.5f, 0.5f, 0.5f)});
+
+    for (float normTime : {0.0f, 0.125f, 0.5f, 0.8f, 1.0f}) {
+        for (int pair = 0; pair < 2; ++pair) {
+            const Vec& a = (*controller->translationKeys)[pair];
+            const Vec& b = (*controller->translationKeys)[pair + 1];
+            const Vec translate = controller->GetTranslate(normTime, pair, pair + 1);
+            const Vec& sa = (*controller->scaleKeys)[pair];
+            const Vec& sb = (*controller->scaleKeys)[pair + 1];
+            const Vec scale = controller->GetScale(normTime, pair, pair + 1);
+            for (int c = 0; c < 3; ++c) {
+                const double s = normTime;
+                EXPECT_NEAR(translate[c], a[c] * (1.0 - s) + b[c] * s, 1e-6);
+                EXPECT_NEAR(scale[c], sa[c] * (1.0 - s) + sb[c] * s, 1e-6);
+            }
+        }
+    }
+    // Indices outside the keys give the neutral values.
+    EXPECT_EQ(controller->GetTranslate(0.5f, 2, 3), Vec(0, 0, 0));
+    EXPECT_EQ(controller->GetScale(0.5f, -1, 0), Vec(1, 1, 1));
+    EXPECT_EQ(controller->GetRotate(0.5f, 0, 1), Wm4::Matrix3<float>::IDENTITY);
+}
+
+TEST_F(KeyframeController, RotationIsTheSphericalInterpolationOfTheKeysAsGiven)
+{
+    const RefQuat pairs[][2] = {
+        {refAxisAngle(1, 2, 2, 20.0), refAxisAngle(0, 3, 4, 130.0)},
+        {refAxisAngle(0, 0, 1, 0.0), refAxisAngle(1, 0, 0, 90.0)},
+        {refAxisAngle(1, 1, 0, 45.0), refAxisAngle(1, 1, 0, 46.0)},
+        // The dot product is negative: no sign is flipped, the long way is taken
+        // (from 0 to 340 degrees about z, through 170 degrees).
+        {refAxisAngle(0, 0, 1, 0.0), refAxisAngle(0, 0, 1, 340.0)},
+        {refAxisAngle(3, -1, 2, 250.0), refAxisAngle(-1, 0.5, 2, 10.0)},
+    };
+    const Wm4::Vector3<double> probes[] = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {0.3, -0.7, 1.9}};
+
+    for (const auto& pair : pairs) {
+        zuPointer<zuKeyframeController> controller = new zuKeyframeController;
+        controller->rotationTimes = floats({0.0f, 1.0f});
+        controller->rotationKeys = quaternions({toQuaternion(pair[0]), toQuaternion(pair[1])});
+        for (float normTime : {0.0f, 0.1f, 0.37f, 0.5f, 0.9f, 1.0f}) {
+            const RefQuat expected = refSlerp(pair[0], pair[1], normTime);
+            const Wm4::Matrix3<float> rotation = controller->GetRotate(normTime, 0, 1);
+            for (const auto& probe : probes) {
+                const Wm4::Vector3<double> want = refRotate(expected, probe);
+                const Wm4::Vector3<float> got = rotation * Wm4::Vector3<float>(static_cast<float>(probe[0]),
+                                                                              static_cast<float>(probe[1]),
+                                                                              static_cast<float>(probe[2]));
+                for (int c = 0; c < 3; ++c)
+                    EXPECT_NEAR(got[c], want[c], 2e-5) << "normTime " << normTime;
+            }
+        }
+    }
+
+    // The long way, pinned: halfway from 0 to 340 degrees is 170 degrees, not -10.
+    zuPointer<zuKeyframeController> controller = new zuKeyframeController;
+    controller->rotationTimes = floats({0.0f, 1.0f});
+    controller->rotationKeys =
+        quaternions({toQuaternion(refAxisAngle(0, 0, 1, 0.0)), toQuaternion(refAxisAngle(0, 0, 1, 340.0))});
+    const Wm4::Vector3<float> x = controller->GetRotate(0.5f, 0, 1) * Wm4::Vector3<float>(1, 0, 0);
+    EXPECT_NEAR(x[0], std::cos(170.0 * Wm4::Math<double>::DEG_TO_RAD), 1e-5);
+    EXPECT_NEAR(x[1], std::sin(170.0 * Wm4::Math<double>::DEG_TO_RAD), 1e-5);
+}
+
+TEST_F(KeyframeController, KeysWhoseDotProductReachesOneGiveTheFirstKey)
+{
+    // 0.6 and 0.8 round so that the float dot product of the key with itself is 1 or more;
+    // the identity and a key a hair away from it have a dot product of exactly 1.
+    const Wm4::Quaternion<float> q0(0.6f, 0.8f, 0.0f, 0.0f);
+    ASSERT_GE(q0.Dot(q0), 1.0f);
+    const Wm4::Quaternion<float> identity(1.0f, 0.0f, 0.0f, 0.0f);
+    const Wm4::Quaternion<float> near(1.0f, 1e-4f, 0.0f, 0.0f);
+    ASSERT_EQ(identity.Dot(near), 1.0f);
+
+    zuPointer<zuKeyframeController> controller = new zuKeyframeController;
+    controller->rotationTimes = floats({0.0f, 1.0f, 2.0f, 3.0f});
+    controller->rotationKeys = quaternions({q0, q0, identity, near});
+    Wm4::Matrix3<float> expected;
+    q0.ToRotationMatrix(expected);
+    EXPECT_EQ(controller->GetRotate(0.5f, 0, 1), expected);
+    EXPECT_EQ(controller->GetRotate(0.75f, 2, 3), Wm4::Matrix3<float>::IDENTITY);
+    EXPECT_EQ(controller->GetRotate(1.0f, 2, 3), Wm4::Matrix3<float>::IDENTITY) << "the first key, even at its end";
+}
+
+// ---------------------------------------------------------------------------------------
+// Update
+
+TEST_F(KeyframeController, UpdateWritesEveryTrackIntoTheLocalTransformation)
+{
+    zuPointer<zuNode> node = new zuNode;
+    zuPointer<zuKeyframeController> controller = new zuKeyframeController;
+    controller->translationTimes = floats({0.0f, 2.0f});
+    controller->translationKeys = vectors({Vec(0, 0, 0), Vec(4, -2, 6)});
+    controller->rotationTimes = floats({0.0f, 4.0f});
+    controller->rotationKeys =
+        quaternions({toQuaternion(refAxisAngle(0, 0, 1, 0.0)), toQuaternion(refAxisAngle(0, 0, 1, 120.0))});
+    controller->scaleTimes = floats({1.0f, 3.0f});
+    controller->scaleKeys = vectors({Vec(1, 1, 1), Vec(3, 3, 3)});
+    controller->maxTime = 10.0;
+    ASSERT_TRUE(node->AttachController(controller));
+
+    ASSERT_TRUE(node->UpdateControllers(1.0));
+    const zuGenericTransformation<float>& local = node->GetLocalTransform();
+    EXPECT_EQ(local.GetTranslate(), Vec(2, -1, 3));
+    const Vec x = local.GetRotate() * Vec(1, 0, 0);
+    EXPECT_NEAR(x[0], std::cos(30.0 * Wm4::Math<double>::DEG_TO_RAD), 1e-6);
+    EXPECT_NEAR(x[1], std::sin(30.0 * Wm4::Math<double>::DEG_TO_RAD), 1e-6);
+    EXPECT_TRUE(local.IsRSMatrix());
+    EXPECT_TRUE(local.IsUniformScale());
+    EXPECT_EQ(local.GetUniformScale(), 1.0f);
+    EXPECT_FALSE(local.IsIdentity());
+
+    // The same time again changes nothing; the world follows with UpdateGS.
+    EXPECT_FALSE(node->UpdateControllers(1.0));
+    ASSERT_TRUE(node->UpdateControllers(2.0));
+    EXPECT_EQ(local.GetUniformScale(), 2.0f);
+    EXPECT_EQ(node->GetWorldTransform().GetTranslate(), Vec(0, 0, 0));
+    node->UpdateGS();
+    EXPECT_EQ(node->GetWorldTransform().GetTranslate(), Vec(4, -2, 6));
+    const Vec mapped = node->GetWorldTransform().ApplyForward(Vec(1, 0, 0));
+    EXPECT_NEAR(mapped[0], 4 + 2 * std::cos(60.0 * Wm4::Math<double>::DEG_TO_RAD), 1e-5);
+    EXPECT_NEAR(mapped[1], -2 + 2 * std::sin(60.0 * Wm4::Math<double>::DEG_TO_RAD), 1e-5);
+}
+
+TEST_F(KeyframeController, ScalesWithUnequalComponentsAreSetAsThreeScales)
+{
+    zuPointer<zuNode> node = new zuNode;
+    zuPointer<zuKeyframeController> controller = new zuKeyframeController;
+    controller->scaleTimes = floats({0.0f, 1.0f});
+    controller->scaleKeys = vectors({Vec(1, 2, 3), Vec(3, 2, 1)});
+    controller->maxTime = 1.0;
+    node->AttachController(controller);
+
+    ASSERT_TRUE(controller->Update(0.25));
+    EXPECT_EQ(node->GetLocalTransform().GetScale(), Vec(1.5f, 2.0f, 2.5f));
+    EXPECT_FALSE(node->GetLocalTransform().IsUniformScale());
+    // Halfway the three agree: a uniform scale.
+    ASSERT_TRUE(controller->Update(0.5));
+    EXPECT_EQ(node->GetLocalTransform().GetScale(), Vec(2, 2, 2));
+    EXPECT_TRUE(node->GetLocalTransform().IsUniformScale());
+}
+
+TEST_F(KeyframeController, AbsentTracksLeaveTheirPartAlone)
+{
+    zuPointer<zuNode> node = new zuNode;
+    const Wm4::Matrix3<float> turn(Vec(0, 1, 0), 0.5f);
+    node->GetLocalTransform().SetRotate(turn);
+    node->GetLocalTransform().SetTranslate(Vec(7, 8, 9));
+    node->GetLocalTransform().SetScale(Vec(1, 2, 3));
+
+    zuPointer<zuKeyframeController> controller = new zuKeyframeController;
+    node->AttachController(controller);
+    controller->maxTime = 1.0;
+    // No track at all, then a translation track whose keys array is empty, then a times
+    // array without keys: nothing changes.
+    EXPECT_TRUE(controller->Update(0.5));
+    controller->translationTimes = floats({0.0f, 1.0f});
+    controller->translationKeys = new zuVector3fArray;
+    EXPECT_TRUE(controller->Update(0.6));
+    controller->rotationTimes = floats({0.0f});
+    EXPECT_TRUE(controller->Update(0.7));
+    EXPECT_EQ(node->GetLocalTransform().GetRotate(), turn);
+    EXPECT_EQ(node->GetLocalTransform().GetTranslate(), Vec(7, 8, 9));
+    EXPECT_EQ(node->GetLocalTransform().GetScale(), Vec(1, 2, 3));
+
+    // A translation track alone moves only the translation.
+    controller->translationKeys = vectors({Vec(0, 0, 0), Vec(10, 0, 0)});
+    EXPECT_TRUE(controller->Update(0.8));
+    EXPECT_EQ(node->GetLocalTransform().GetTranslate(), Vec(8, 0, 0));
+    EXPECT_EQ(node->GetLocalTransform().GetRotate(), turn);
+    EXPECT_EQ(node->GetLocalTransform().GetScale(), Vec(1, 2, 3));
+}
+
+TEST_F(KeyframeController, AKeysArrayShorterThanItsTimesIsUsedUpToItsEnd)
+{
+    zuPointer<zuNode> node = new zuNode;
+    zuPointer<zuKeyframeController> controller = new zuKeyframeController;
+    controller->maxTime = 100.0;
+    controller->translationTimes = floats({0.0f, 1.0f, 2.0f, 3.0f, 4.0f});
+    controller->translationKeys = vectors({Vec(0, 0, 0), Vec(1, 0, 0), Vec(2, 0, 0)});
+    // Longer keys than times: the times decide.
+    controller->scaleTimes = floats({0.0f, 1.0f});
+    controller->scaleKeys = vectors({Vec(1, 1, 1), Vec(2, 2, 2), Vec(9, 9, 9)});
+    node->AttachController(controller);
+
+    for (double time : {0.5, 1.5, 2.0, 3.5, 50.0, 2.5, 0.0}) {
+        ASSERT_TRUE(controller->Update(time));
+        const float expected = static_cast<float>(std::min(time, 2.0));
+        EXPECT_EQ(node->GetLocalTransform().GetTranslate(), Vec(expected, 0, 0)) << time;
+        const float scale = static_cast<float>(1.0 + std::min(time, 1.0));
+        EXPECT_EQ(node->GetLocalTransform().GetScale(), Vec(scale, scale, scale)) << time;
+        EXPECT_LE(controller->GetLastTranslationIndex(), 2);
+    }
+}
+
+TEST_F(KeyframeController, TracksSharingTimesSearchOnceAndGiveTheSameResult)
+{
+    zuPointer<zuFloatArray> shared = floats({0.0f, 1.0f, 2.0f, 3.0f, 4.0f, 5.0f});
+    zuPointer<zuVector3fArray> moves = vectors({Vec(0, 0, 0), Vec(1, 1, 0), Vec(2, 0, 1), Vec(3, 3, 3),
+                                                Vec(4, 0, 0), Vec(5, 5, 5)});
+    zuPointer<zuQuaternionfArray> turns = quaternions(
+        {toQuaternion(refAxisAngle(0, 0, 1, 0.0)), toQuaternion(refAxisAngle(0, 0, 1, 30.0)),
+         toQuaternion(refAxisAngle(0, 1, 0, 60.0)), toQuaternion(refAxisAngle(1, 0, 0, 90.0)),
+         toQuaternion(refAxisAngle(0, 0, 1, 120.0)), toQuaternion(refAxisAngle(1, 1, 1, 150.0))});
+    zuPointer<zuVector3fArray> sizes = vectors({Vec(1, 1, 1), Vec(2, 2, 2), Vec(1, 2, 3), Vec(3, 3, 3),
+                                                Vec(1, 1, 1), Vec(4, 4, 4)});
+
+    // One controller shares one times array; the other has three equal copies.
+    zuPointer<zuNode> a = new zuNode;
+    zuPointer<zuNode> b = new zuNode;
+    zuPointer<zuKeyframeController> sharing = new zuKeyframeController;
+    zuPointer<zuKeyframeController> separate = new zuKeyframeController;
+    for (zuKeyframeController* c : {sharing.get(), separate.get()}) {
+        c->repeatType = zuController::RT_CYCLE;
+        c->maxTime = 5.0;
+        c->translationKeys = moves;
+        c->rotationKeys = turns;
+        c->scaleKeys = sizes;
+    }
+    sharing->translationTimes = sharing->rotationTimes = sharing->scaleTimes = shared;
+    separate->translationTimes = floats({0.0f, 1.0f, 2.0f, 3.0f, 4.0f, 5.0f});
+    separate->rotationTimes = floats({0.0f, 1.0f, 2.0f, 3.0f, 4.0f, 5.0f});
+    separate->scaleTimes = floats({0.0f, 1.0f, 2.0f, 3.0f, 4.0f, 5.0f});
+    a->AttachController(sharing);
+    b->AttachController(separate);
+
+    for (double time = -3.0; time < 17.0; time += 0.35) {
+        ASSERT_TRUE(a->UpdateControllers(time));
+        ASSERT_TRUE(b->UpdateControllers(time));
+        EXPECT_TRUE(a->GetLocalTransform() == b->GetLocalTransform()) << time;
+        EXPECT_EQ(sharing->GetLastRotationIndex(), sharing->GetLastTranslationIndex());
+        EXPECT_EQ(sharing->GetLastScaleIndex(), sharing->GetLastTranslationIndex());
+        EXPECT_EQ(separate->GetLastRotationIndex(), sharing->GetLastTranslationIndex());
+    }
+
+    // A track that joins a shared array takes over the index of the track it shares with.
+    zuPointer<zuKeyframeController> joining = new zuKeyframeController;
+    zuPointer<zuNode> c = new zuNode;
+    c->AttachController(joining);
+    joining->maxTime = 5.0;
+    joining->translationTimes = shared;
+    joining->translationKeys = moves;
+    joining->rotationTimes = floats({0.0f, 5.0f});
+    joining->rotationKeys = quaternions({toQuaternion(refAxisAngle(0, 0, 1, 0.0)), toQuaternion(refAxisAngle(0, 0, 1, 50.0))});
+    ASSERT_TRUE(joining->Update(4.5));
+    EXPECT_EQ(joining->GetLastTranslationIndex(), 4);
+    EXPECT_EQ(joining->GetLastRotationIndex(), 0);
+    joining->rotationKeys = turns;
+    joining->rotationTimes = shared;
+    ASSERT_TRUE(joining->Update(4.6));
+    EXPECT_EQ(joining->GetLastRotationIndex(), 4);
+
+    // Sharing a times array with a shorter keys array searches on its own.
+    joining->rotationKeys = quaternions({toQuaternion(refAxisAngle(0, 0, 1, 0.0)), toQuaternion(refAxisAngle(0, 0, 1, 50.0))});
+    ASSERT_TRUE(joining->Update(4.7));
+    EXPECT_EQ(joining->GetLastTranslationIndex(), 4);
+    EXPECT_EQ(joining->GetLastRotationIndex(), 1);
+}
+
+TEST_F(KeyframeController, AnObjectThatIsNotSpatialChangesNothing)
+{
+    zuPointer<zuKeyframeController> controller = new zuKeyframeController;
+    controller->translationTimes = floats({0.0f, 1.0f});
+    controller->translationKeys = vectors({Vec(0, 0, 0), Vec(1, 1, 1)});
+    controller->maxTime = 1.0;
+    EXPECT_FALSE(controller->Update(0.5)) << "no object";
+    zuPointer<zuTestNode> plain = new zuTestNode("plain");
+    plain->AttachController(controller);
+    EXPECT_FALSE(controller->Update(0.6));
+    EXPECT_FALSE(plain->UpdateControllers(0.7));
+}
+
+// ---------------------------------------------------------------------------------------
+// Record, links
+
+TEST_F(KeyframeController, RecordAt632IsTheControllerThenSixReferences)
+{
+    zuPointer<zuFloatArray> times = floats({0.0f, 1.5f});
+    zuPointer<zuVector3fArray> moves = vectors({Vec(1, 2, 3), Vec(4, 5, 6)});
+    zuPointer<zuQuaternionfArray> turns =
+        quaternions({Wm4::Quaternion<float>(1, 0, 0, 0), Wm4::Quaternion<float>(0, 1, 0, 0)});
+    zuPointer<zuKeyframeController> controller = new zuKeyframeController;
+    controller->SetName("walk");
+    controller->repeatType = zuController::RT_WRAP;
+    controller->maxTime = 1.5;
+    controller->translationTimes = times;
+    controller->translationKeys = moves;
+    controller->rotationTimes = times;
+    controller->rotationKeys = turns;
+
+    const std::vector<char> saved = saveToBytes({controller}, zuStreamVersion(6, 32));
+    const std::string type = "zuCore.zuKeyframeController";
+    zuBytes expected;
+    expected.str("Top Level").str(type);
+    expected.i32(static_cast<int>(4 + type.size() + 4 + 8 + 8 + 4 + 45 + 48)).u64(id(controller));
+    expected.str("walk").i32(0).i32(1);
+    f64(f64(f64(f64(expected, 0.0), 1.5), 0.0), 1.0);
+    expected.u8(1).u64(0);
+    expected.u64(id(times)).u64(id(moves)).u64(id(times)).u64(id(turns)).u64(0).u64(0);
+    // Then each array once, in the order of the references.
+    auto arrayHeader = [&expected](const std::string& name, const void* array, int elementBytes) {
+        expected.str(name).i32(static_cast<int>(4 + name.size() + 4 + 8 + 4 + 4 + 4 + elementBytes))
+            .u64(id(array)).str("").i32(0);
+    };
+    arrayHeader("zuCore.zuFloatArray", times.get(), 8);
+    expected.i32(2).f32(0.0f).f32(1.5f);
+    arrayHeader("zuCore.zuVector3fArray", moves.get(), 24);
+    expected.i32(2).f32(1).f32(2).f32(3).f32(4).f32(5).f32(6);
+    arrayHeader("zuCore.zuQuaternionfArray", turns.get(), 32);
+    expected.i32(2).f32(1).f32(0).f32(0).f32(0).f32(0).f32(1).f32(0).f32(0);
+    EXPECT_EQ(saved, expected.bytes());
+}
+
+TEST_F(KeyframeController, LoadLinksTheArraysAndDropsReferencesOfTheWrongType)
+{
+    zuPointer<zuFloatArray> times = floats({0.0f, 1.0f});
+    zuPointer<zuVector3fArray> moves = vectors({Vec(0, 0, 0), Vec(1, 0, 0)});
+    zuPointer<zuQuaternionfArray> turns =
+        quaternions({Wm4::Quaternion<float>(1, 0, 0, 0), Wm4::Quaternion<float>(1, 0, 0, 0)});
+    zuPointer<zuKeyframeController> controller = new zuKeyframeController;
+    controller->translationTimes = times;
+    controller->translationKeys = moves;
+    controller->rotationTimes = times;
+    controller->rotationKeys = turns;
+    controller->scaleTimes = times;
+    controller->scaleKeys = moves;
+    std::vector<char> saved = saveToBytes({controller}, zuStreamVersion(6, 32));
+
+    {
+        zuBaseStream stream;
+        stream.SetVersion(zuStreamVersion(6, 32));
+        std::vector<char> copy = saved;
+        ASSERT_TRUE(stream.Load(copy.data(), copy.size()));
+        auto* loaded = static_cast<zuKeyframeController*>(stream.GetObjectAt(0));
+        ASSERT_TRUE(loaded->IsExactly(zuKeyframeController::TYPE));
+        ASSERT_NE(loaded->translationTimes, nullptr);
+        EXPECT_TRUE(loaded->translationTimes->Equals(times));
+        EXPECT_EQ(loaded->rotationTimes, loaded->translationTimes) << "one shared array";
+        EXPECT_EQ(loaded->scaleTimes, loaded->translationTimes);
+        EXPECT_EQ(loaded->scaleKeys, loaded->translationKeys);
+        ASSERT_NE(loaded->rotationKeys, nullptr);
+        EXPECT_TRUE(loaded->rotationKeys->Equals(turns));
+        EXPECT_EQ(loaded->GetObject(), nullptr);
+    }
+
+    // Swap the translation times and keys references, and point the rotation keys at the
+    // times: each names an array of another type.
+    const size_t references = saved.size() - (4 + 19 + 4 + 8 + 4 + 4 + 4 + 8)   // float array
+        - (4 + 22 + 4 + 8 + 4 + 4 + 4 + 24)                                        // vector array
+        - (4 + 25 + 4 + 8 + 4 + 4 + 4 + 32)                                        // quaternion array
+        - 48;
+    std::vector<char> damaged = saved;
+    std::memcpy(&damaged[references], &saved[references + 8], 8);
+    std::memcpy(&damaged[references + 8], &saved[references], 8);
+    std::memcpy(&damaged[references + 24], &saved[references], 8);
+    zuBaseStream stream;
+    stream.SetVersion(zuStreamVersion(6, 32));
+    ASSERT_TRUE(stream.Load(damaged.data(), damaged.size()));
+    auto* loaded = static_cast<zuKeyframeController*>(stream.GetObjectAt(0));
+    EXPECT_EQ(loaded->translationTimes, nullptr);
+    EXPECT_EQ(loaded->translationKeys, nullptr);
+    EXPECT_EQ(loaded->rotationKeys, nullptr);
+    EXPECT_NE(loaded->rotationTimes, nullptr);
+    EXPECT_NE(loaded->scaleTimes, nullptr);
+    EXPECT_NE(loaded->scaleKeys, nullptr);
+}
+
+TEST_F(KeyframeController, TruncatedRecordsFailCleanly)
+{
+    zuPointer<zuNode> node = new zuNode;
+    zuPointer<zuKeyframeController> controller = new zuKeyframeController;
+    controller->translationTimes = floats({0.0f, 1.0f, 2.0f});
+    controller->translationKeys = vectors({Vec(0, 0, 0), Vec(1, 0, 0), Vec(1, 1, 0)});
+    controller->rotationTimes = controller->translationTimes;
+    controller->rotationKeys = quaternions(
+        {Wm4::Quaternion<float>(1, 0, 0, 0), Wm4::Quaternion<float>(1, 0, 0, 0), Wm4::Quaternion<float>(0, 0, 1, 0)});
+    node->AttachController(controller);
+    const std::vector<char> saved = saveToBytes({node}, zuStreamVersion(6, 32));
+    for (size_t size = 0; size < saved.size(); ++size) {
+        std::vector<char> prefix(saved.begin(), saved.begin() + static_cast<std::ptrdiff_t>(size));
+        zuBaseStream stream;
+        stream.SetVersion(zuStreamVersion(6, 32));
+        stream.Load(prefix.data(), prefix.size());
+        // Whatever is handed out is usable.
+        for (int i = 0; i < stream.GetObjectCount(); ++i)
+            if (auto* loaded = dynamic_cast<zuNode*>(stream.GetObjectAt(i)))
+                loaded->UpdateControllers(0.5);
+    }
+}
+
+// ---------------------------------------------------------------------------------------
+// Equals and Clone
+
+TEST_F(KeyframeController, EqualsIgnoresTheKeysOnPurpose)
+{
+    zuPointer<zuKeyframeController> a = new zuKeyframeController;
+    zuPointer<zuKeyframeController> b = new zuKeyframeController;
+    a->translationTimes = floats({0.0f, 1.0f});
+    a->translationKeys = vectors({Vec(0, 0, 0), Vec(1, 1, 1)});
+    b->rotationTimes = floats({0.0f, 5.0f});
+    b->rotationKeys = quaternions({Wm4::Quaternion<float>(1, 0, 0, 0), Wm4::Quaternion<float>(0, 1, 0, 0)});
+    EXPECT_TRUE(a->Equals(b));
+    EXPECT_TRUE(b->Equals(a));
+    b->frequency = 2.0;
+    EXPECT_FALSE(a->Equals(b));
+
+    EXPECT_FALSE(a->Equals(nullptr));
+    zuPointer<zuTestController> other = new zuTestController;
+    EXPECT_FALSE(a->Equals(other)) << "another kind of controller";
+    zuPointer<zuNode> node = new zuNode;
+    EXPECT_FALSE(a->Equals(node));
+}
+
+TEST_F(KeyframeController, CloneSharesTheKeyArrays)
+{
+    zuPointer<zuNode> node = new zuNode;
+    zuPointer<zuKeyframeController> source = new zuKeyframeController;
+    source->SetName("orbit");
+    source->repeatType = zuController::RT_WRAP;
+    source->maxTime = 4.0;
+    source->phase = 0.5;
+    source->translationTimes = floats({0.0f, 1.0f, 2.0f, 3.0f});
+    source->translationKeys = vectors({Vec(0, 0, 0), Vec(1, 0, 0), Vec(2, 0, 0), Vec(3, 0, 0)});
+    source->rotationTimes = source->translationTimes;
+    source->rotationKeys = quaternions({Wm4::Quaternion<float>(1, 0, 0, 0), Wm4::Quaternion<float>(1, 0, 0, 0),
+                                        Wm4::Quaternion<float>(1, 0, 0, 0), Wm4::Quaternion<float>(1, 0, 0, 0)});
+    source->scaleTimes = floats({0.0f});
+    source->scaleKeys = vectors({Vec(2, 2, 2)});
+    node->AttachController(source);
+    source->Update(2.0);
+    ASSERT_EQ(source->GetLastTranslationIndex(), 2);
+
+    zuRttiInterface* target = nullptr;
+    ASSERT_TRUE(source->Clone(target));
+    zuPointer<zuRttiInterface> owner = target;
+    ASSERT_TRUE(target->IsExactly(zuKeyframeController::TYPE));
+    auto* copy = static_cast<zuKeyframeController*>(target);
+    EXPECT_TRUE(copy->Equals(source));
+    EXPECT_EQ(copy->GetName(), "orbit");
+    EXPECT_EQ(copy->translationTimes, source->translationTimes);
+    EXPECT_EQ(copy->translationKeys, source->translationKeys);
+    EXPECT_EQ(copy->rotationTimes, source->rotationTimes);
+    EXPECT_EQ(copy->rotationKeys, source->rotationKeys);
+    EXPECT_EQ(copy->scaleTimes, source->scaleTimes);
+    EXPECT_EQ(copy->scaleKeys, source->scaleKeys);
+    EXPECT_EQ(copy->GetLastTranslationIndex(), 0);
+    EXPECT_EQ(copy->GetObject(), nullptr) << "a copy controls what it is attached to";
+
+    // Attached elsewhere, it animates the same way.
+    zuPointer<zuNode> other = new zuNode;
+    other->AttachController(copy);
+    ASSERT_TRUE(copy->Update(2.75));
+    ASSERT_TRUE(source->Update(2.75));
+    EXPECT_TRUE(other->GetLocalTransform() == node->GetLocalTransform());
+
+    zuPointer<zuTestController> plain = new zuTestController;
+    zuRttiInterface* wrong = plain.get();
+    EXPECT_FALSE(source->Clone(wrong));
+}
+
+} // namespace
+} // namespace zu::test
