@@ -9,6 +9,10 @@
 #include <zuSceneGraph/states/zuZBufferState.h>
 #include <zuSceneGraph/states/zuCamera.h>
 #include <zuSceneGraph/states/zuLight.h>
+#include <zuSceneGraph/states/zuMaterialState.h>
+#include <zuSceneGraph/states/zuTexture.h>
+#include <zuSceneGraph/states/zuTextureState.h>
+#include <zuSceneGraph/resources/zuImage.h>
 #include <zuSceneGraph/objects/zuTSharedArray.h>
 #include <zuSceneGraph/scenegraph/zuLegacyBoxBV.h>
 #include <zuSceneGraph/scenegraph/zuLegacySphereBV.h>
@@ -85,6 +89,10 @@ const FactoryRegistration factoryRegistrations[] = {
     {zuLegacyBoxBV::RegisterFactory, zuLegacyBoxBV::UnRegisterFactory},
     {zuSemanticMetadata::RegisterFactory, zuSemanticMetadata::UnRegisterFactory},
     {zuNode::RegisterFactory, zuNode::UnRegisterFactory},
+    {zuMaterialState::RegisterFactory, zuMaterialState::UnRegisterFactory},
+    {zuTextureState::RegisterFactory, zuTextureState::UnRegisterFactory},
+    {zuTexture::RegisterFactory, zuTexture::UnRegisterFactory},
+    {zuImage::RegisterFactory, zuImage::UnRegisterFactory},
 };
 
 } // namespace
@@ -97,12 +105,14 @@ void initializeZuSceneGraph()
     zuRttiInterface::CreateFactoryMap();
     for (const FactoryRegistration& entry : factoryRegistrations)
         entry.registerFactory();
+    zuImage::RegisterRequests();
 }
 
 void terminateZuSceneGraph()
 {
     if (!LibInitCounter::terminate("scenegraph"))
         return;
+    zuImage::UnRegisterRequests();
     for (auto entry = std::rbegin(factoryRegistrations); entry != std::rend(factoryRegistrations); ++entry)
         entry->unregisterFactory();
     zuRttiInterface::DestroyFactoryMap();
