@@ -189,7 +189,10 @@ zuDynamicLoadingResourceHandler* zuImage::createHandler() const
 // Format, width, height, block size, then the block.
 int zuImage::GetDiskUsed(const zuBaseStream& stream) const
 {
-    return zuNamedObject::GetDiskUsed(stream) + 16 + mDataSize;
+    const int64_t size = static_cast<int64_t>(zuNamedObject::GetDiskUsed(stream)) + 16 + mDataSize;
+    // A block near 2 GB leaves no room for the rest of its record: the size reported then
+    // differs from the bytes written, and the stream refuses the save instead of wrapping.
+    return static_cast<int>(std::min<int64_t>(size, std::numeric_limits<int>::max()));
 }
 
 void zuImage::Save(zuBaseStream& stream) const
