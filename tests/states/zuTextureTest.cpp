@@ -14,6 +14,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <vector>
 
 namespace zu::test {
@@ -164,6 +165,36 @@ TEST_F(Texture, ReferencesToOtherKindsAreDroppedInLink)
     EXPECT_EQ(1, state->GetTextureQuantity());
     EXPECT_EQ(nullptr, state->GetTexture(0));
     EXPECT_EQ(nullptr, texture->GetImage());
+}
+
+TEST_F(Texture, CutAndForgedRecordsFailCleanly)
+{
+    zuPointer<zuTextureState> state = new zuTextureState;
+    state->AttachTexture(makeTexture(makeImage("cut.png", 4), zuTexture::CH_DIFFUSE, 0));
+    const std::vector<char> whole = saveToBytes({state.get()}, V6_32);
+    testing::internal::CaptureStderr();
+    for (size_t length = 1; length < whole.size(); ++length) {
+        std::vector<char> cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length));
+        zuBaseStream stream;
+        stream.SetVersion(V6_32);
+        // A cut at a record boundary loads the records before it, whose references to
+        // the missing ones stay empty; the image record is the last one.
+        if (stream.Load(cut.data(), cut.size())) {
+            ASSERT_EQ(1, stream.GetObjectCount()) << length;
+            const zuTexture* texture = textureOf(static_cast<zuObject*>(stream.GetObjectAt(0)), 0);
+            EXPECT_TRUE(!texture || !texture->GetImage()) << length;
+        }
+    }
+    // A count of slots the data cannot hold.
+    zuBytes forged;
+    forged.str("Top Level");
+    header(forged, "zuCore.zuTextureState", 0x1000, "", 4 + 8);
+    forged.i32(0x10000000).u64(0);
+    std::vector<char> data = forged.bytes();
+    zuBaseStream stream;
+    stream.SetVersion(V6_32);
+    EXPECT_FALSE(stream.Load(data.data(), data.size()));
+    testing::internal::GetCapturedStderr();
 }
 
 TEST_F(Texture, TexturesSharingOneImageStillShareItAfterLoading)
