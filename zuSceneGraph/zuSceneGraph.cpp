@@ -10,6 +10,10 @@
 #include <zuSceneGraph/states/zuZBufferState.h>
 #include <zuSceneGraph/states/zuCamera.h>
 #include <zuSceneGraph/states/zuLight.h>
+#include <zuSceneGraph/states/zuMaterialState.h>
+#include <zuSceneGraph/states/zuTexture.h>
+#include <zuSceneGraph/states/zuTextureState.h>
+#include <zuSceneGraph/resources/zuImage.h>
 #include <zuSceneGraph/objects/zuTSharedArray.h>
 #include <zuSceneGraph/scenegraph/zuLegacyBoxBV.h>
 #include <zuSceneGraph/scenegraph/zuLegacySphereBV.h>
@@ -103,6 +107,10 @@ const FactoryRegistration factoryRegistrations[] = {
     {zuVertexBuffer::RegisterFactory, zuVertexBuffer::UnRegisterFactory},
     {zuIndexBuffer::RegisterFactory, zuIndexBuffer::UnRegisterFactory},
     {zuKeyframeController::RegisterFactory, zuKeyframeController::UnRegisterFactory},
+    {zuMaterialState::RegisterFactory, zuMaterialState::UnRegisterFactory},
+    {zuTextureState::RegisterFactory, zuTextureState::UnRegisterFactory},
+    {zuTexture::RegisterFactory, zuTexture::UnRegisterFactory},
+    {zuImage::RegisterFactory, zuImage::UnRegisterFactory},
 };
 
 } // namespace
@@ -117,6 +125,7 @@ void initializeZuSceneGraph()
         entry.registerFactory();
     zuVertexBuffer::RegisterRequests();
     zuIndexBuffer::RegisterRequests();
+    zuImage::RegisterRequests();
 }
 
 void terminateZuSceneGraph()
@@ -125,6 +134,7 @@ void terminateZuSceneGraph()
         return;
     zuIndexBuffer::UnRegisterRequests();
     zuVertexBuffer::UnRegisterRequests();
+    zuImage::UnRegisterRequests();
     for (auto entry = std::rbegin(factoryRegistrations); entry != std::rend(factoryRegistrations); ++entry)
         entry->unregisterFactory();
     zuRttiInterface::DestroyFactoryMap();

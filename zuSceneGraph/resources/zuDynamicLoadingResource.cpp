@@ -120,6 +120,13 @@ void zuDynamicLoadingResource::copyStreamInfo(zuDynamicLoadingResource* target) 
     target->mResourceFilePath = mResourceFilePath;
 }
 
+void zuDynamicLoadingResource::clearStreamInfo()
+{
+    mStreamOffset = 0;
+    mStreamVersion = zuStreamVersion();
+    mResourceFilePath.clear();
+}
+
 void zuDynamicLoadingResource::swapFileInfos(zuDynamicLoadingResource& other)
 {
     std::swap(mStreamOffset, other.mStreamOffset);

@@ -99,6 +99,9 @@ public:
     void storeStreamInfo(zuBaseStream* stream) const;
     // Gives `target` this resource's offset, version and path.
     void copyStreamInfo(zuDynamicLoadingResource* target) const;
+    // Forgets the file: the block now exists only in memory (a kind whose block is
+    // replaced in memory calls it, so that no delete drops the new block for the old one).
+    void clearStreamInfo();
     // Exchanges offset, version and path with `other`.
     void swapFileInfos(zuDynamicLoadingResource& other);
     // True when the block must be read now: always when there is no file to read it from

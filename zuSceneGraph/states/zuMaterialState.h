@@ -7,6 +7,10 @@
 namespace zu {
 
 // The surface of a leaf (state type 2): its colours, shininess and opacity.
+//
+// Defaults: ambient (0.2, 0.2, 0.2), diffuse (0.8, 0.8, 0.8), specular and emissive black,
+// shininess 1, opacity 1. Record: the object part, then the four colours (three floats
+// each), shininess and opacity (floats): 56 bytes, the same at every stream version.
 class zuMaterialState : public zuGlobalState {
 public:
     static const zuRtti TYPE;
@@ -16,7 +20,7 @@ public:
 
     zuMaterialState();
 
-    int GetStateType() const override { return MATERIAL; }
+    StateType GetStateType() const override { return MATERIAL; }
 
     Wm4::ColorRGB Ambient;
     Wm4::ColorRGB Diffuse;
@@ -30,7 +34,9 @@ public:
     int GetDiskUsed(const zuBaseStream& stream) const override;
     void Save(zuBaseStream& stream) const override;
     void Load(zuBaseStream& stream, zuLink* link) override;
+    // The object part, then every float within 1e-6 (taken in double).
     bool Equals(const zuRttiInterface* other) const override;
+    // Creates the target when it is null.
     bool Clone(zuRttiInterface*& target) const override;
 };
 

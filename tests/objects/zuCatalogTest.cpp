@@ -1,0 +1,66 @@
+// The catalogue of objects shared by name: what it lists, and the references it holds.
+
+#include "support/zuTestObjects.h"
+
+#include <zuSceneGraph/objects/zuCatalog.h>
+
+#include <gtest/gtest.h>
+
+namespace zu::test {
+namespace {
+
+class Catalog : public ::testing::Test {
+protected:
+    zuTestFactories factories;
+};
+
+TEST_F(Catalog, ListsByNameAndKeepsTheFirst)
+{
+    const int living = zuTestNode::msLiving;
+    {
+        zuCatalog<zuTestNode> catalog;
+        zuTestNode* first = new zuTestNode("wood");
+        EXPECT_TRUE(catalog.Add(first));
+        EXPECT_EQ(1, first->GetReferences());
+        // Refused: the same name again, a null, an object without a name. A refused object
+        // that nothing references is not freed by the refusal.
+        zuPointer<zuTestNode> second = new zuTestNode("wood");
+        EXPECT_FALSE(catalog.Add(second));
+        EXPECT_FALSE(catalog.Add(first));
+        EXPECT_FALSE(catalog.Add(nullptr));
+        zuTestNode* unnamed = new zuTestNode("");
+        EXPECT_FALSE(catalog.Add(unnamed));
+        EXPECT_EQ(0, unnamed->GetReferences());
+        delete unnamed;
+        EXPECT_EQ(1, second->GetReferences());
+
+        EXPECT_EQ(first, catalog.Find("wood"));
+        EXPECT_EQ(nullptr, catalog.Find("stone"));
+        EXPECT_EQ(first, catalog.Share(second));
+        zuTestNode* stone = new zuTestNode("stone");
+        zuPointer<zuTestNode> keepStone = stone;
+        EXPECT_EQ(stone, catalog.Share(stone));
+        EXPECT_EQ(2, catalog.GetQuantity());
+        EXPECT_EQ((std::vector<std::string>{"stone", "wood"}), catalog.GetNames());
+
+        // Renaming does not move an entry; removing by object needs the listed object.
+        stone->SetName("marble");
+        EXPECT_EQ(stone, catalog.Find("stone"));
+        EXPECT_FALSE(catalog.Remove(second));
+        EXPECT_FALSE(catalog.Remove(stone));
+        EXPECT_TRUE(catalog.Remove("stone"));
+        EXPECT_EQ(1, stone->GetReferences());
+        EXPECT_TRUE(catalog.Remove(first));  // frees it: the catalogue held the only reference
+        EXPECT_EQ(0, catalog.GetQuantity());
+
+        catalog.Add(second);
+        catalog.Add(new zuTestNode("glass"));
+        catalog.ReleaseAll();
+        EXPECT_EQ(0, catalog.GetQuantity());
+        EXPECT_EQ(1, second->GetReferences());
+    }
+    EXPECT_EQ(living, zuTestNode::msLiving);
+}
+
+} // namespace
+} // namespace zu::test

@@ -1,0 +1,272 @@
+// Images: format sizes, the saved record, hostile records, and the pixel block as a
+// dynamically loaded resource (load policy, file offset, synchronous and controller loads).
+
+#include "resources/zuResourceTestSupport.h"
+#include "support/zuTestObjects.h"
+
+#include <zuSceneGraph/resources/zuImage.h>
+#include <zuSceneGraph/resources/zuRendererInterface.h>
+#include <zuSceneGraph/resources/zuResourceController.h>
+
+#include <zuSystem/zuFileIoDevice.h>
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstring>
+#include <limits>
+#include <vector>
+
+namespace zu::test {
+namespace {
+
+const zuStreamVersion V6_32(6, 32);
+
+uint64_t id(const zuRttiInterface* object)
+{
+    return reinterpret_cast<uintptr_t>(object);
+}
+
+std::vector<char> pixels(int size, int seed)
+{
+    std::vector<char> bytes(static_cast<size_t>(size));
+    for (int i = 0; i < size; ++i)
+        bytes[static_cast<size_t>(i)] = static_cast<char>((seed * 37 + i * 11) & 0xFF);
+    return bytes;
+}
+
+bool hasPixels(const zuImage& image, const std::vector<char>& expected)
+{
+    return image.GetData() && image.GetDataSize() == static_cast<int>(expected.size())
+        && std::memcmp(image.GetData(), expected.data(), expected.size()) == 0;
+}
+
+// The top-level images of a file (empty on failure).
+std::vector<zuPointer<zuImage>> loadImages(const std::string& path)
+{
+    std::vector<zuPointer<zuImage>> images;
+    zuFileStream stream(64);
+    zuFileIoDevice device(path, zuFileIoDevice::ReadOnly);
+    if (!stream.Load(device, path))
+        return images;
+    for (int i = 0; i < stream.GetObjectCount(); ++i)
+        if (zuRttiInterface* object = stream.GetObjectAt(i); object && object->IsDerived(zuImage::TYPE))
+            images.emplace_back(static_cast<zuImage*>(object));
+    return images;
+}
+
+// A 6.32 stream of one top-level image record with the given fields and block.
+std::vector<char> imageStream(const std::string& name, int format, int width, int height, int size,
+                              const std::vector<char>& block)
+{
+    const std::string type = "zuCore.zuImage";
+    zuBytes bytes;
+    bytes.str("Top Level").str(type);
+    bytes.i32(static_cast<int>(4 + type.size() + 4 + 8 + 4 + name.size() + 4 + 16 + block.size()));
+    bytes.u64(0x1000).str(name).i32(0);
+    bytes.i32(format).i32(width).i32(height).i32(size).raw(block.data(), block.size());
+    return bytes.bytes();
+}
+
+bool loads(std::vector<char> bytes, zuPointer<zuImage>* loaded = nullptr)
+{
+    zuBaseStream stream;
+    stream.SetVersion(V6_32);
+    if (!stream.Load(bytes.data(), bytes.size()) || stream.GetObjectCount() != 1)
+        return false;
+    if (loaded)
+        *loaded = static_cast<zuImage*>(stream.GetObjectAt(0));
+    return true;
+}
+
+using Image = ResourceLibrary;
+
+TEST(zuImageFormats, SizesOfPlainAndCompressedFormats)
+{
+    uint64_t size = 0;
+    ASSERT_TRUE(zuImage::ComputeDataSize(zuImage::RGB8, 5, 3, size));
+    EXPECT_EQ(45u, size);
+    ASSERT_TRUE(zuImage::ComputeDataSize(zuImage::RGBA32F, 2, 2, size));
+    EXPECT_EQ(64u, size);
+    // Compressed: 4x4 blocks, rounded up in each direction.
+    ASSERT_TRUE(zuImage::ComputeDataSize(zuImage::DXT1, 5, 4, size));
+    EXPECT_EQ(16u, size);
+    ASSERT_TRUE(zuImage::ComputeDataSize(zuImage::DXT5, 1, 1, size));
+    EXPECT_EQ(16u, size);
+    ASSERT_TRUE(zuImage::ComputeDataSize(zuImage::DXT3, 0, 7, size));
+    EXPECT_EQ(0u, size);
+    // The largest dimensions: 4 bytes a pixel still fit 64 bits, 16 do not (no wrapping).
+    const int big = std::numeric_limits<int>::max();
+    ASSERT_TRUE(zuImage::ComputeDataSize(zuImage::RGBA8, big, big, size));
+    EXPECT_EQ(4u * static_cast<uint64_t>(big) * static_cast<uint64_t>(big), size);
+    EXPECT_FALSE(zuImage::ComputeDataSize(zuImage::RGBA32F, big, big, size));
+    EXPECT_FALSE(zuImage::ComputeDataSize(zuImage::RGB8, -1, 1, size));
+    EXPECT_FALSE(zuImage::ComputeDataSize(static_cast<zuImage::FormatMode>(99), 1, 1, size));
+
+    EXPECT_EQ(3, zuImage::GetBytesPerPixel(zuImage::BGR8));
+    EXPECT_EQ(0, zuImage::GetBytesPerPixel(zuImage::DXT1));
+    EXPECT_EQ(8, zuImage::GetBlockBytes(zuImage::DXT1));
+    EXPECT_TRUE(zuImage::IsCompressed(zuImage::DXT3));
+    EXPECT_FALSE(zuImage::IsCompressed(zuImage::L16));
+    EXPECT_TRUE(zuImage::HasAlpha(zuImage::LA8));
+    EXPECT_FALSE(zuImage::HasAlpha(zuImage::RGB32F));
+    EXPECT_STREQ("RGBA32F", zuImage::GetFormatName(zuImage::RGBA32F));
+    EXPECT_STREQ("UNKNOWN", zuImage::GetFormatName(zuImage::FORMAT_QUANTITY));
+}
+
+TEST(zuImageFormats, SetImageRefusesWhatTheFormatCannotHoldAndChangesNothing)
+{
+    const std::vector<char> rgb = pixels(12, 1);
+    zuImage image(zuImage::RGB8, 2, 2, rgb.data());
+    ASSERT_TRUE(hasPixels(image, rgb));
+    // Beyond the 2 GB the record stores, negative, unknown.
+    EXPECT_FALSE(image.SetImage(zuImage::RGBA8, 32768, 16384));
+    EXPECT_FALSE(image.SetImage(zuImage::RGB8, 2, -2));
+    EXPECT_FALSE(image.SetImage(static_cast<zuImage::FormatMode>(-1), 2, 2));
+    EXPECT_EQ(zuImage::RGB8, image.GetFormat());
+    EXPECT_TRUE(hasPixels(image, rgb));
+    // No pixels given: zeros.
+    ASSERT_TRUE(image.SetImage(zuImage::L8, 3, 1));
+    EXPECT_TRUE(hasPixels(image, std::vector<char>(3, 0)));
+}
+
+TEST_F(Image, RecordAt6_32)
+{
+    const std::vector<char> rgba = pixels(2 * 3 * 4, 5);
+    zuPointer<zuImage> image = new zuImage(zuImage::RGBA8, 2, 3, rgba.data());
+    image->SetName("brick.png");
+
+    zuBytes expected;
+    expected.str("Top Level").str("zuCore.zuImage");
+    // Type name, size, identity; name, no controllers; format, width, height, size; pixels.
+    expected.i32(4 + 14 + 4 + 8 + 4 + 9 + 4 + 16 + 24).u64(id(image.get()));
+    expected.str("brick.png").i32(0);
+    expected.i32(zuImage::RGBA8).i32(2).i32(3).i32(24).raw(rgba.data(), rgba.size());
+    EXPECT_EQ(expected.bytes(), saveToBytes({image.get()}, V6_32));
+    zuBaseStream stream;
+    stream.SetVersion(V6_32);
+    EXPECT_EQ(static_cast<int>(expected.size()) - 13, image->GetDiskUsed(stream));
+}
+
+TEST_F(Image, HostileRecordsAreRefusedBeforeAnythingIsAllocated)
+{
+    const std::vector<char> block = pixels(12, 2);
+    zuPointer<zuImage> loaded;
+    ASSERT_TRUE(loads(imageStream("a", zuImage::RGB8, 2, 2, 12, block), &loaded));
+    EXPECT_TRUE(hasPixels(*loaded, block));
+
+    zuLogCapture quiet;
+    testing::internal::CaptureStderr();
+    // A size that disagrees with format and dimensions, in either direction.
+    EXPECT_FALSE(loads(imageStream("a", zuImage::RGB8, 2, 2, 11, pixels(11, 2))));
+    EXPECT_FALSE(loads(imageStream("a", zuImage::RGB8, 3, 2, 12, block)));
+    // Dimensions whose product overflows 32 bits must not wrap round to the size given.
+    EXPECT_FALSE(loads(imageStream("a", zuImage::RGBA8, 65536, 16384, 0, {})));
+    EXPECT_FALSE(loads(imageStream("a", zuImage::RGB8, -2, -2, 12, block)));
+    // A block larger than the data, or negative.
+    EXPECT_FALSE(loads(imageStream("a", zuImage::L8, 1 << 20, 1 << 10, 1 << 30, block)));
+    EXPECT_FALSE(loads(imageStream("a", 99, 1, 1, -1, {})));
+    testing::internal::GetCapturedStderr();
+
+    // An unknown format keeps its block as read.
+    ASSERT_TRUE(loads(imageStream("a", 99, 7, 7, 12, block), &loaded));
+    EXPECT_EQ(99, static_cast<int>(loaded->GetFormat()));
+    EXPECT_TRUE(hasPixels(*loaded, block));
+}
+
+TEST_F(Image, NotLoadedByPolicyThenLoadedBackFromItsFile)
+{
+    zuTempDir dir;
+    const std::string path = dir.file("images.mvk");
+    const std::vector<char> first = pixels(4 * 4 * 3, 7);
+    const std::vector<char> second = pixels(16, 8);
+    zuPointer<zuImage> a = new zuImage(zuImage::RGB8, 4, 4, first.data());
+    zuPointer<zuImage> b = new zuImage(zuImage::DXT5, 3, 3, second.data());
+    a->SetName("a");
+    b->SetName("b");
+    // Small blocks, so that the pixels cross block boundaries.
+    ASSERT_TRUE(saveResources(path, {a.get(), b.get()}, 16));
+    // Saving records where the block went.
+    EXPECT_EQ(path, a->getResourceFilePath());
+    EXPECT_EQ(first, readFileBytes(path, a->getStreamOffset(), first.size()));
+
+    zuDynamicLoadingResource::SetLoadPolicy(zuImage::TYPE, false);
+    std::vector<zuPointer<zuImage>> images = loadImages(path);
+    ASSERT_EQ(2u, images.size());
+    for (const auto& image : images) {
+        EXPECT_FALSE(image->isCPUResident());
+        EXPECT_EQ(path, image->getResourceFilePath());
+        EXPECT_EQ(V6_32, image->getStreamVersion());
+    }
+    EXPECT_EQ(zuImage::DXT5, images[1]->GetFormat());
+    EXPECT_EQ(16, images[1]->GetDataSize());
+    EXPECT_EQ(a->getStreamOffset(), images[0]->getStreamOffset());
+    EXPECT_EQ(second, readFileBytes(path, images[1]->getStreamOffset(), second.size()));
+    // Equal in everything but residency: not equal.
+    EXPECT_FALSE(images[0]->Equals(a));
+
+    ASSERT_TRUE(zuRendererInterface::LoadCPUData(images[0]));
+    EXPECT_TRUE(hasPixels(*images[0], first));
+    EXPECT_TRUE(images[0]->Equals(a));
+    EXPECT_TRUE(zuRendererInterface::DeleteCPUData(images[0], false));
+
+    // The controller's workers read the other one.
+    zuResourceController controller(1);
+    ASSERT_NE(0u, controller.requestCPULoad(images[1]));
+    ASSERT_TRUE(controller.start());
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    while (!controller.isIdle() && std::chrono::steady_clock::now() < limit) {
+        controller.waitForFinishedRequests(100);
+        controller.finalizeRequests();
+    }
+    controller.stop();
+    EXPECT_TRUE(hasPixels(*images[1], second));
+
+    // Saving a non-resident image reads its pixels for the write and drops them again;
+    // the image then refers to the new file.
+    const std::string copyPath = dir.file("copy.mvk");
+    ASSERT_TRUE(saveResources(copyPath, {images[0].get()}));
+    EXPECT_FALSE(images[0]->isCPUResident());
+    EXPECT_EQ(copyPath, images[0]->getResourceFilePath());
+    EXPECT_EQ(first, readFileBytes(copyPath, images[0]->getStreamOffset(), first.size()));
+}
+
+TEST_F(Image, EqualsAndClone)
+{
+    const std::vector<char> rgb = pixels(12, 3);
+    zuPointer<zuImage> image = new zuImage(zuImage::RGB8, 2, 2, rgb.data());
+    image->SetName("i");
+    zuRttiInterface* target = nullptr;
+    ASSERT_TRUE(image->Clone(target));
+    zuPointer<zuRttiInterface> clone = target;
+    EXPECT_TRUE(clone->Equals(image));
+    zuImage* copy = static_cast<zuImage*>(target);
+    EXPECT_NE(copy->GetData(), image->GetData());
+    copy->GetData()[11] ^= 1;
+    EXPECT_FALSE(copy->Equals(image));
+    copy->GetData()[11] ^= 1;
+    copy->SetName("j");
+    EXPECT_FALSE(copy->Equals(image));
+
+    // A clone of a non-resident image reads the same pixels from the same file.
+    zuTempDir dir;
+    ASSERT_TRUE(saveResources(dir.file("i.mvk"), {image.get()}));
+    zuDynamicLoadingResource::SetLoadPolicy(zuImage::TYPE, false);
+    std::vector<zuPointer<zuImage>> images = loadImages(dir.file("i.mvk"));
+    ASSERT_EQ(1u, images.size());
+    zuRttiInterface* lazy = nullptr;
+    ASSERT_TRUE(images[0]->Clone(lazy));
+    zuPointer<zuRttiInterface> lazyClone = lazy;
+    zuImage* lazyImage = static_cast<zuImage*>(lazy);
+    EXPECT_FALSE(lazyImage->isCPUResident());
+    ASSERT_TRUE(zuRendererInterface::LoadCPUData(lazyImage));
+    EXPECT_TRUE(hasPixels(*lazyImage, rgb));
+
+    // Not into another class.
+    zuRttiInterface* node = new zuTestNode("n");
+    zuPointer<zuRttiInterface> keep = node;
+    EXPECT_FALSE(image->Clone(node));
+}
+
+} // namespace
+} // namespace zu::test

@@ -1,0 +1,296 @@
+// Textures and texture states: their exact records, references type-checked in Link,
+// shared images through the file container and through an image catalogue, resources.
+
+#include "support/zuTestObjects.h"
+
+#include <zuSceneGraph/objects/zuCatalog.h>
+#include <zuSceneGraph/resources/zuImage.h>
+#include <zuSceneGraph/states/zuMaterialState.h>
+#include <zuSceneGraph/states/zuTexture.h>
+#include <zuSceneGraph/states/zuTextureState.h>
+#include <zuSceneGraph/stream/zuFileStream.h>
+
+#include <zuSystem/zuMemoryIoDevice.h>
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <vector>
+
+namespace zu::test {
+namespace {
+
+const zuStreamVersion V6_32(6, 32);
+
+uint64_t id(const zuRttiInterface* object)
+{
+    return reinterpret_cast<uintptr_t>(object);
+}
+
+class Texture : public ::testing::Test {
+protected:
+    zuTestFactories factories;
+};
+
+// The start of a 6.32 record: type name, size (counted from the type name's length
+// field), identity, the object's name and no controllers.
+void header(zuBytes& bytes, const std::string& type, uint64_t identity, const std::string& name, int fieldBytes)
+{
+    bytes.str(type).i32(static_cast<int>(4 + type.size() + 4 + 8 + 4 + name.size() + 4) + fieldBytes);
+    bytes.u64(identity).str(name).i32(0);
+}
+
+zuImage* makeImage(const std::string& name, char seed)
+{
+    const char rgb[6] = {seed, 2, 3, 4, 5, 6};
+    zuImage* image = new zuImage(zuImage::RGB8, 2, 1, rgb);
+    image->SetName(name);
+    return image;
+}
+
+zuTexture* makeTexture(zuImage* image, zuTexture::Channel channel, int unit)
+{
+    zuTexture* texture = new zuTexture(image);
+    texture->SetChannel(channel);
+    texture->SetUnit(unit);
+    return texture;
+}
+
+// Saves the objects with a zuFileStream of 16-byte blocks and loads them back with the
+// given catalogue: the loaded top-level objects.
+std::vector<zuPointer<zuObject>> throughFile(const std::vector<zuRttiInterface*>& objects,
+                                             zuCatalog<zuImage>* catalog)
+{
+    const std::vector<char> file = saveToFileBytes(objects, V6_32, 16);
+    zuMemoryIoDevice device(file);
+    zuFileStream stream(16, catalog);
+    std::vector<zuPointer<zuObject>> loaded;
+    if (stream.Load(device, "memory"))
+        for (int i = 0; i < stream.GetObjectCount(); ++i)
+            loaded.emplace_back(static_cast<zuObject*>(stream.GetObjectAt(i)));
+    return loaded;
+}
+
+zuTexture* textureOf(const zuObject* state, int i)
+{
+    return static_cast<const zuTextureState*>(state)->GetTexture(i);
+}
+
+TEST_F(Texture, TextureRecordWithItsImageAt6_32)
+{
+    zuPointer<zuImage> image = makeImage("px.png", 1);
+    zuPointer<zuTexture> texture = makeTexture(image, zuTexture::CH_BUMP, 1);
+    texture->SetName("bump");
+    texture->SetWrap(zuTexture::WM_CLAMP_EDGE, zuTexture::WM_MIRRORED_REPEAT);
+    texture->SetFilter(zuTexture::FM_LINEAR_MIPMAP_NEAREST, zuTexture::FM_NEAREST);
+    EXPECT_EQ("px.png", texture->GetImageName());
+
+    zuBytes expected;
+    expected.str("Top Level");
+    header(expected, "zuCore.zuTexture", id(texture.get()), "bump", 8 + 4 + 6 + 24);
+    expected.u64(id(image.get())).str("px.png").i32(0).i32(3).i32(3).i32(0).i32(1).i32(zuTexture::CH_BUMP);
+    // The image follows, registered by the texture.
+    header(expected, "zuCore.zuImage", id(image.get()), "px.png", 16 + 6);
+    expected.i32(zuImage::RGB8).i32(2).i32(1).i32(6).raw(image->GetData(), 6);
+    EXPECT_EQ(expected.bytes(), saveToBytes({texture.get()}, V6_32));
+
+    // A texture that only names its image; defaults.
+    zuPointer<zuTexture> named = new zuTexture;
+    named->SetImageName("later.png");
+    zuBytes alone;
+    alone.str("Top Level");
+    header(alone, "zuCore.zuTexture", id(named.get()), "", 8 + 4 + 9 + 24);
+    alone.u64(0).str("later.png").i32(zuTexture::WM_REPEAT).i32(zuTexture::WM_REPEAT);
+    alone.i32(zuTexture::FM_LINEAR_MIPMAP_LINEAR).i32(zuTexture::FM_LINEAR).i32(0).i32(zuTexture::CH_DIFFUSE);
+    EXPECT_EQ(alone.bytes(), saveToBytes({named.get()}, V6_32));
+}
+
+TEST_F(Texture, TextureStateRecordAndSlots)
+{
+    zuPointer<zuTextureState> state = new zuTextureState;
+    EXPECT_EQ(zuGlobalState::TEXTURE, state->GetStateType());
+    zuPointer<zuTexture> texture = new zuTexture;
+    EXPECT_EQ(-1, state->AttachTexture(nullptr));
+    EXPECT_EQ(0, state->AttachTexture(texture));
+    state->SetTexture(1, nullptr);      // appends an empty slot
+    state->SetTexture(2, texture);      // appends again: one texture in two slots
+    state->SetTexture(5, texture);      // beyond the end: ignored
+    state->SetTexture(-1, texture);
+    ASSERT_EQ(3, state->GetTextureQuantity());
+    EXPECT_EQ(nullptr, state->GetTexture(1));
+    EXPECT_EQ(nullptr, state->GetTexture(3));
+    EXPECT_EQ(3, texture->GetReferences());
+
+    zuBytes expected;
+    expected.str("Top Level");
+    header(expected, "zuCore.zuTextureState", id(state.get()), "", 4 + 24);
+    expected.i32(3).u64(id(texture.get())).u64(0).u64(id(texture.get()));
+    header(expected, "zuCore.zuTexture", id(texture.get()), "", 8 + 4 + 24);
+    expected.u64(0).str("").i32(2).i32(2).i32(5).i32(1).i32(0).i32(0);
+    EXPECT_EQ(expected.bytes(), saveToBytes({state.get()}, V6_32));
+
+    std::vector<zuPointer<zuObject>> loaded = throughFile({state.get()}, nullptr);
+    ASSERT_EQ(1u, loaded.size());
+    EXPECT_TRUE(loaded[0]->Equals(state));
+    EXPECT_EQ(textureOf(loaded[0], 0), textureOf(loaded[0], 2));
+    EXPECT_EQ(nullptr, textureOf(loaded[0], 1));
+
+    state->RemoveAllTextures();
+    EXPECT_EQ(0, state->GetTextureQuantity());
+    EXPECT_EQ(1, texture->GetReferences());
+}
+
+TEST_F(Texture, ReferencesToOtherKindsAreDroppedInLink)
+{
+    // A texture state and a texture whose references point to a material state.
+    const uint64_t material = 0x5000;
+    zuBytes bytes;
+    bytes.str("Top Level");
+    header(bytes, "zuCore.zuTextureState", 0x1000, "", 4 + 8);
+    bytes.i32(1).u64(material);
+    bytes.str("Top Level");
+    header(bytes, "zuCore.zuTexture", 0x2000, "", 8 + 4 + 24);
+    bytes.u64(material).str("").i32(0).i32(0).i32(0).i32(0).i32(0).i32(0);
+    header(bytes, "zuCore.zuMaterialState", material, "", 56);
+    for (int i = 0; i < 14; ++i)
+        bytes.f32(0.5f);
+
+    std::vector<char> data = bytes.bytes();
+    zuBaseStream stream;
+    stream.SetVersion(V6_32);
+    ASSERT_TRUE(stream.Load(data.data(), data.size()));
+    ASSERT_EQ(2, stream.GetObjectCount());
+    const auto* state = static_cast<const zuTextureState*>(stream.GetObjectAt(0));
+    const auto* texture = static_cast<const zuTexture*>(stream.GetObjectAt(1));
+    EXPECT_EQ(1, state->GetTextureQuantity());
+    EXPECT_EQ(nullptr, state->GetTexture(0));
+    EXPECT_EQ(nullptr, texture->GetImage());
+}
+
+TEST_F(Texture, CutAndForgedRecordsFailCleanly)
+{
+    zuPointer<zuTextureState> state = new zuTextureState;
+    state->AttachTexture(makeTexture(makeImage("cut.png", 4), zuTexture::CH_DIFFUSE, 0));
+    const std::vector<char> whole = saveToBytes({state.get()}, V6_32);
+    testing::internal::CaptureStderr();
+    for (size_t length = 1; length < whole.size(); ++length) {
+        std::vector<char> cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length));
+        zuBaseStream stream;
+        stream.SetVersion(V6_32);
+        // A cut at a record boundary loads the records before it, whose references to
+        // the missing ones stay empty; the image record is the last one.
+        if (stream.Load(cut.data(), cut.size())) {
+            ASSERT_EQ(1, stream.GetObjectCount()) << length;
+            const zuTexture* texture = textureOf(static_cast<zuObject*>(stream.GetObjectAt(0)), 0);
+            EXPECT_TRUE(!texture || !texture->GetImage()) << length;
+        }
+    }
+    // A count of slots the data cannot hold.
+    zuBytes forged;
+    forged.str("Top Level");
+    header(forged, "zuCore.zuTextureState", 0x1000, "", 4 + 8);
+    forged.i32(0x10000000).u64(0);
+    std::vector<char> data = forged.bytes();
+    zuBaseStream stream;
+    stream.SetVersion(V6_32);
+    EXPECT_FALSE(stream.Load(data.data(), data.size()));
+    testing::internal::GetCapturedStderr();
+}
+
+TEST_F(Texture, TexturesSharingOneImageStillShareItAfterLoading)
+{
+    zuPointer<zuImage> image = makeImage("wood.png", 9);
+    zuPointer<zuTextureState> state = new zuTextureState;
+    state->AttachTexture(makeTexture(image, zuTexture::CH_DIFFUSE, 0));
+    state->AttachTexture(makeTexture(image, zuTexture::CH_OPACITY, 1));
+    // An enumeration outside its list survives the trip.
+    state->GetTexture(1)->SetChannel(static_cast<zuTexture::Channel>(42));
+    EXPECT_STREQ("UNKNOWN", zuTexture::GetChannelName(42));
+    EXPECT_STREQ("CH_OPACITY", zuTexture::GetChannelName(zuTexture::CH_OPACITY));
+
+    std::vector<zuPointer<zuObject>> loaded = throughFile({state.get()}, nullptr);
+    ASSERT_EQ(1u, loaded.size());
+    EXPECT_TRUE(loaded[0]->Equals(state));
+    zuTexture* first = textureOf(loaded[0], 0);
+    zuTexture* second = textureOf(loaded[0], 1);
+    ASSERT_NE(nullptr, first->GetImage());
+    EXPECT_EQ(first->GetImage(), second->GetImage());
+    EXPECT_TRUE(first->GetImage()->Equals(image));
+    EXPECT_EQ(42, static_cast<int>(second->GetChannel()));
+    EXPECT_EQ(1, second->GetUnit());
+}
+
+TEST_F(Texture, ImagesOfOneNameAreSharedThroughTheCatalogue)
+{
+    // Two textures, each with its own image of the same name, and one that names it only.
+    zuPointer<zuTextureState> state = new zuTextureState;
+    state->AttachTexture(makeTexture(makeImage("brick.png", 1), zuTexture::CH_DIFFUSE, 0));
+    state->AttachTexture(makeTexture(makeImage("brick.png", 2), zuTexture::CH_BUMP, 0));
+    zuTexture* named = new zuTexture;
+    named->SetImageName("brick.png");
+    state->AttachTexture(named);
+    ASSERT_NE(state->GetTexture(0)->GetImage(), state->GetTexture(1)->GetImage());
+
+    // Without a catalogue each texture keeps what the file gives it.
+    std::vector<zuPointer<zuObject>> plain = throughFile({state.get()}, nullptr);
+    ASSERT_EQ(1u, plain.size());
+    EXPECT_NE(textureOf(plain[0], 0)->GetImage(), textureOf(plain[0], 1)->GetImage());
+    EXPECT_EQ(nullptr, textureOf(plain[0], 2)->GetImage());
+
+    // With one, a single image object serves all three: the first one linked.
+    zuCatalog<zuImage> catalog;
+    std::vector<zuPointer<zuObject>> shared = throughFile({state.get()}, &catalog);
+    ASSERT_EQ(1u, shared.size());
+    ASSERT_EQ(1, catalog.GetQuantity());
+    zuImage* listed = catalog.Find("brick.png");
+    ASSERT_NE(nullptr, listed);
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(listed, textureOf(shared[0], i)->GetImage()) << "texture " << i;
+    EXPECT_EQ(1, listed->GetData()[0]);
+    // The catalogue and three textures hold it; the file's second image is gone.
+    EXPECT_EQ(4, listed->GetReferences());
+
+    // A second load with the same catalogue takes the listed image.
+    std::vector<zuPointer<zuObject>> again = throughFile({state.get()}, &catalog);
+    ASSERT_EQ(1u, again.size());
+    EXPECT_EQ(listed, textureOf(again[0], 1)->GetImage());
+    EXPECT_EQ(1, catalog.GetQuantity());
+    catalog.ReleaseAll();
+    EXPECT_EQ(6, listed->GetReferences());
+}
+
+TEST_F(Texture, ResourcesEqualsAndClone)
+{
+    zuPointer<zuImage> image = makeImage("r.png", 3);
+    zuPointer<zuTexture> texture = makeTexture(image, zuTexture::CH_SPECULAR, 2);
+    std::vector<zuDynamicLoadingResource*> resources;
+    EXPECT_TRUE(texture->getResources(resources));
+    ASSERT_EQ(1u, resources.size());
+    EXPECT_EQ(static_cast<zuDynamicLoadingResource*>(image.get()), resources[0]);
+    EXPECT_EQ(resources[0], texture->GetResource());
+    zuPointer<zuTexture> empty = new zuTexture;
+    EXPECT_FALSE(empty->getResources(resources));
+    EXPECT_EQ(1u, resources.size());
+    EXPECT_EQ(nullptr, empty->GetResource());
+
+    zuRttiInterface* target = nullptr;
+    ASSERT_TRUE(texture->Clone(target));
+    zuPointer<zuRttiInterface> clone = target;
+    EXPECT_TRUE(clone->Equals(texture));
+    EXPECT_EQ(image.get(), static_cast<zuTexture*>(target)->GetImage());
+    static_cast<zuTexture*>(target)->SetFilter(zuTexture::FM_NEAREST, zuTexture::FM_LINEAR);
+    EXPECT_FALSE(clone->Equals(texture));
+
+    // Images compare by content, not by identity.
+    zuPointer<zuTexture> other = makeTexture(makeImage("r.png", 3), zuTexture::CH_SPECULAR, 2);
+    EXPECT_TRUE(other->Equals(texture));
+    other->GetImage()->GetData()[5] = 0;
+    EXPECT_FALSE(other->Equals(texture));
+
+    // Setting no image keeps the name of the last one.
+    other->SetImage(nullptr);
+    EXPECT_EQ("r.png", other->GetImageName());
+}
+
+} // namespace
+} // namespace zu::test
