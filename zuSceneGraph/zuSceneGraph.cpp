@@ -132,9 +132,9 @@ void terminateZuSceneGraph()
 {
     if (!LibInitCounter::terminate("scenegraph"))
         return;
+    zuImage::UnRegisterRequests();
     zuIndexBuffer::UnRegisterRequests();
     zuVertexBuffer::UnRegisterRequests();
-    zuImage::UnRegisterRequests();
     for (auto entry = std::rbegin(factoryRegistrations); entry != std::rend(factoryRegistrations); ++entry)
         entry->unregisterFactory();
     zuRttiInterface::DestroyFactoryMap();
