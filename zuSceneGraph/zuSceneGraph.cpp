@@ -14,6 +14,8 @@
 #include <zuSceneGraph/scenegraph/zuLegacySphereBV.h>
 #include <zuSceneGraph/scenegraph/zuNode.h>
 #include <zuSceneGraph/scenegraph/zuSemanticMetadata.h>
+#include <zuSceneGraph/resources/zuIndexBuffer.h>
+#include <zuSceneGraph/resources/zuVertexBuffer.h>
 #include <zuSceneGraph/stream/zuCoreSettings.h>
 
 #include <zuSystem/LibInitCounter.h>
@@ -85,6 +87,8 @@ const FactoryRegistration factoryRegistrations[] = {
     {zuLegacyBoxBV::RegisterFactory, zuLegacyBoxBV::UnRegisterFactory},
     {zuSemanticMetadata::RegisterFactory, zuSemanticMetadata::UnRegisterFactory},
     {zuNode::RegisterFactory, zuNode::UnRegisterFactory},
+    {zuVertexBuffer::RegisterFactory, zuVertexBuffer::UnRegisterFactory},
+    {zuIndexBuffer::RegisterFactory, zuIndexBuffer::UnRegisterFactory},
 };
 
 } // namespace
@@ -97,12 +101,16 @@ void initializeZuSceneGraph()
     zuRttiInterface::CreateFactoryMap();
     for (const FactoryRegistration& entry : factoryRegistrations)
         entry.registerFactory();
+    zuVertexBuffer::RegisterRequests();
+    zuIndexBuffer::RegisterRequests();
 }
 
 void terminateZuSceneGraph()
 {
     if (!LibInitCounter::terminate("scenegraph"))
         return;
+    zuIndexBuffer::UnRegisterRequests();
+    zuVertexBuffer::UnRegisterRequests();
     for (auto entry = std::rbegin(factoryRegistrations); entry != std::rend(factoryRegistrations); ++entry)
         entry->unregisterFactory();
     zuRttiInterface::DestroyFactoryMap();

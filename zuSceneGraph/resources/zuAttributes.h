@@ -1,0 +1,157 @@
+#pragma once
+
+#include <vector>
+
+namespace zu {
+
+// The byte layout of one vertex of a zuVertexBuffer: which channel groups are present, how
+// many components each has, and at which byte offset inside the vertex each starts.
+//
+// Groups, in the order they are laid out: position, blend weight, normal, colour units,
+// fog, point size, blend indices, texture-coordinate units, tangent, bitangent, then the
+// units of the six typed user families (UserByte, UserUByte, UserShort, UserUShort,
+// UserInt, UserUInt). Groups up to the bitangent hold 32-bit floats (blend indices too);
+// the user families hold signed/unsigned 8-, 16- and 32-bit integers. Groups follow each
+// other with no gap for alignment: 3 position floats and one UserByte unit of 3 channels
+// make a stride of 15, so the floats of the next vertex may be unaligned.
+//
+// An absent group has offset -1 and 0 channels. Every setter recomputes the offsets and
+// the stride (UpdateOffsets): they are derived from the channel counts alone.
+class zuAttributes {
+public:
+    // Every group, in layout order. COLOR, TCOORD and the USER_ families have units
+    // (numbered from 0, with no upper bound); the others are single groups.
+    enum Group : int {
+        POSITION,
+        BLEND_WEIGHT,
+        NORMAL,
+        COLOR,
+        FOG,
+        PSIZE,
+        BLEND_INDICES,
+        TCOORD,
+        TANGENT,
+        BITANGENT,
+        USER_BYTE,
+        USER_UBYTE,
+        USER_SHORT,
+        USER_USHORT,
+        USER_INT,
+        USER_UINT,
+        GROUP_COUNT
+    };
+
+    // Stride 0, no group.
+    zuAttributes();
+
+    // Resets every offset, then gives each present group (unit) in layout order the running
+    // stride as its offset and adds its bytes (channels × component size).
+    void UpdateOffsets();
+    int GetStride() const { return mStride; }
+
+    // The generic forms, for code that walks every group. `unit` is ignored by the single
+    // groups. The channel count is 0 and the offset -1 (all ones as an unsigned value) for
+    // a negative or missing unit.
+    int GetChannels(Group group, int unit = 0) const;
+    unsigned int GetOffsetByte(Group group, int unit = 0) const;
+    bool Has(Group group, int unit = 0) const { return GetChannels(group, unit) > 0; }
+    // The number of units of a unit family; 1 for a single group.
+    int GetUnitCount(Group group) const;
+    // The channel count of every unit of a unit family (empty for a single group).
+    const std::vector<int>& GetUnitChannels(Group group) const;
+    // Sets a group's count. For a unit family the units grow to `unit + 1` when needed (new
+    // units get 0 channels); a negative unit changes nothing.
+    void SetChannels(Group group, int unit, int channels);
+    // Replaces every unit of a unit family at once, the same as setting the units one by
+    // one in order (a stream load uses it, so that many units cost one UpdateOffsets).
+    void SetUnitChannels(Group group, const std::vector<int>& channels);
+
+    static bool IsUnitFamily(Group group);
+    // Bytes per component: 4 for the float groups, 1, 1, 2, 2, 4, 4 for the user families.
+    static int ComponentSize(Group group);
+
+    // The named forms of the single groups: Set<Group>Channels(int), Get<Group>Channels(),
+    // Get<Group>OffsetByte(), Has<Group>().
+#define ZU_ATTRIBUTES_GROUP(Name, GROUP)                                                   \
+    void Set##Name##Channels(int channels) { SetChannels(GROUP, 0, channels); }            \
+    int Get##Name##Channels() const { return GetChannels(GROUP); }                         \
+    unsigned int Get##Name##OffsetByte() const { return GetOffsetByte(GROUP); }            \
+    bool Has##Name() const { return Has(GROUP); }
+    ZU_ATTRIBUTES_GROUP(Position, POSITION)
+    ZU_ATTRIBUTES_GROUP(BlendWeight, BLEND_WEIGHT)
+    ZU_ATTRIBUTES_GROUP(Normal, NORMAL)
+    ZU_ATTRIBUTES_GROUP(Fog, FOG)
+    ZU_ATTRIBUTES_GROUP(PSize, PSIZE)
+    ZU_ATTRIBUTES_GROUP(BlendIndices, BLEND_INDICES)
+    ZU_ATTRIBUTES_GROUP(Tangent, TANGENT)
+    ZU_ATTRIBUTES_GROUP(Bitangent, BITANGENT)
+#undef ZU_ATTRIBUTES_GROUP
+
+    // The named forms of the unit families: Set<Family>Channels(unit, channels),
+    // Get<Family>Channels(unit), Get<Family>OffsetByte(unit), Has<Family>(unit) and
+    // Get<Family>UnitCount().
+#define ZU_ATTRIBUTES_UNITS(Name, GROUP)                                                    \
+    void Set##Name##Channels(int unit, int channels) { SetChannels(GROUP, unit, channels); } \
+    int Get##Name##Channels(int unit) const { return GetChannels(GROUP, unit); }            \
+    unsigned int Get##Name##OffsetByte(int unit) const { return GetOffsetByte(GROUP, unit); } \
+    bool Has##Name(int unit) const { return Has(GROUP, unit); }                             \
+    int Get##Name##UnitCount() const { return GetUnitCount(GROUP); }
+    ZU_ATTRIBUTES_UNITS(Color, COLOR)
+    ZU_ATTRIBUTES_UNITS(TCoord, TCOORD)
+    ZU_ATTRIBUTES_UNITS(UserByte, USER_BYTE)
+    ZU_ATTRIBUTES_UNITS(UserUByte, USER_UBYTE)
+    ZU_ATTRIBUTES_UNITS(UserShort, USER_SHORT)
+    ZU_ATTRIBUTES_UNITS(UserUShort, USER_USHORT)
+    ZU_ATTRIBUTES_UNITS(UserInt, USER_INT)
+    ZU_ATTRIBUTES_UNITS(UserUInt, USER_UINT)
+#undef ZU_ATTRIBUTES_UNITS
+
+    // True when, for every group whose flag is set, the channel counts are equal; a unit
+    // family must have the same units with the same counts. Offsets and strides are not
+    // compared.
+    bool Matches(const zuAttributes& other, bool position, bool blendWeight, bool normal, bool color, bool fog,
+                 bool pSize, bool blendIndices, bool tCoord, bool tangent, bool bitangent, bool userByte,
+                 bool userUByte, bool userShort, bool userUShort, bool userInt, bool userUInt) const;
+
+    // Deliberately partial: the stride, the offsets of the float groups, the channels of the
+    // float groups and the UserByte channels. The offsets of every user family and the
+    // channels of UserUByte, UserShort, UserUShort, UserInt and UserUInt take no part, so two
+    // layouts that differ only there, with the same stride, are equal. Buffers compare
+    // their layouts with it, and files of this format rely on the same answer.
+    bool operator==(const zuAttributes& other) const;
+    bool operator!=(const zuAttributes& other) const { return !(*this == other); }
+
+    void swapAttributes(zuAttributes& other);
+
+private:
+    // A single group.
+    struct Slot {
+        int offset = -1;
+        int channels = 0;
+    };
+    // A unit family: one offset and one channel count per unit.
+    struct Units {
+        std::vector<int> offsets;
+        std::vector<int> channels;
+    };
+
+    Slot* slot(Group group);
+    const Slot* slot(Group group) const { return const_cast<zuAttributes*>(this)->slot(group); }
+    Units* units(Group group);
+    const Units* units(Group group) const { return const_cast<zuAttributes*>(this)->units(group); }
+
+    int mStride = 0;
+    Slot mPosition;
+    Slot mBlendWeight;
+    Slot mNormal;
+    Units mColor;
+    Slot mFog;
+    Slot mPSize;
+    Slot mBlendIndices;
+    Units mTCoord;
+    Slot mTangent;
+    Slot mBitangent;
+    Units mUser[6];  // UserByte, UserUByte, UserShort, UserUShort, UserInt, UserUInt
+};
+
+} // namespace zu

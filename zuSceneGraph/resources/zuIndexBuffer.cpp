@@ -1,0 +1,515 @@
+#include <zuSceneGraph/resources/zuIndexBuffer.h>
+
+#include <zuSceneGraph/resources/zuBlockResourceHandler.h>
+#include <zuSceneGraph/resources/zuDynamicResourceCPUDeleteRequest.h>
+#include <zuSceneGraph/resources/zuDynamicResourceCPULoadRequest.h>
+#include <zuSceneGraph/resources/zuIndexBufferHandler.h>
+#include <zuSceneGraph/resources/zuRendererInterface.h>
+#include <zuSceneGraph/stream/zuBaseStream.h>
+
+#include <algorithm>
+#include <cstring>
+#include <iostream>
+#include <limits>
+#include <new>
+#include <utility>
+
+namespace zu {
+
+const zuRtti zuIndexBuffer::TYPE("zuCore.zuIndexBuffer", &zuObject::TYPE);
+unsigned int zuIndexBuffer::msIndexBufferID = 0;
+unsigned int zuIndexBuffer::msIndexBufferHandlerID = 0;
+
+namespace {
+
+zuIndexBuffer::IndexBufferType normalized(int type)
+{
+    return type == zuIndexBuffer::INDEX_32 ? zuIndexBuffer::INDEX_32 : zuIndexBuffer::INDEX_16;
+}
+
+// An array of `bytes` bytes, zero-filled on request (null for 0); throws as new does.
+char* newArray(int64_t bytes, bool zeroed)
+{
+    if (bytes <= 0)
+        return nullptr;
+    if (bytes > std::numeric_limits<int>::max())
+        throw std::bad_alloc();
+    char* block = zuBlockResourceHandler::AllocateBlock(static_cast<uint64_t>(bytes));
+    if (!block)
+        throw std::bad_alloc();
+    if (zeroed)
+        std::memset(block, 0, static_cast<size_t>(bytes));
+    return block;
+}
+
+void writeZeros(zuBaseStream& stream, int64_t size)
+{
+    static const char zeros[4096] = {};
+    while (size > 0) {
+        const int chunk = static_cast<int>(std::min<int64_t>(size, sizeof(zeros)));
+        stream.Write(chunk, zeros);
+        size -= chunk;
+    }
+}
+
+} // namespace
+
+zuIndexBuffer::zuIndexBuffer() = default;
+
+zuIndexBuffer::zuIndexBuffer(int quantity, IndexBufferType type)
+    : mIndexQuantity(std::max(quantity, 0)), mIndexType(normalized(type))
+{
+    mData = newArray(static_cast<int64_t>(mIndexQuantity) * GetIndexSize(), true);
+}
+
+zuIndexBuffer::zuIndexBuffer(const zuIndexBuffer* source)
+{
+    if (!source)
+        return;
+    mIndexQuantity = source->mIndexQuantity;
+    mIndexType = source->mIndexType;
+    if (source->mData) {
+        const int64_t bytes = static_cast<int64_t>(getCPUSize());
+        mData = newArray(bytes, false);
+        if (mData)
+            std::memcpy(mData, source->mData, static_cast<size_t>(bytes));
+    }
+}
+
+zuIndexBuffer::~zuIndexBuffer()
+{
+    release();
+    zuBlockResourceHandler::FreeBlock(mData);
+}
+
+void zuIndexBuffer::replaceBlock(char* block)
+{
+    if (block != mData)
+        zuBlockResourceHandler::FreeBlock(mData);
+    mData = block;
+}
+
+void zuIndexBuffer::clearContents()
+{
+    replaceBlock(nullptr);
+    mIndexQuantity = 0;
+    mIndexType = INDEX_32;
+    mFileDeltaWidth = 0;
+}
+
+unsigned int zuIndexBuffer::GetIndex(int i) const
+{
+    if (!mData || i < 0 || i >= mIndexQuantity)
+        return 0;
+    if (mIndexType == INDEX_32)
+        return reinterpret_cast<const unsigned int*>(mData)[i];
+    return reinterpret_cast<const unsigned short*>(mData)[i];
+}
+
+void zuIndexBuffer::SetIndex(int i, unsigned int value)
+{
+    if (!mData || i < 0 || i >= mIndexQuantity)
+        return;
+    if (mIndexType == INDEX_32)
+        reinterpret_cast<unsigned int*>(mData)[i] = value;
+    else
+        reinterpret_cast<unsigned short*>(mData)[i] = static_cast<unsigned short>(value);
+}
+
+bool zuIndexBuffer::resizeIndexBuffer(int quantity)
+{
+    quantity = std::max(quantity, 0);
+    const int64_t bytes = static_cast<int64_t>(quantity) * GetIndexSize();
+    const int64_t oldBytes = static_cast<int64_t>(getCPUSize());
+    char* block = nullptr;
+    if (quantity > mIndexQuantity) {
+        if (bytes > std::numeric_limits<int>::max())
+            return false;
+        block = zuBlockResourceHandler::AllocateBlock(static_cast<uint64_t>(bytes));
+        if (!block)
+            return false;
+    } else {
+        block = newArray(bytes, false);
+    }
+    const int64_t kept = mData ? std::min(bytes, oldBytes) : 0;
+    if (kept > 0)
+        std::memcpy(block, mData, static_cast<size_t>(kept));
+    if (bytes > kept)
+        std::memset(block + kept, 0, static_cast<size_t>(bytes - kept));
+    replaceBlock(block);
+    mIndexQuantity = quantity;
+    return true;
+}
+
+bool zuIndexBuffer::ConvertToShort()
+{
+    if (isGPUResident()) {
+        std::cout << "cannot convert iBuffer if already loaded\n";
+        return false;
+    }
+    if (mIndexType != INDEX_32)
+        return true;
+    if (mIndexQuantity > 0 && !mData)
+        return false;
+    char* block = newArray(static_cast<int64_t>(mIndexQuantity) * 2, false);
+    const unsigned int* from = reinterpret_cast<const unsigned int*>(mData);
+    unsigned short* to = reinterpret_cast<unsigned short*>(block);
+    for (int k = 0; k < mIndexQuantity; ++k) {
+        if (from[k] > 65535) {
+            zuBlockResourceHandler::FreeBlock(block);
+            return false;
+        }
+        to[k] = static_cast<unsigned short>(from[k]);
+    }
+    mIndexType = INDEX_16;
+    replaceBlock(block);
+    return true;
+}
+
+bool zuIndexBuffer::swapIndexBuffer(zuIndexBuffer& other)
+{
+    if (isGPUResident() || other.isGPUResident())
+        return false;
+    std::swap(mIndexQuantity, other.mIndexQuantity);
+    std::swap(mIndexType, other.mIndexType);
+    std::swap(mData, other.mData);
+    std::swap(mFileDeltaWidth, other.mFileDeltaWidth);
+    swapFileInfos(other);
+    return true;
+}
+
+bool zuIndexBuffer::CloneIndexBuffer(zuRttiInterface*& target, bool withData) const
+{
+    if (target && !target->IsDerived(TYPE))
+        return false;
+    if (!target)
+        target = new zuIndexBuffer;
+    if (!zuUnnamedObject::Clone(target))
+        return false;
+    zuIndexBuffer* clone = static_cast<zuIndexBuffer*>(target);
+    clone->mIndexQuantity = mIndexQuantity;
+    clone->mIndexType = mIndexType;
+    if (!withData)
+        return true;
+    const int64_t bytes = static_cast<int64_t>(getCPUSize());
+    char* block = newArray(bytes, false);
+    if (mData) {
+        if (block)
+            std::memcpy(block, mData, static_cast<size_t>(bytes));
+    } else {
+        // As for vertex buffers: loaded and dropped again, the clone's array left unfilled.
+        zuIndexBuffer* self = const_cast<zuIndexBuffer*>(this);
+        zuRendererInterface::LoadCPUData(self);
+        zuRendererInterface::DeleteCPUData(self, false);
+    }
+    clone->replaceBlock(block);
+    return true;
+}
+
+// ---------------------------------------------------------------------------------------
+// Delta packing
+
+int zuIndexBuffer::PackedDeltaWidth(int count, const unsigned int* indices)
+{
+    if (!indices)
+        return 1;
+    int64_t largest = 0;
+    for (int k = 1; k < count; ++k) {
+        const int64_t difference = static_cast<int64_t>(indices[k]) - static_cast<int64_t>(indices[k - 1]);
+        largest = std::max(largest, difference < 0 ? -difference : difference);
+    }
+    if (largest <= 127)
+        return 1;
+    return largest > 32767 ? 4 : 2;
+}
+
+void zuIndexBuffer::DecodePackedDeltas(const char* deltas, int width, int count, unsigned int& running,
+                                       unsigned int* indices)
+{
+    const unsigned char* bytes = reinterpret_cast<const unsigned char*>(deltas);
+    for (int k = 0; k < count; ++k, bytes += width) {
+        uint32_t delta = bytes[0];
+        if (width == 1) {
+            delta = static_cast<uint32_t>(static_cast<int32_t>(static_cast<int8_t>(bytes[0])));
+        } else if (width == 2) {
+            const uint16_t value = static_cast<uint16_t>(bytes[0] | (bytes[1] << 8));
+            delta = static_cast<uint32_t>(static_cast<int32_t>(static_cast<int16_t>(value)));
+        } else {
+            delta = uint32_t(bytes[0]) | (uint32_t(bytes[1]) << 8) | (uint32_t(bytes[2]) << 16)
+                | (uint32_t(bytes[3]) << 24);
+        }
+        // Unsigned arithmetic: a 4-byte delta wraps exactly as the writer's subtraction did.
+        running += delta;
+        indices[k] = running;
+    }
+}
+
+bool zuIndexBuffer::isPackedIn(const zuStreamVersion& version) const
+{
+    return mIndexType == INDEX_32 && version >= zuStreamVersion(6, 32);
+}
+
+int zuIndexBuffer::deltaWidthForSave() const
+{
+    if (mData)
+        return PackedDeltaWidth(mIndexQuantity, reinterpret_cast<const unsigned int*>(mData));
+    if (mFileDeltaWidth != 0)
+        return mFileDeltaWidth;
+    // Indices from an older file, not resident: the width needs them.
+    zuIndexBuffer* self = const_cast<zuIndexBuffer*>(this);
+    zuRendererInterface::LoadCPUData(self);
+    const int width = PackedDeltaWidth(mIndexQuantity, reinterpret_cast<const unsigned int*>(mData));
+    zuRendererInterface::DeleteCPUData(self, false);
+    return width;
+}
+
+bool zuIndexBuffer::readPacked(zuBaseStream& stream, bool load)
+{
+    char width = 0;
+    stream.Read(width);
+    if (stream.isStreamError())
+        return false;
+    if (width != 1 && width != 2 && width != 4) {
+        stream.setCorrupt("an unknown index delta width");
+        return false;
+    }
+    mFileDeltaWidth = width;
+    const int64_t deltaBytes = (static_cast<int64_t>(mIndexQuantity) - 1) * width;
+    char* block = nullptr;
+    if (load && mIndexQuantity > 0 && stream.CheckCount(mIndexQuantity - 1, static_cast<uint64_t>(width)))
+        block = zuBlockResourceHandler::AllocateBlock(static_cast<uint64_t>(mIndexQuantity) * 4);
+    if (stream.isStreamError())
+        return false;
+    if (!block) {
+        // Not wanted now (or no memory for it): skip the first index and the deltas, as
+        // the reader of this format always has, whatever the count.
+        if (load && mIndexQuantity == 0) {
+            int first = 0;
+            stream.Read(first);
+        } else {
+            stream.Skip(static_cast<uint64_t>(deltaBytes + 4));
+        }
+        return !stream.isStreamError();
+    }
+    int first = 0;
+    stream.Read(first);
+    unsigned int* indices = reinterpret_cast<unsigned int*>(block);
+    unsigned int running = static_cast<unsigned int>(first);
+    indices[0] = running;
+    char chunk[DELTA_CHUNK * 4];
+    for (int done = 1; done < mIndexQuantity;) {
+        const int count = std::min(DELTA_CHUNK, mIndexQuantity - done);
+        stream.Read(count * width, chunk);
+        if (stream.isStreamError()) {
+            zuBlockResourceHandler::FreeBlock(block);
+            return false;
+        }
+        DecodePackedDeltas(chunk, width, count, running, indices + done);
+        done += count;
+    }
+    mData = block;
+    return true;
+}
+
+// ---------------------------------------------------------------------------------------
+// Resource requests
+
+void zuIndexBuffer::RegisterRequests()
+{
+    if (msIndexBufferID == 0) {
+        msIndexBufferID = GetNextResourceIdentifier();
+        msIndexBufferHandlerID = GetNextHandlerIdentifier();
+    }
+    RegisterCPURequestBuilder(msIndexBufferHandlerID, CreateIndexBufferCPULoadRequest,
+                              CreateIndexBufferCPUDeleteRequest, CreateIndexBufferCPULoadRequestResource,
+                              CreateIndexBufferCPUDeleteRequestResource);
+}
+
+void zuIndexBuffer::UnRegisterRequests()
+{
+    if (msIndexBufferHandlerID != 0)
+        UnregisterRequestBuilder(msIndexBufferHandlerID);
+}
+
+zuRequestInterfaceForDynamicResource* zuIndexBuffer::CreateIndexBufferCPULoadRequest(
+    unsigned long resourceID, zuResourceRequestClientInterface* client, const zuDynamicLoadingResourceHandler* handler)
+{
+    return zuDynamicResourceCPULoadRequest::CreateFromHandler(resourceID, client, handler);
+}
+
+zuRequestInterfaceForDynamicResource* zuIndexBuffer::CreateIndexBufferCPUDeleteRequest(
+    unsigned long resourceID, zuResourceRequestClientInterface* client, const zuDynamicLoadingResourceHandler* handler)
+{
+    return zuDynamicResourceCPUDeleteRequest::CreateFromHandler(resourceID, client, handler);
+}
+
+zuRequestInterfaceForDynamicResource* zuIndexBuffer::CreateIndexBufferCPULoadRequestResource(
+    zuDynamicLoadingResource* resource, zuResourceRequestClientInterface* client)
+{
+    return zuDynamicResourceCPULoadRequest::CreateFromResource(resource, client);
+}
+
+zuRequestInterfaceForDynamicResource* zuIndexBuffer::CreateIndexBufferCPUDeleteRequestResource(
+    zuDynamicLoadingResource* resource, zuResourceRequestClientInterface* client)
+{
+    return zuDynamicResourceCPUDeleteRequest::CreateFromResource(resource, client);
+}
+
+zuDynamicLoadingResourceHandler* zuIndexBuffer::createHandler() const
+{
+    zuIndexBufferHandler* handler = new zuIndexBufferHandler;
+    handler->setBufferHandler(this);
+    return handler;
+}
+
+// ---------------------------------------------------------------------------------------
+// Persistence
+
+int zuIndexBuffer::GetDiskUsed(const zuBaseStream& stream) const
+{
+    const zuStreamVersion& version = stream.GetVersion();
+    int size = zuUnnamedObject::GetDiskUsed(stream) + 4;
+    if (version >= zuStreamVersion(5, 2))
+        size += 4;
+    if (mIndexQuantity != 0) {
+        if (isPackedIn(version))
+            size += 1 + 4 + (mIndexQuantity - 1) * deltaWidthForSave();
+        else if (mIndexType == INDEX_32 || version < zuStreamVersion(5, 2))
+            size += 4 * mIndexQuantity;
+        else
+            size += 2 * mIndexQuantity;
+    }
+    if (version >= zuStreamVersion(4, 2) && version < zuStreamVersion(6, 32))
+        size += 4;
+    return size;
+}
+
+void zuIndexBuffer::Save(zuBaseStream& stream) const
+{
+    zuIndexBuffer* self = const_cast<zuIndexBuffer*>(this);
+    const bool wasResident = isCPUResident();
+    zuRendererInterface::LoadCPUData(self);
+
+    zuUnnamedObject::Save(stream);
+    const zuStreamVersion& version = stream.GetVersion();
+    stream.Write(mIndexQuantity);
+    if (version >= zuStreamVersion(5, 2))
+        stream.Write(static_cast<int>(mIndexType));
+    // From now on the data is found in the stream being written.
+    storeStreamInfo(&stream);
+    mFileDeltaWidth = 0;
+    const unsigned int* indices32 = mIndexType == INDEX_32 ? reinterpret_cast<const unsigned int*>(mData) : nullptr;
+    const unsigned short* indices16 = mIndexType == INDEX_32 ? nullptr : reinterpret_cast<const unsigned short*>(mData);
+    if (mIndexQuantity != 0) {
+        if (isPackedIn(version)) {
+            const int width = PackedDeltaWidth(mIndexQuantity, indices32);
+            stream.Write(static_cast<char>(width));
+            stream.Write(static_cast<int>(indices32 ? indices32[0] : 0u));
+            if (indices32) {
+                char chunk[DELTA_CHUNK * 4];
+                for (int done = 1; done < mIndexQuantity;) {
+                    const int count = std::min(DELTA_CHUNK, mIndexQuantity - done);
+                    unsigned char* out = reinterpret_cast<unsigned char*>(chunk);
+                    for (int k = done; k < done + count; ++k) {
+                        const uint32_t delta = indices32[k] - indices32[k - 1];
+                        for (int b = 0; b < width; ++b)
+                            *out++ = static_cast<unsigned char>(delta >> (8 * b));
+                    }
+                    stream.Write(count * width, chunk);
+                    done += count;
+                }
+            } else {
+                writeZeros(stream, static_cast<int64_t>(mIndexQuantity - 1) * width);
+            }
+            mFileDeltaWidth = width;
+        } else if (mIndexType == INDEX_32) {
+            if (indices32)
+                stream.Write(mIndexQuantity, indices32);
+            else
+                writeZeros(stream, static_cast<int64_t>(mIndexQuantity) * 4);
+        } else if (version < zuStreamVersion(5, 2)) {
+            // These streams know only 32-bit indices.
+            for (int k = 0; k < mIndexQuantity; ++k)
+                stream.Write(static_cast<unsigned int>(indices16 ? indices16[k] : 0));
+        } else if (indices16) {
+            stream.Write(mIndexQuantity, indices16);
+        } else {
+            writeZeros(stream, static_cast<int64_t>(mIndexQuantity) * 2);
+        }
+    }
+    if (version >= zuStreamVersion(4, 2) && version < zuStreamVersion(6, 32))
+        stream.Write(0);
+
+    if (!wasResident)
+        zuRendererInterface::DeleteCPUData(self, false);
+}
+
+void zuIndexBuffer::Load(zuBaseStream& stream, zuLink* link)
+{
+    zuUnnamedObject::Load(stream, link);
+    clearContents();
+    const zuStreamVersion& version = stream.GetVersion();
+
+    int quantity = 0;
+    stream.Read(quantity);
+    IndexBufferType type = INDEX_32;
+    if (version >= zuStreamVersion(5, 2)) {
+        int stored = INDEX_32;
+        stream.Read(stored);
+        type = normalized(stored);
+    }
+    mIndexType = type;
+    const bool packed = isPackedIn(version);
+    const uint64_t bytesPerIndex = packed ? 1 : static_cast<uint64_t>(GetIndexSize());
+    if (!stream.CheckCount(quantity, bytesPerIndex)) {
+        clearContents();
+        return;
+    }
+    mIndexQuantity = quantity;
+
+    storeStreamInfo(&stream);
+    const bool load = hasToLoad();
+    bool valid = true;
+    if (packed) {
+        // Read whatever the count: see the class comment.
+        valid = readPacked(stream, load);
+    } else if (mIndexQuantity != 0) {
+        const int64_t bytes = static_cast<int64_t>(getCPUSize());
+        char* block = load ? zuBlockResourceHandler::AllocateBlock(static_cast<uint64_t>(bytes)) : nullptr;
+        if (block && mIndexType == INDEX_32)
+            stream.Read(mIndexQuantity, reinterpret_cast<unsigned int*>(block));
+        else if (block)
+            stream.Read(mIndexQuantity, reinterpret_cast<unsigned short*>(block));
+        else
+            stream.Skip(static_cast<uint64_t>(bytes));
+        mData = block;
+    }
+    if (version >= zuStreamVersion(4, 2) && version < zuStreamVersion(6, 32)) {
+        int unused = 0;
+        stream.Read(unused);
+    }
+    if (!valid || stream.isStreamError())
+        clearContents();
+}
+
+bool zuIndexBuffer::Equals(const zuRttiInterface* other) const
+{
+    if (!zuUnnamedObject::Equals(other) || !other->IsDerived(TYPE))
+        return false;
+    const zuIndexBuffer* buffer = static_cast<const zuIndexBuffer*>(other);
+    if (mIndexQuantity != buffer->mIndexQuantity || mIndexType != buffer->mIndexType)
+        return false;
+    const uint64_t bytes = getCPUSize();
+    if (bytes == 0)
+        return true;
+    if (!mData || !buffer->mData)
+        return !mData && !buffer->mData;
+    return std::memcmp(mData, buffer->mData, static_cast<size_t>(bytes)) == 0;
+}
+
+bool zuIndexBuffer::Clone(zuRttiInterface*& target) const
+{
+    return CloneIndexBuffer(target, false);
+}
+
+} // namespace zu

@@ -1,0 +1,665 @@
+#include <zuSceneGraph/resources/zuVertexBuffer.h>
+
+#include <zuSceneGraph/resources/zuBlockResourceHandler.h>
+#include <zuSceneGraph/resources/zuDynamicResourceCPUDeleteRequest.h>
+#include <zuSceneGraph/resources/zuDynamicResourceCPULoadRequest.h>
+#include <zuSceneGraph/resources/zuRendererInterface.h>
+#include <zuSceneGraph/resources/zuVertexBufferHandler.h>
+#include <zuSceneGraph/scenegraph/zuGenericTransformation.h>
+#include <zuSceneGraph/stream/zuBaseStream.h>
+
+#include <algorithm>
+#include <cmath>
+#include <iostream>
+#include <limits>
+#include <new>
+#include <utility>
+#include <vector>
+
+namespace zu {
+
+const zuRtti zuVertexBuffer::TYPE("zuCore.zuVertexBuffer", &zuObject::TYPE);
+unsigned int zuVertexBuffer::msVertexBufferID = 0;
+unsigned int zuVertexBuffer::msVertexBufferHandlerID = 0;
+
+namespace {
+
+using Group = zuAttributes::Group;
+
+// A block of `size` bytes, zero-filled on request (null for 0). A block the memory cannot
+// hold, or one too large for the int sizes of the format, fails as new does.
+char* newBlock(int64_t size, bool zeroed)
+{
+    if (size <= 0)
+        return nullptr;
+    if (size > std::numeric_limits<int>::max())
+        throw std::bad_alloc();
+    char* block = zuBlockResourceHandler::AllocateBlock(static_cast<uint64_t>(size));
+    if (!block)
+        throw std::bad_alloc();
+    if (zeroed)
+        std::memset(block, 0, static_cast<size_t>(size));
+    return block;
+}
+
+// `size` zero bytes, for a block that is not at hand when it must be written.
+void writeZeros(zuBaseStream& stream, int64_t size)
+{
+    static const char zeros[4096] = {};
+    while (size > 0) {
+        const int chunk = static_cast<int>(std::min<int64_t>(size, sizeof(zeros)));
+        stream.Write(chunk, zeros);
+        size -= chunk;
+    }
+}
+
+Wm4::Vector3<float> readVector3(const char* address)
+{
+    Wm4::Vector3<float> value;
+    std::memcpy(static_cast<void*>(&value), address, sizeof(value));
+    return value;
+}
+
+void writeVector3(char* address, const Wm4::Vector3<float>& value)
+{
+    std::memcpy(address, static_cast<const void*>(&value), sizeof(value));
+}
+
+// The unit counts and channels of a family, as the record holds them.
+void writeUnits(zuBaseStream& stream, const zuAttributes& layout, Group family)
+{
+    const std::vector<int>& channels = layout.GetUnitChannels(family);
+    stream.Write(static_cast<int>(channels.size()));
+    stream.Write(static_cast<int>(channels.size()), channels.data());
+}
+
+bool readChannels(zuBaseStream& stream, int& channels)
+{
+    stream.Read(channels);
+    if (channels < 0) {
+        stream.setCorrupt("a negative channel count");
+        return false;
+    }
+    return !stream.isStreamError();
+}
+
+bool readGroup(zuBaseStream& stream, zuAttributes& layout, Group group)
+{
+    int channels = 0;
+    if (!readChannels(stream, channels))
+        return false;
+    layout.SetChannels(group, 0, channels);
+    return true;
+}
+
+bool readUnits(zuBaseStream& stream, zuAttributes& layout, Group family)
+{
+    int count = 0;
+    stream.Read(count);
+    if (!stream.CheckCount(count, 4))
+        return false;
+    std::vector<int> channels(static_cast<size_t>(count));
+    stream.Read(count, channels.data());
+    for (int value : channels) {
+        if (value < 0) {
+            stream.setCorrupt("a negative channel count");
+            return false;
+        }
+    }
+    // All units at once: one offset pass however many units the record holds.
+    layout.SetUnitChannels(family, channels);
+    return !stream.isStreamError();
+}
+
+// Direction vectors become unit length; one that cannot becomes zero.
+Wm4::Vector3<float> normalized(const Wm4::Vector3<float>& v)
+{
+    const float length = std::sqrt(v[0] * v[0] + v[1] * v[1] + v[2] * v[2]);
+    const float reciprocal = 1.0f / length;
+    if (length != 0.0f && std::isfinite(reciprocal))
+        return v * reciprocal;
+    return Wm4::Vector3<float>(0.0f, 0.0f, 0.0f);
+}
+
+} // namespace
+
+zuVertexBuffer::zuVertexBuffer() = default;
+
+zuVertexBuffer::zuVertexBuffer(const zuAttributes& layout, int quantity)
+    : mAttributes(layout), mVertexSize(layout.GetStride()), mVertexQuantity(std::max(quantity, 0))
+{
+    const int64_t size = static_cast<int64_t>(mVertexSize) * mVertexQuantity;
+    mData = newBlock(size, true);
+    mDataSize = static_cast<int>(size);
+}
+
+zuVertexBuffer::zuVertexBuffer(const zuVertexBuffer* source)
+{
+    if (!source)
+        return;
+    mAttributes = source->mAttributes;
+    mVertexSize = source->mVertexSize;
+    mVertexQuantity = source->mVertexQuantity;
+    mDataSize = source->mDataSize;
+    if (source->mData) {
+        mData = newBlock(mDataSize, false);
+        if (mData)
+            std::memcpy(mData, source->mData, static_cast<size_t>(mDataSize));
+    }
+}
+
+zuVertexBuffer::~zuVertexBuffer()
+{
+    release();
+    zuBlockResourceHandler::FreeBlock(mData);
+}
+
+void zuVertexBuffer::replaceBlock(char* block)
+{
+    if (block != mData)
+        zuBlockResourceHandler::FreeBlock(mData);
+    mData = block;
+}
+
+void zuVertexBuffer::clearContents()
+{
+    replaceBlock(nullptr);
+    mAttributes = zuAttributes();
+    mVertexSize = 0;
+    mVertexQuantity = 0;
+    mDataSize = 0;
+}
+
+bool zuVertexBuffer::setVertexFormat(const zuAttributes& layout, int quantity)
+{
+    if (mVertexSize > 0)
+        return false;
+    mAttributes = layout;
+    mVertexSize = layout.GetStride();
+    resizeVertexBuffer(quantity);
+    return true;
+}
+
+void zuVertexBuffer::resizeVertexBuffer(int quantity)
+{
+    quantity = std::max(quantity, 0);
+    const int64_t size = std::max<int64_t>(static_cast<int64_t>(mVertexSize) * quantity, 0);
+    char* block = newBlock(size, false);
+    const int64_t kept = mData ? std::min<int64_t>(size, mDataSize) : 0;
+    if (kept > 0)
+        std::memcpy(block, mData, static_cast<size_t>(kept));
+    if (size > kept)
+        std::memset(block + kept, 0, static_cast<size_t>(size - kept));
+    replaceBlock(block);
+    mVertexQuantity = quantity;
+    mDataSize = static_cast<int>(size);
+}
+
+void zuVertexBuffer::copyVertexFormat(zuVertexBuffer* target) const
+{
+    if (!target || target == this)
+        return;
+    target->mAttributes = mAttributes;
+    target->mVertexSize = mVertexSize;
+    target->mVertexQuantity = mVertexQuantity;
+    target->mDataSize = mDataSize;
+    target->replaceBlock(nullptr);
+}
+
+float* zuVertexBuffer::tuple(Group group, int unit, int i) const
+{
+    if (!mData || i < 0 || i >= mVertexQuantity || !mAttributes.Has(group, unit))
+        return nullptr;
+    const unsigned int offset = mAttributes.GetOffsetByte(group, unit);
+    if (offset == static_cast<unsigned int>(-1))
+        return nullptr;
+    return reinterpret_cast<float*>(vertexAddress(offset, i));
+}
+
+bool zuVertexBuffer::copyVertex(const zuVertexBuffer* source, int sourceIndex, int targetIndex)
+{
+    if (!source || sourceIndex >= source->mVertexQuantity || targetIndex >= mVertexQuantity)
+        return false;
+    // Outside the blocks there is nothing to copy from or to.
+    if (sourceIndex < 0 || targetIndex < 0 || !mData || !source->mData)
+        return false;
+    const zuAttributes& from = source->mAttributes;
+    auto copyFloats = [&](Group group, int unit) {
+        const int channels = std::min(from.GetChannels(group, unit), mAttributes.GetChannels(group, unit));
+        if (channels <= 0)
+            return;
+        std::memcpy(vertexAddress(mAttributes.GetOffsetByte(group, unit), targetIndex),
+                    source->vertexAddress(from.GetOffsetByte(group, unit), sourceIndex),
+                    static_cast<size_t>(channels) * 4);
+    };
+    copyFloats(zuAttributes::POSITION, 0);
+    copyFloats(zuAttributes::BLEND_WEIGHT, 0);
+    copyFloats(zuAttributes::BLEND_INDICES, 0);
+    copyFloats(zuAttributes::NORMAL, 0);
+    copyFloats(zuAttributes::COLOR, 0);
+    copyFloats(zuAttributes::COLOR, 1);
+    copyFloats(zuAttributes::FOG, 0);
+    copyFloats(zuAttributes::PSIZE, 0);
+    for (int unit = 0; unit < from.GetTCoordUnitCount(); ++unit)
+        copyFloats(zuAttributes::TCOORD, unit);
+    copyFloats(zuAttributes::TANGENT, 0);
+    copyFloats(zuAttributes::BITANGENT, 0);
+
+    // UserInt unit u copies u + 1 ints, whatever the channel counts say: the rule files and
+    // callers of this format expect. The ints may run past the unit into the rest of the
+    // vertex, but are clipped at the end of either block.
+    for (int unit = 0; unit < from.GetUserIntUnitCount() && unit < 4; ++unit) {
+        if (!from.HasUserInt(unit) || !mAttributes.HasUserInt(unit))
+            continue;
+        char* target = vertexAddress(mAttributes.GetUserIntOffsetByte(unit), targetIndex);
+        const char* origin = source->vertexAddress(from.GetUserIntOffsetByte(unit), sourceIndex);
+        int64_t bytes = static_cast<int64_t>(unit + 1) * 4;
+        bytes = std::min<int64_t>(bytes, (mData + mDataSize) - target);
+        bytes = std::min<int64_t>(bytes, (source->mData + source->mDataSize) - origin);
+        if (bytes > 0)
+            std::memmove(target, origin, static_cast<size_t>(bytes));
+    }
+    return true;
+}
+
+bool zuVertexBuffer::swapVertexBuffer(zuVertexBuffer& other)
+{
+    if (isGPUResident() || other.isGPUResident())
+        return false;
+    mAttributes.swapAttributes(other.mAttributes);
+    std::swap(mVertexSize, other.mVertexSize);
+    std::swap(mVertexQuantity, other.mVertexQuantity);
+    std::swap(mDataSize, other.mDataSize);
+    std::swap(mData, other.mData);
+    swapFileInfos(other);
+    return true;
+}
+
+void zuVertexBuffer::BakeFromTransformation(const zuGenericTransformation<float>& transformation)
+{
+    if (transformation.IsIdentity())
+        return;
+
+    const int positionChannels = mAttributes.GetPositionChannels();
+    if (positionChannels == 3) {
+        const unsigned int offset = mAttributes.GetPositionOffsetByte();
+        for (int i = 0; mData && i < mVertexQuantity; ++i) {
+            char* address = vertexAddress(offset, i);
+            writeVector3(address, transformation.ApplyForward(readVector3(address)));
+        }
+    } else if (positionChannels != 0) {
+        std::cout << "zuVertexBuffer::BakeFromTransformation is only supported for 3 position channels";
+    }
+
+    // Directions follow the transpose of the inverse's linear part: N = R·diag(S) for an
+    // RS inverse, its general matrix otherwise, and d' = Nᵀ·d.
+    zuGenericTransformation<float> inverse;
+    transformation.Inverse(inverse);
+    Wm4::Matrix3<float> directions = inverse.GetMatrix();
+    if (inverse.IsRSMatrix()) {
+        const Wm4::Vector3<float>& scale = inverse.GetScale();
+        for (int row = 0; row < 3; ++row)
+            for (int column = 0; column < 3; ++column)
+                directions(row, column) *= scale[column];
+    }
+    for (Group group : {zuAttributes::NORMAL, zuAttributes::TANGENT, zuAttributes::BITANGENT}) {
+        const int channels = mAttributes.GetChannels(group);
+        if (channels == 3) {
+            const unsigned int offset = mAttributes.GetOffsetByte(group);
+            for (int i = 0; mData && i < mVertexQuantity; ++i) {
+                char* address = vertexAddress(offset, i);
+                // The row vector d times N is Nᵀ·d.
+                writeVector3(address, normalized(readVector3(address) * directions));
+            }
+        } else if (channels != 0) {
+            // Tangents and bitangents share the normals' message.
+            std::cout << "zuVertexBuffer::BakeFromTransformation is only supported for 3 normal channels";
+        }
+    }
+}
+
+void zuVertexBuffer::BuildCompatibleArray(const zuAttributes& layout, bool colorFlag, int& byteCount,
+                                          char*& array) const
+{
+    byteCount = 0;
+    if (mVertexQuantity <= 0 || !mData)
+        return;
+
+    // What each vertex contributes, group by group in the layout's order.
+    struct Part {
+        unsigned int offset; // in this buffer
+        int copied;          // floats taken from this buffer
+        int filled;          // floats of value `fill` after them
+        float fill;
+    };
+    std::vector<Part> parts;
+    int64_t floatsPerVertex = 0;
+    auto plan = [&](Group group, int unit) {
+        const int wanted = layout.GetChannels(group, unit);
+        if (wanted <= 0)
+            return;
+        const int copied = std::min(std::max(mAttributes.GetChannels(group, unit), 0), wanted);
+        const float fill = group == zuAttributes::POSITION || group == zuAttributes::COLOR ? 1.0f : 0.0f;
+        int filled = wanted - copied;
+        if (colorFlag && group == zuAttributes::COLOR && wanted <= 3)
+            filled += 4 - wanted;
+        parts.push_back({mAttributes.GetOffsetByte(group, unit), copied, filled, fill});
+        floatsPerVertex += copied + filled;
+    };
+    for (int g = zuAttributes::POSITION; g <= zuAttributes::BITANGENT; ++g) {
+        const Group group = static_cast<Group>(g);
+        const int units = zuAttributes::IsUnitFamily(group) ? layout.GetUnitCount(group) : 1;
+        for (int unit = 0; unit < units; ++unit)
+            plan(group, unit);
+    }
+
+    const int64_t bytes = floatsPerVertex * 4 * mVertexQuantity;
+    if (bytes <= 0 || bytes > std::numeric_limits<int>::max())
+        return;
+    byteCount = static_cast<int>(bytes);
+    if (!array)
+        array = new char[static_cast<size_t>(byteCount)];
+    char* out = array;
+    for (int i = 0; i < mVertexQuantity; ++i) {
+        for (const Part& part : parts) {
+            if (part.copied > 0) {
+                std::memcpy(out, vertexAddress(part.offset, i), static_cast<size_t>(part.copied) * 4);
+                out += part.copied * 4;
+            }
+            for (int k = 0; k < part.filled; ++k, out += 4)
+                std::memcpy(out, &part.fill, 4);
+        }
+    }
+}
+
+bool zuVertexBuffer::CloneVertexBuffer(zuRttiInterface*& target, bool withData) const
+{
+    if (target && !target->IsDerived(TYPE))
+        return false;
+    if (!target)
+        target = new zuVertexBuffer;
+    if (!zuUnnamedObject::Clone(target))
+        return false;
+    zuVertexBuffer* clone = static_cast<zuVertexBuffer*>(target);
+    clone->mDataSize = mDataSize;
+    clone->mVertexSize = mVertexSize;
+    clone->mVertexQuantity = mVertexQuantity;
+    clone->mAttributes = mAttributes;
+    if (!withData)
+        return true;
+    char* block = newBlock(mDataSize, false);
+    if (mData) {
+        if (block)
+            std::memcpy(block, mData, static_cast<size_t>(mDataSize));
+    } else {
+        // The bytes are brought in and dropped again, and the clone's block stays unfilled:
+        // the behaviour callers of this format know and keep.
+        zuVertexBuffer* self = const_cast<zuVertexBuffer*>(this);
+        zuRendererInterface::LoadCPUData(self);
+        zuRendererInterface::DeleteCPUData(self, false);
+    }
+    clone->replaceBlock(block);
+    return true;
+}
+
+// ---------------------------------------------------------------------------------------
+// Resource requests
+
+void zuVertexBuffer::RegisterRequests()
+{
+    if (msVertexBufferID == 0) {
+        msVertexBufferID = GetNextResourceIdentifier();
+        msVertexBufferHandlerID = GetNextHandlerIdentifier();
+    }
+    RegisterCPURequestBuilder(msVertexBufferHandlerID, CreateVertexBufferCPULoadRequest,
+                              CreateVertexBufferCPUDeleteRequest, CreateVertexBufferCPULoadRequestResource,
+                              CreateVertexBufferCPUDeleteRequestResource);
+}
+
+void zuVertexBuffer::UnRegisterRequests()
+{
+    if (msVertexBufferHandlerID != 0)
+        UnregisterRequestBuilder(msVertexBufferHandlerID);
+}
+
+zuRequestInterfaceForDynamicResource* zuVertexBuffer::CreateVertexBufferCPULoadRequest(
+    unsigned long resourceID, zuResourceRequestClientInterface* client, const zuDynamicLoadingResourceHandler* handler)
+{
+    return zuDynamicResourceCPULoadRequest::CreateFromHandler(resourceID, client, handler);
+}
+
+zuRequestInterfaceForDynamicResource* zuVertexBuffer::CreateVertexBufferCPUDeleteRequest(
+    unsigned long resourceID, zuResourceRequestClientInterface* client, const zuDynamicLoadingResourceHandler* handler)
+{
+    return zuDynamicResourceCPUDeleteRequest::CreateFromHandler(resourceID, client, handler);
+}
+
+zuRequestInterfaceForDynamicResource* zuVertexBuffer::CreateVertexBufferCPULoadRequestResource(
+    zuDynamicLoadingResource* resource, zuResourceRequestClientInterface* client)
+{
+    return zuDynamicResourceCPULoadRequest::CreateFromResource(resource, client);
+}
+
+zuRequestInterfaceForDynamicResource* zuVertexBuffer::CreateVertexBufferCPUDeleteRequestResource(
+    zuDynamicLoadingResource* resource, zuResourceRequestClientInterface* client)
+{
+    return zuDynamicResourceCPUDeleteRequest::CreateFromResource(resource, client);
+}
+
+zuDynamicLoadingResourceHandler* zuVertexBuffer::createHandler() const
+{
+    zuVertexBufferHandler* handler = new zuVertexBufferHandler;
+    handler->setBufferHandler(this);
+    return handler;
+}
+
+// ---------------------------------------------------------------------------------------
+// Persistence
+
+int zuVertexBuffer::GetDiskUsed(const zuBaseStream& stream) const
+{
+    const zuStreamVersion& version = stream.GetVersion();
+    int size = zuUnnamedObject::GetDiskUsed(stream) + mDataSize
+        + 4 * (mAttributes.GetColorUnitCount() + mAttributes.GetTCoordUnitCount());
+    size += version > zuStreamVersion(4, 3) ? 52 : 28;
+    if (version >= zuStreamVersion(5, 2)) {
+        size += 24;
+        for (int family = zuAttributes::USER_BYTE; family <= zuAttributes::USER_UINT; ++family)
+            size += 4 * mAttributes.GetUnitCount(static_cast<Group>(family));
+    }
+    return size;
+}
+
+void zuVertexBuffer::Save(zuBaseStream& stream) const
+{
+    zuVertexBuffer* self = const_cast<zuVertexBuffer*>(this);
+    const bool wasResident = isCPUResident();
+    zuRendererInterface::LoadCPUData(self);
+
+    zuUnnamedObject::Save(stream);
+    const zuStreamVersion& version = stream.GetVersion();
+    // Up to 5.1 the sizes are counted in floats.
+    const bool sizesInFloats = version <= zuStreamVersion(5, 1);
+    stream.Write(sizesInFloats ? mVertexSize / 4 : mVertexSize);
+    stream.Write(mVertexQuantity);
+    stream.Write(sizesInFloats ? mDataSize / 4 : mDataSize);
+    // From now on the block is found in the stream being written.
+    storeStreamInfo(&stream);
+    if (mData)
+        stream.Write(mDataSize, mData);
+    else
+        writeZeros(stream, mDataSize);
+
+    stream.Write(mAttributes.GetPositionChannels());
+    if (version <= zuStreamVersion(4, 3)) {
+        stream.Write(mAttributes.GetNormalChannels());
+        writeUnits(stream, mAttributes, zuAttributes::COLOR);
+        writeUnits(stream, mAttributes, zuAttributes::TCOORD);
+    } else {
+        stream.Write(mAttributes.GetBlendWeightChannels());
+        stream.Write(mAttributes.GetNormalChannels());
+        writeUnits(stream, mAttributes, zuAttributes::COLOR);
+        stream.Write(mAttributes.GetFogChannels());
+        stream.Write(mAttributes.GetPSizeChannels());
+        stream.Write(mAttributes.GetBlendIndicesChannels());
+        writeUnits(stream, mAttributes, zuAttributes::TCOORD);
+        stream.Write(mAttributes.GetTangentChannels());
+        stream.Write(mAttributes.GetBitangentChannels());
+        if (version >= zuStreamVersion(5, 2)) {
+            for (int family = zuAttributes::USER_BYTE; family <= zuAttributes::USER_UINT; ++family)
+                writeUnits(stream, mAttributes, static_cast<Group>(family));
+        }
+    }
+
+    if (!wasResident)
+        zuRendererInterface::DeleteCPUData(self, false);
+}
+
+void zuVertexBuffer::Load(zuBaseStream& stream, zuLink* link)
+{
+    zuUnnamedObject::Load(stream, link);
+    clearContents();
+    const zuStreamVersion& version = stream.GetVersion();
+
+    int vertexSize = 0;
+    int quantity = 0;
+    int dataSize = 0;
+    stream.Read(vertexSize);
+    stream.Read(quantity);
+    stream.Read(dataSize);
+    int64_t vertexBytes = vertexSize;
+    int64_t dataBytes = dataSize;
+    if (version <= zuStreamVersion(5, 1)) {
+        vertexBytes *= 4;
+        dataBytes *= 4;
+    }
+    if (!stream.CheckCount(vertexBytes, 0) || !stream.CheckCount(dataBytes, 1))
+        return;
+    if (vertexBytes > std::numeric_limits<int>::max() || dataBytes > std::numeric_limits<int>::max()) {
+        stream.setCorrupt("a vertex size does not fit the format");
+        return;
+    }
+    if (!stream.CheckCount(quantity, static_cast<uint64_t>(vertexBytes)))
+        return;
+    if (dataBytes != vertexBytes * quantity) {
+        stream.setCorrupt("the vertex data size is not the vertex size times the vertex count");
+        return;
+    }
+    mVertexSize = static_cast<int>(vertexBytes);
+    mVertexQuantity = quantity;
+    mDataSize = static_cast<int>(dataBytes);
+
+    storeStreamInfo(&stream);
+    char* block = nullptr;
+    if (hasToLoad() && mDataSize > 0)
+        block = zuBlockResourceHandler::AllocateBlock(static_cast<uint64_t>(mDataSize));
+    if (block) {
+        stream.Read(mDataSize, block);
+        mData = block;
+    } else {
+        // Not wanted now, or no memory for it: the buffer stays non-resident and can be
+        // loaded later from the recorded file.
+        stream.Skip(static_cast<uint64_t>(mDataSize));
+    }
+
+    zuAttributes layout;
+    bool valid = readGroup(stream, layout, zuAttributes::POSITION);
+    if (version <= zuStreamVersion(4, 3)) {
+        valid = valid && readGroup(stream, layout, zuAttributes::NORMAL)
+            && readUnits(stream, layout, zuAttributes::COLOR) && readUnits(stream, layout, zuAttributes::TCOORD);
+    } else {
+        valid = valid && readGroup(stream, layout, zuAttributes::BLEND_WEIGHT)
+            && readGroup(stream, layout, zuAttributes::NORMAL) && readUnits(stream, layout, zuAttributes::COLOR)
+            && readGroup(stream, layout, zuAttributes::FOG) && readGroup(stream, layout, zuAttributes::PSIZE)
+            && readGroup(stream, layout, zuAttributes::BLEND_INDICES)
+            && readUnits(stream, layout, zuAttributes::TCOORD) && readGroup(stream, layout, zuAttributes::TANGENT)
+            && readGroup(stream, layout, zuAttributes::BITANGENT);
+        if (version >= zuStreamVersion(5, 2)) {
+            for (int family = zuAttributes::USER_BYTE; valid && family <= zuAttributes::USER_UINT; ++family)
+                valid = readUnits(stream, layout, static_cast<Group>(family));
+        }
+    }
+    // The stored vertex size is kept as read; a layout wider than it would address bytes
+    // beyond each vertex, and beyond the block at the last one.
+    if (valid && layout.GetStride() > mVertexSize) {
+        stream.setCorrupt("the vertex layout is wider than the vertex size");
+        valid = false;
+    }
+    if (!valid) {
+        clearContents();
+        return;
+    }
+    mAttributes = layout;
+}
+
+bool zuVertexBuffer::Equals(const zuRttiInterface* other) const
+{
+    if (!zuUnnamedObject::Equals(other) || !other->IsDerived(TYPE))
+        return false;
+    const zuVertexBuffer* buffer = static_cast<const zuVertexBuffer*>(other);
+    if (mVertexSize != buffer->mVertexSize || mVertexQuantity != buffer->mVertexQuantity
+        || mDataSize != buffer->mDataSize || mAttributes != buffer->mAttributes)
+        return false;
+    const int count = mDataSize / 4;
+    if (count == 0)
+        return true;
+    if (!mData || !buffer->mData)
+        return !mData && !buffer->mData;
+    // Every 4 bytes as a float, whatever the channel types.
+    for (int k = 0; k < count; ++k) {
+        float a = 0.0f;
+        float b = 0.0f;
+        std::memcpy(&a, mData + 4 * k, 4);
+        std::memcpy(&b, buffer->mData + 4 * k, 4);
+        const float difference = a - b;
+        if (static_cast<double>(std::fabs(difference)) > 0.0001)
+            return false;
+    }
+    return true;
+}
+
+bool zuVertexBuffer::Clone(zuRttiInterface*& target) const
+{
+    return CloneVertexBuffer(target, false);
+}
+
+// ---------------------------------------------------------------------------------------
+// Text dump
+
+std::ostream& operator<<(std::ostream& out, const zuVertexBuffer& buffer)
+{
+    const zuAttributes& layout = buffer.GetAttributes();
+    auto dump = [&](Group group, int unit, int components) {
+        const char* data = buffer.GetData();
+        if (!data)
+            return;
+        const int count = std::min(layout.GetChannels(group, unit), components);
+        const unsigned int offset = layout.GetOffsetByte(group, unit);
+        for (int i = 0; i < buffer.GetVertexQuantity(); ++i) {
+            const char* vertex = data + static_cast<ptrdiff_t>(i) * buffer.GetVertexSize() + offset;
+            for (int c = 0; c < count; ++c) {
+                float value = 0.0f;
+                std::memcpy(&value, vertex + 4 * c, 4);
+                out << (c ? " " : "") << value;
+            }
+            out << "\n";
+        }
+    };
+    if (layout.HasPosition()) {
+        out << "positions\n";
+        dump(zuAttributes::POSITION, 0, 3);
+    }
+    if (layout.HasNormal()) {
+        out << "normals\n";
+        dump(zuAttributes::NORMAL, 0, 3);
+    }
+    for (int unit = 0; unit <= 6; ++unit) {
+        if (layout.HasTCoord(unit)) {
+            out << "TCoord " << unit << "\n";
+            dump(zuAttributes::TCOORD, unit, 2);
+        }
+    }
+    return out;
+}
+
+} // namespace zu
