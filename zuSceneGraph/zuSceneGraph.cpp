@@ -12,7 +12,13 @@
 #include <zuSceneGraph/objects/zuTSharedArray.h>
 #include <zuSceneGraph/scenegraph/zuLegacyBoxBV.h>
 #include <zuSceneGraph/scenegraph/zuLegacySphereBV.h>
+#include <zuSceneGraph/scenegraph/zuGenericGeometry.h>
+#include <zuSceneGraph/scenegraph/zuGeometry.h>
+#include <zuSceneGraph/scenegraph/zuLine.h>
 #include <zuSceneGraph/scenegraph/zuNode.h>
+#include <zuSceneGraph/scenegraph/zuPoint.h>
+#include <zuSceneGraph/scenegraph/zuTriMesh.h>
+#include <zuSceneGraph/scenegraph/zuTriangles.h>
 #include <zuSceneGraph/scenegraph/zuSemanticMetadata.h>
 #include <zuSceneGraph/resources/zuIndexBuffer.h>
 #include <zuSceneGraph/resources/zuVertexBuffer.h>
@@ -89,6 +95,12 @@ const FactoryRegistration factoryRegistrations[] = {
     {zuNode::RegisterFactory, zuNode::UnRegisterFactory},
     {zuVertexBuffer::RegisterFactory, zuVertexBuffer::UnRegisterFactory},
     {zuIndexBuffer::RegisterFactory, zuIndexBuffer::UnRegisterFactory},
+    {zuTriangles::RegisterFactory, zuTriangles::UnRegisterFactory},
+    {zuTriMesh::RegisterFactory, zuTriMesh::UnRegisterFactory},
+    {zuGeometry::RegisterFactory, zuGeometry::UnRegisterFactory},
+    {zuGenericGeometry::RegisterFactory, zuGenericGeometry::UnRegisterFactory},
+    {zuLine::RegisterFactory, zuLine::UnRegisterFactory},
+    {zuPoint::RegisterFactory, zuPoint::UnRegisterFactory},
 };
 
 } // namespace

@@ -16,7 +16,7 @@ public:
 
     zuMaterialState();
 
-    int GetStateType() const override { return MATERIAL; }
+    StateType GetStateType() const override { return MATERIAL; }
 
     Wm4::ColorRGB Ambient;
     Wm4::ColorRGB Diffuse;

@@ -20,7 +20,7 @@ public:
     zuTextureState();
     ~zuTextureState() override;
 
-    int GetStateType() const override { return TEXTURE; }
+    StateType GetStateType() const override { return TEXTURE; }
 
     int GetTextureQuantity() const { return static_cast<int>(mTextures.size()); }
     // Null for an index out of range or an empty slot.
