@@ -19,6 +19,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <string>
 #include <vector>
@@ -99,9 +100,9 @@ TEST_F(BaseGeometry, ModelBoundReadsPackedLayoutsFlatPositionsAndSkipsNaN)
     packed.SetUserByteChannels(0, 1);
     ASSERT_EQ(packed.GetStride(), 13);
     zuPointer<zuVertexBuffer> vertices = new zuVertexBuffer(packed, 3);
-    vertices->Position3(0) = Vec(0, 0, 0);
-    vertices->Position3(1) = Vec(4, -2, 1);
-    vertices->Position3(2) = Vec(std::numeric_limits<float>::quiet_NaN(), 2, 3);
+    const Vec positions[3] = {{0, 0, 0}, {4, -2, 1}, {std::numeric_limits<float>::quiet_NaN(), 2, 3}};
+    for (int i = 0; i < 3; ++i)
+        std::memcpy(vertices->GetData() + i * packed.GetStride(), &positions[i], sizeof(Vec));
     zuBoundingVolume bv;
     bv.computeFromDataBox(vertices.get());
     expectBox(bv, Vec(2, 0, 1.5f), Vec(2, 2, 1.5f));
