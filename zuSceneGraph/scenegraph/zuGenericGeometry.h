@@ -35,9 +35,9 @@ public:
     void updateObjectDescription() override;
 
     // The hook chain: zuGeometry's, then the two strings.
-    void zuBaseGeometryLoad(zuBaseStream& stream, zuLink* link) override;
     int zuGeometryGetDiskUsed(const zuBaseStream& stream) const override;
     void zuGeometrySave(zuBaseStream& stream) const override;
+    void zuBaseGeometryLoad(zuBaseStream& stream, zuLink* link) override;
 
     const zuRtti& GetType() const override { return TYPE; }
     // A zuGenericGeometry with the same defines and key.

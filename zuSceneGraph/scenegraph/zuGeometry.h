@@ -65,10 +65,10 @@ public:
 
     // The hook chain: zuTriMesh's, then this class's; loading reads the flags word after
     // the base hooks.
-    void zuBaseGeometryLoad(zuBaseStream& stream, zuLink* link) override;
     void zuTriMeshRegister(zuBaseStream& stream) const override;
     int zuTriMeshGetDiskUsed(const zuBaseStream& stream) const override;
     void zuTriMeshSave(zuBaseStream& stream) const override;
+    void zuBaseGeometryLoad(zuBaseStream& stream, zuLink* link) override;
     // This class's own hooks: nothing to register; the flags word, 4 bytes.
     virtual void zuGeometryRegister(zuBaseStream& stream) const;
     virtual int zuGeometryGetDiskUsed(const zuBaseStream& stream) const;

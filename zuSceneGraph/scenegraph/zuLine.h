@@ -43,9 +43,9 @@ public:
     bool GetSegment(int i, int& v0, int& v1) const;
 
     // The hook chain: the base's, then the line type.
-    void zuBaseGeometryLoad(zuBaseStream& stream, zuLink* link) override;
     int zuBaseGeometryGetDiskUsed(const zuBaseStream& stream) const override;
     void zuBaseGeometrySave(zuBaseStream& stream) const override;
+    void zuBaseGeometryLoad(zuBaseStream& stream, zuLink* link) override;
 
     const zuRtti& GetType() const override { return TYPE; }
     // A zuLine of the same type.

@@ -32,9 +32,9 @@ public:
     int GetPoint(int i) const;
 
     // The hook chain: the base's, then the point size.
-    void zuBaseGeometryLoad(zuBaseStream& stream, zuLink* link) override;
     int zuBaseGeometryGetDiskUsed(const zuBaseStream& stream) const override;
     void zuBaseGeometrySave(zuBaseStream& stream) const override;
+    void zuBaseGeometryLoad(zuBaseStream& stream, zuLink* link) override;
 
     const zuRtti& GetType() const override { return TYPE; }
     // A zuPoint of the same size, bit for bit.
