@@ -24,6 +24,13 @@
 #include <zuSceneGraph/scenegraph/zuLightNode.h>
 #include <zuSceneGraph/scenegraph/zuNode.h>
 #include <zuSceneGraph/scenegraph/zuXRefNode.h>
+#include <zuSceneGraph/scenegraph/zuGenericGeometry.h>
+#include <zuSceneGraph/scenegraph/zuGeometry.h>
+#include <zuSceneGraph/scenegraph/zuLine.h>
+#include <zuSceneGraph/scenegraph/zuNode.h>
+#include <zuSceneGraph/scenegraph/zuPoint.h>
+#include <zuSceneGraph/scenegraph/zuTriMesh.h>
+#include <zuSceneGraph/scenegraph/zuTriangles.h>
 #include <zuSceneGraph/scenegraph/zuSemanticMetadata.h>
 #include <zuSceneGraph/resources/zuIndexBuffer.h>
 #include <zuSceneGraph/resources/zuVertexBuffer.h>
@@ -111,6 +118,14 @@ const FactoryRegistration factoryRegistrations[] = {
     {zuTextureState::RegisterFactory, zuTextureState::UnRegisterFactory},
     {zuTexture::RegisterFactory, zuTexture::UnRegisterFactory},
     {zuImage::RegisterFactory, zuImage::UnRegisterFactory},
+    {zuVertexBuffer::RegisterFactory, zuVertexBuffer::UnRegisterFactory},
+    {zuIndexBuffer::RegisterFactory, zuIndexBuffer::UnRegisterFactory},
+    {zuTriangles::RegisterFactory, zuTriangles::UnRegisterFactory},
+    {zuTriMesh::RegisterFactory, zuTriMesh::UnRegisterFactory},
+    {zuGeometry::RegisterFactory, zuGeometry::UnRegisterFactory},
+    {zuGenericGeometry::RegisterFactory, zuGenericGeometry::UnRegisterFactory},
+    {zuLine::RegisterFactory, zuLine::UnRegisterFactory},
+    {zuPoint::RegisterFactory, zuPoint::UnRegisterFactory},
 };
 
 } // namespace

@@ -110,6 +110,11 @@ public:
     // How many deltas the packed format reads or writes at a time.
     static constexpr int DELTA_CHUNK = 4096;
 
+    // The readiness tests of zuVertexBuffer, for the indices: in memory and not empty;
+    // bound by a renderer.
+    bool isReadyForUpload() const { return mData != nullptr && mIndexQuantity > 0; }
+    bool isReadyForDraw() const { return isGPUResident(); }
+
     static unsigned int GetResourceType() { return msIndexBufferID; }
     static unsigned int GetResourceHandlerType() { return msIndexBufferHandlerID; }
     // As zuVertexBuffer::RegisterRequests, for index buffers.

@@ -203,6 +203,12 @@ public:
     // zuRendererInterface and the target's block is left unfilled.
     bool CloneVertexBuffer(zuRttiInterface*& target, bool withData) const;
 
+    // The two readiness tests a geometry leaf makes of its buffers (checkRenderable). The
+    // first: the block is in memory and holds vertices, so a renderer can take it. The
+    // second: a renderer has taken it (the buffer is bound).
+    bool isReadyForUpload() const { return mData != nullptr && mVertexQuantity > 0; }
+    bool isReadyForDraw() const { return isGPUResident(); }
+
     // The numbers RegisterRequests took (0 before).
     static unsigned int GetResourceType() { return msVertexBufferID; }
     static unsigned int GetResourceHandlerType() { return msVertexBufferHandlerID; }

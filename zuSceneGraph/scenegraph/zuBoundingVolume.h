@@ -61,9 +61,10 @@ public:
     // and it is not a conservative bound for points whose principal axes are rotated
     // against the world axes. No points give an invalid bound; a null array changes nothing.
     void computeFromDataBox(const zuTSharedArray<Wm4::Vector3<float>>* points);
-    // The axis-aligned min/max box of the buffer's positions; an empty buffer gives an
-    // invalid bound. Declared here, defined with the vertex buffer (in the resources
-    // layer), which is the only code that knows its layout.
+    // The axis-aligned min/max box of the buffer's positions (2D positions have z = 0). A
+    // null or empty buffer, or one without positions, gives an invalid bound; a buffer whose
+    // block is not in memory leaves the bound as it is. Declared here, defined with the
+    // vertex buffer (in the resources layer), which is the only code that knows its layout.
     void computeFromDataBox(const zuVertexBuffer* vertices);
 
     // `out` becomes the world-axis box of the eight mapped corners, centred on the mapped

@@ -1,0 +1,427 @@
+// The geometry base: the model bound from the vertex buffer, the world matrix, the order of
+// the model updates, the world bound and culling of a leaf without vertices, the state
+// slots as far as they can be filled without material and texture states, the two
+// readiness tests, the resource list, the look-ups, comparison and cloning.
+
+#include "scenegraph/zuGeometryTestHelpers.h"
+#include "scenegraph/zuSpatialTestHelpers.h"
+#include "support/zuTestObjects.h"
+#include "support/zuW1Assembly.h"
+
+#include <zuSceneGraph/culling/zuCuller.h>
+#include <zuSceneGraph/resources/zuRendererInterface.h>
+#include <zuSceneGraph/scenegraph/zuLine.h>
+#include <zuSceneGraph/scenegraph/zuNode.h>
+#include <zuSceneGraph/scenegraph/zuPoint.h>
+#include <zuSceneGraph/scenegraph/zuTriMesh.h>
+#include <zuSceneGraph/states/zuAlphaState.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <string>
+#include <vector>
+
+namespace zu::test {
+namespace {
+
+class BaseGeometry : public ::testing::Test {
+protected:
+    zuTestFactories factories;
+};
+
+void expectBox(const zuBoundingVolume& bv, const Vec& center, const Vec& extents)
+{
+    ASSERT_TRUE(bv.isValid());
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_FLOAT_EQ(bv.GetCenter()[i], center[i]) << "centre " << i;
+        EXPECT_FLOAT_EQ(bv.GetExtents()[i], extents[i]) << "extent " << i;
+    }
+}
+
+// Records the model updates in the order they run.
+class RecordingMesh : public zuTriMesh {
+public:
+    using zuTriMesh::zuTriMesh;
+    void UpdateModelNormals() override { calls.push_back("normals"); }
+    void UpdateModelTangentSpace(int channel) override { calls.push_back("tangent " + std::to_string(channel)); }
+    void UpdateModelInvert(int channel) override { calls.push_back("invert " + std::to_string(channel)); }
+    std::vector<std::string> calls;
+};
+
+// A state that says it is a material (or texture) state without being one.
+class PretendState : public zuGlobalState {
+public:
+    explicit PretendState(StateType type) : mType(type) {}
+    StateType GetStateType() const override { return mType; }
+
+private:
+    StateType mType;
+};
+
+// ---------------------------------------------------------------------------------------
+// Model bound
+
+TEST_F(BaseGeometry, ModelBoundIsTheMinMaxBoxOfThePositions)
+{
+    zuPointer<zuTriMesh> mesh = new zuTriMesh(makeVertices({{1, 2, 3}, {-1, 0, 5}, {3, -2, 4}}, false), nullptr);
+    expectBox(mesh->GetModelBound(), Vec(1, 0, 4), Vec(2, 2, 1));
+
+    // A rotated set keeps the world axes: the box of the points, not an oriented one.
+    mesh->SetVertices(makeVertices({{0, 0, 0}, {1, 1, 0}, {2, 2, 0}, {3, 3, 1}}, true));
+    mesh->UpdateModelBound();
+    expectBox(mesh->GetModelBound(), Vec(1.5f, 1.5f, 0.5f), Vec(1.5f, 1.5f, 0.5f));
+
+    // No vertex buffer, an empty one, one without positions: invalid.
+    mesh->SetVertices(nullptr);
+    mesh->UpdateModelBound();
+    EXPECT_FALSE(mesh->GetModelBound().isValid());
+    mesh->SetVertices(makeVertices({{1, 1, 1}}, false));
+    mesh->UpdateModelBound();
+    expectBox(mesh->GetModelBound(), Vec(1, 1, 1), Vec(0, 0, 0));
+    mesh->SetVertices(makeVertices({}, false));
+    mesh->UpdateModelBound();
+    EXPECT_FALSE(mesh->GetModelBound().isValid());
+    zuAttributes normalsOnly;
+    normalsOnly.SetNormalChannels(3);
+    mesh->SetVertices(new zuVertexBuffer(normalsOnly, 4));
+    mesh->UpdateModelBound();
+    EXPECT_FALSE(mesh->GetModelBound().isValid());
+}
+
+TEST_F(BaseGeometry, ModelBoundReadsPackedLayoutsFlatPositionsAndSkipsNaN)
+{
+    // A byte-sized user group after the position makes a stride of 13, so the floats of
+    // every other vertex are unaligned.
+    zuAttributes packed;
+    packed.SetPositionChannels(3);
+    packed.SetUserByteChannels(0, 1);
+    ASSERT_EQ(packed.GetStride(), 13);
+    zuPointer<zuVertexBuffer> vertices = new zuVertexBuffer(packed, 3);
+    const Vec positions[3] = {{0, 0, 0}, {4, -2, 1}, {std::numeric_limits<float>::quiet_NaN(), 2, 3}};
+    for (int i = 0; i < 3; ++i)
+        std::memcpy(vertices->GetData() + i * packed.GetStride(), &positions[i], sizeof(Vec));
+    zuBoundingVolume bv;
+    bv.computeFromDataBox(vertices.get());
+    expectBox(bv, Vec(2, 0, 1.5f), Vec(2, 2, 1.5f));
+
+    zuAttributes flat;
+    flat.SetPositionChannels(2);
+    zuPointer<zuVertexBuffer> points = new zuVertexBuffer(flat, 2);
+    points->Position2(0) = Wm4::Vector2<float>(1, 1);
+    points->Position2(1) = Wm4::Vector2<float>(3, 2);
+    bv.computeFromDataBox(points.get());
+    expectBox(bv, Vec(2, 1.5f, 0), Vec(1, 0.5f, 0));
+
+    // Only NaN positions: no box.
+    vertices = makeVertices({{std::numeric_limits<float>::quiet_NaN(), 0, 0}}, false);
+    bv.computeFromDataBox(vertices.get());
+    EXPECT_FALSE(bv.isValid());
+}
+
+TEST_F(BaseGeometry, ModelBoundOfABufferLeftInItsFileStaysAsItWas)
+{
+    zuPointer<zuVertexBuffer> vertices = makeVertices({{0, 0, 0}, {2, 2, 2}}, false);
+    zuPointer<zuTriMesh> mesh = new zuTriMesh(vertices, nullptr);
+    // Without a file the block goes only when forced.
+    ASSERT_TRUE(zuRendererInterface::DeleteCPUData(vertices, true));
+    ASSERT_FALSE(vertices->isCPUResident());
+    mesh->UpdateModelBound();
+    expectBox(mesh->GetModelBound(), Vec(1, 1, 1), Vec(1, 1, 1));
+}
+
+// ---------------------------------------------------------------------------------------
+// World data
+
+TEST_F(BaseGeometry, WorldMatrixHoldsTheColumnsOfTheWorldTransformationAsRows)
+{
+    zuPointer<zuNode> parent = new zuNode;
+    zuPointer<zuTriMesh> mesh = new zuTriMesh;
+    parent->attachChild(mesh);
+    // A quarter turn about z, scaled (2, 3, 4), moved to (5, 6, 7).
+    const Wm4::Matrix3<float> quarter(0, -1, 0, 1, 0, 0, 0, 0, 1);
+    mesh->SetLocalTransform(rsTransform(quarter, Vec(2, 3, 4), Vec(5, 6, 7)));
+    EXPECT_EQ(mesh->GetWorldMatrix(), Wm4::Matrix4<float>::IDENTITY);
+    parent->UpdateGS();
+    const Wm4::Matrix4<float> rotationScale(0, 2, 0, 0, -3, 0, 0, 0, 0, 0, 4, 0, 5, 6, 7, 1);
+    EXPECT_EQ(mesh->GetWorldMatrix(), rotationScale);
+
+    // A general matrix: row j is its column j. The flag-driven pass refreshes it too.
+    zuGenericTransformation<float> general;
+    general.SetMatrix(Wm4::Matrix3<float>(1, 2, 3, 4, 5, 6, 7, 8, 10));
+    general.SetTranslate(Vec(-1, -2, -3));
+    mesh->SetLocalTransform(general);
+    mesh->SetUpdateMask(zuSpatial::UPDATE_WORLD_DATA);
+    mesh->UpdateGS_Flags();
+    const Wm4::Matrix4<float> expected(1, 4, 7, 0, 2, 5, 8, 0, 3, 6, 10, 0, -1, -2, -3, 1);
+    EXPECT_EQ(mesh->GetWorldMatrix(), expected);
+}
+
+TEST_F(BaseGeometry, UpdateMSRunsTheModelUpdatesItIsAskedFor)
+{
+    zuPointer<RecordingMesh> mesh = new RecordingMesh(makeVertices({{0, 0, 0}, {1, 1, 1}}, false), nullptr);
+    mesh->GetVertices()->Position3(1) = Vec(3, 3, 3);
+
+    mesh->UpdateMS(false, false, -2);
+    EXPECT_TRUE(mesh->calls.empty());
+    expectBox(mesh->GetModelBound(), Vec(1.5f, 1.5f, 1.5f), Vec(1.5f, 1.5f, 1.5f));
+
+    mesh->UpdateMS(true, false, -1);
+    EXPECT_EQ(mesh->calls, (std::vector<std::string>{"normals", "tangent -1"}));
+    mesh->calls.clear();
+    mesh->UpdateMS(false, false, 2);
+    EXPECT_EQ(mesh->calls, (std::vector<std::string>{"tangent 2"}));
+    mesh->calls.clear();
+    // Inverting does nothing else.
+    mesh->UpdateMS(true, true, 5);
+    EXPECT_EQ(mesh->calls, (std::vector<std::string>{"invert 5"}));
+    mesh->calls.clear();
+    // The triangle form never inverts.
+    mesh->UpdateMS(true, 0);
+    EXPECT_EQ(mesh->calls, (std::vector<std::string>{"normals", "tangent 0"}));
+}
+
+TEST_F(BaseGeometry, WorldBoundFollowsTheModelBoundAndBecomesInvalidWithoutVertices)
+{
+    zuPointer<zuTriMesh> mesh = new zuTriMesh(makeVertices({{-1, -1, -1}, {1, 1, 1}}, false), nullptr);
+    mesh->SetLocalTransform(rsTransform(Wm4::Matrix3<float>::IDENTITY, Vec(2, 2, 2), Vec(10, 0, 0)));
+    mesh->UpdateGS();
+    expectBox(mesh->GetWorldBound(), Vec(10, 0, 0), Vec(2, 2, 2));
+
+    mesh->SetVertices(makeVertices({}, false));
+    mesh->UpdateMS(false, false, -2);
+    mesh->UpdateGS();
+    EXPECT_FALSE(mesh->GetModelBound().isValid());
+    EXPECT_FALSE(mesh->GetWorldBound().isValid());
+}
+
+TEST_F(BaseGeometry, ALeafWithoutVerticesIsInsertedWhenItsParentIsVisible)
+{
+    zuPointer<zuCamera> camera = makeW1Camera(2);
+    zuPointer<zuNode> root = new zuNode;
+    zuPointer<zuNode> group = new zuNode;
+    root->attachChild(group);
+    zuPointer<zuTriMesh> empty = new zuTriMesh(makeVertices({}, true), makeIndices({}));
+    zuPointer<zuTriMesh> cube = makeW1Cube();
+    // The cube first: a node whose first child has no bound keeps its previous bound.
+    group->attachChild(cube);
+    group->attachChild(empty);
+    // In front of the camera.
+    group->SetLocalTransform(rsTransform(Wm4::Matrix3<float>::IDENTITY, Vec(1, 1, 1), Vec(5, 0, 0)));
+    root->UpdateGS();
+    ASSERT_FALSE(empty->GetWorldBound().isValid());
+    ASSERT_TRUE(group->GetWorldBound().isValid());
+
+    zuCuller culler;
+    culler.SetCamera(camera);
+    culler.ComputeVisibleSet(root, nullptr, false);
+    EXPECT_EQ(culler.GetVisibleSet(), (std::vector<zuRenderableSpatial*>{cube.get(), empty.get()}));
+
+    // Behind the camera, the group is culled and the empty leaf with it.
+    group->SetLocalTransform(rsTransform(Wm4::Matrix3<float>::IDENTITY, Vec(1, 1, 1), Vec(-5, 0, 0)));
+    root->UpdateGS();
+    culler.ComputeVisibleSet(root, nullptr, false);
+    EXPECT_TRUE(culler.GetVisibleSet().empty());
+}
+
+TEST_F(BaseGeometry, EveryLeafMarksItsBoundGoingDownAndItsWorldDataGoingUp)
+{
+    zuPointer<zuNode> parent = new zuNode;
+    zuPointer<zuLine> line = new zuLine;
+    parent->attachChild(line);
+    EXPECT_EQ(line->GetDirtyMask(), 0x2040u);
+    EXPECT_EQ(parent->GetUpdateMask() & 0x2040u, 0x2040u);
+    line->Clean_Flags();
+    line->SetDirtyMask(0x100);
+    EXPECT_EQ(line->setDirtyDown(false), 0x109u);
+    EXPECT_EQ(line->GetUpdateMask(), 0x09u);
+}
+
+// ---------------------------------------------------------------------------------------
+// States
+
+TEST_F(BaseGeometry, OnlyRealMaterialAndTextureStatesTakeASlot)
+{
+    zuPointer<zuPoint> point = new zuPoint;
+    zuPointer<zuAlphaState> alpha = new zuAlphaState;
+    zuPointer<PretendState> material = new PretendState(zuGlobalState::MATERIAL);
+    zuPointer<PretendState> texture = new PretendState(zuGlobalState::TEXTURE);
+    point->setGlobalState(nullptr);
+    point->setGlobalState(alpha);
+    point->setGlobalState(material);
+    point->setGlobalState(texture);
+    EXPECT_EQ(point->getGlobalStateQuantity(), 0);
+    for (int i = -1; i <= 3; ++i)
+        EXPECT_EQ(point->getGlobalState(i), nullptr) << i;
+    EXPECT_EQ(point->GetMaterialState(), nullptr);
+    EXPECT_EQ(point->GetTextureState(), nullptr);
+    EXPECT_EQ(alpha->GetReferences(), 1);
+    EXPECT_EQ(material->GetReferences(), 1);
+}
+
+// ---------------------------------------------------------------------------------------
+// Rendering
+
+TEST_F(BaseGeometry, CheckRenderableTestsTheVerticesThenTheIndices)
+{
+    zuPointer<zuTriMesh> mesh = new zuTriMesh;
+    EXPECT_FALSE(mesh->checkRenderable(false));
+    EXPECT_EQ(mesh->getRenderFlag(zuRenderableSpatial::RENDERABLE_FIRST), 0);
+
+    zuPointer<zuVertexBuffer> vertices = makeVertices({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, false);
+    zuPointer<zuIndexBuffer> indices = makeIndices({0, 1, 2});
+    mesh->SetVertices(vertices);
+    // No index buffer: the vertices are drawn in order.
+    EXPECT_FALSE(mesh->checkRenderable(false));
+    EXPECT_EQ(mesh->getRenderFlag(zuRenderableSpatial::RENDERABLE_FIRST), 1);
+    EXPECT_EQ(mesh->getRenderFlag(zuRenderableSpatial::RENDERABLE_SECOND), 0);
+
+    mesh->SetIndices(makeIndices({}));
+    mesh->checkRenderable(false);
+    EXPECT_EQ(mesh->getRenderFlag(zuRenderableSpatial::RENDERABLE_FIRST), 0);
+    mesh->SetIndices(indices);
+    mesh->checkRenderable(false);
+    EXPECT_EQ(mesh->getRenderFlag(zuRenderableSpatial::RENDERABLE_FIRST), 1);
+
+    // The second test: both bound by a renderer.
+    bindFake(vertices);
+    EXPECT_FALSE(mesh->checkRenderable(false));
+    bindFake(indices);
+    EXPECT_TRUE(mesh->checkRenderable(false));
+    EXPECT_EQ(mesh->getRenderFlag(zuRenderableSpatial::RENDERABLE_SECOND), 1);
+
+    // The blocks may leave memory once bound: only the first test changes, and only when
+    // it is asked for.
+    ASSERT_TRUE(zuRendererInterface::DeleteCPUData(vertices, true));
+    EXPECT_TRUE(mesh->checkRenderable(true));
+    EXPECT_EQ(mesh->getRenderFlag(zuRenderableSpatial::RENDERABLE_FIRST), 1);
+    EXPECT_TRUE(mesh->checkRenderable(false));
+    EXPECT_EQ(mesh->getRenderFlag(zuRenderableSpatial::RENDERABLE_FIRST), 0);
+
+    vertices->release();
+    EXPECT_FALSE(mesh->checkRenderable(true));
+    EXPECT_EQ(mesh->getRenderFlag(zuRenderableSpatial::RENDERABLE_SECOND), 0);
+}
+
+TEST_F(BaseGeometry, ResourcesAreTheVerticesThenTheIndicesOrANullEntry)
+{
+    zuPointer<zuVertexBuffer> vertices = makeVertices({{0, 0, 0}}, false);
+    zuPointer<zuIndexBuffer> indices = makeIndices({0});
+    zuPointer<zuTriMesh> mesh = new zuTriMesh;
+    std::vector<zuDynamicLoadingResource*> resources{indices.get()};
+    mesh->getResources(resources);
+    EXPECT_TRUE(resources.empty());
+
+    mesh->SetIndices(indices);
+    mesh->getResources(resources);
+    EXPECT_TRUE(resources.empty());
+
+    mesh->SetVertices(vertices);
+    mesh->getResources(resources);
+    EXPECT_EQ(resources, (std::vector<zuDynamicLoadingResource*>{vertices.get(), indices.get()}));
+    mesh->SetIndices(nullptr);
+    mesh->getResources(resources);
+    EXPECT_EQ(resources, (std::vector<zuDynamicLoadingResource*>{vertices.get(), nullptr}));
+}
+
+// ---------------------------------------------------------------------------------------
+// Look-ups, comparison, cloning
+
+TEST_F(BaseGeometry, LookUpsSearchTheLeafThenItsVerticesThenItsIndices)
+{
+    zuPointer<zuVertexBuffer> vertices = makeVertices({{0, 0, 0}}, false);
+    zuPointer<zuIndexBuffer> indices = makeIndices({0});
+    zuPointer<zuTriMesh> mesh = new zuTriMesh(vertices, indices);
+    mesh->SetName("bolt");
+    zuPointer<zuTestController> controller = new zuTestController;
+    controller->SetName("spin");
+    mesh->AttachController(controller);
+
+    EXPECT_EQ(mesh->GetObjectByName("bolt"), mesh.get());
+    EXPECT_EQ(mesh->GetObjectByName("spin"), controller.get());
+    // The buffers carry no name: the empty name finds the vertex buffer first.
+    EXPECT_EQ(mesh->GetObjectByName(""), vertices.get());
+    EXPECT_EQ(mesh->GetObjectByName("nut"), nullptr);
+    std::vector<zuObject*> unnamed;
+    mesh->GetAllObjectsByName("", unnamed);
+    EXPECT_EQ(unnamed, (std::vector<zuObject*>{vertices.get(), indices.get()}));
+
+    EXPECT_EQ(mesh->GetObjectByID(mesh->GetID()), mesh.get());
+    EXPECT_EQ(mesh->GetObjectByID(vertices->GetID()), vertices.get());
+    EXPECT_EQ(mesh->GetObjectByID(indices->GetID()), indices.get());
+    EXPECT_EQ(mesh->GetObjectByID(zuObject::GetNextID()), nullptr);
+
+    // Found through the tree as well.
+    zuPointer<zuNode> root = new zuNode;
+    root->attachChild(mesh);
+    EXPECT_EQ(root->GetObjectByID(indices->GetID()), indices.get());
+}
+
+TEST_F(BaseGeometry, EqualsComparesModeFlagsAndWorldMatrixButNotBuffers)
+{
+    zuPointer<zuTriMesh> a = new zuTriMesh(makeVertices({{0, 0, 0}}, false), nullptr);
+    zuPointer<zuTriMesh> b = new zuTriMesh;
+    EXPECT_EQ(a->GetModeByte(), 4);
+    EXPECT_FALSE(a->GetGeometryFlag(0));
+    EXPECT_FALSE(a->GetGeometryFlag(1));
+    EXPECT_TRUE(a->Equals(b));
+
+    b->SetModeByte(5);
+    EXPECT_FALSE(a->Equals(b));
+    b->SetModeByte(4);
+    b->SetGeometryFlag(1, true);
+    EXPECT_FALSE(a->Equals(b));
+    b->SetGeometryFlag(1, false);
+
+    // Bit for bit: a translation of -0 gives a world matrix that differs from +0 only in its
+    // sign bit, while the transformations compare equal.
+    zuGenericTransformation<float> negativeZero;
+    negativeZero.SetTranslate(Vec(-0.0f, 0, 0));
+    b->SetLocalTransform(negativeZero);
+    b->UpdateGS();
+    a->SetLocalTransform(negativeZero);
+    a->GetLocalTransform().SetTranslate(Vec(0, 0, 0));
+    a->UpdateGS();
+    EXPECT_TRUE(a->GetWorldTransform().Equals(b->GetWorldTransform()));
+    EXPECT_FALSE(a->Equals(b));
+
+    // Other leaf classes are not equal.
+    zuPointer<zuLine> line = new zuLine;
+    zuPointer<zuPoint> point = new zuPoint;
+    EXPECT_FALSE(line->Equals(point));
+    EXPECT_FALSE(line->Equals(b));
+}
+
+TEST_F(BaseGeometry, CloneSharesTheBuffersAndCopiesTheFields)
+{
+    zuPointer<zuVertexBuffer> vertices = makeVertices({{1, 2, 3}, {3, 2, 1}}, false);
+    zuPointer<zuIndexBuffer> indices = makeIndices({0, 1});
+    zuPointer<zuLine> line = new zuLine(vertices, indices, zuLine::STRIP);
+    line->SetName("edge");
+    line->SetModeByte(7);
+    line->SetGeometryFlag(0, true);
+    line->SetLocalTransform(rsTransform(Wm4::Matrix3<float>::IDENTITY, Vec(1, 1, 1), Vec(1, 0, 0)));
+    line->UpdateGS();
+
+    zuRttiInterface* target = nullptr;
+    ASSERT_TRUE(line->Clone(target));
+    zuPointer<zuRttiInterface> held = target;
+    ASSERT_TRUE(target->IsExactly(zuLine::TYPE));
+    const zuLine* copy = static_cast<const zuLine*>(target);
+    EXPECT_TRUE(copy->Equals(line));
+    EXPECT_EQ(copy->GetName(), "edge");
+    EXPECT_EQ(copy->GetVertices(), vertices.get());
+    EXPECT_EQ(copy->GetIndices(), indices.get());
+    EXPECT_EQ(copy->GetModelBound(), line->GetModelBound());
+    EXPECT_EQ(copy->GetLineType(), zuLine::STRIP);
+
+    // Into a leaf of another class: refused.
+    zuRttiInterface* point = new zuPoint;
+    zuPointer<zuRttiInterface> heldPoint = point;
+    EXPECT_FALSE(line->Clone(point));
+}
+
+} // namespace
+} // namespace zu::test
