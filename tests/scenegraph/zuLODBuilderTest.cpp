@@ -1,8 +1,6 @@
 // The level-of-detail builder: meshes of a subtree replaced in collection order, the
 // functor's levels, the hand-over of every second controller, and the cases it leaves
-// alone. Built once the level-of-detail node is part of the library.
-
-#if __has_include(<zuSceneGraph/scenegraph/zuLODNode.h>)
+// alone.
 
 #include "scenegraph/zuGeometryTestHelpers.h"
 #include "support/zuTestObjects.h"
@@ -164,4 +162,3 @@ TEST_F(LODBuilder, AMeshWithoutAParentIsLeftAlone)
 } // namespace
 } // namespace zu::test
 
-#endif

@@ -1,9 +1,5 @@
 #include <zuSceneGraph/scenegraph/zuLODBuilder.h>
 
-// The builder needs the level-of-detail node, which joins the library with the special
-// nodes; until it is there the builder is declared only.
-#if __has_include(<zuSceneGraph/scenegraph/zuLODNode.h>)
-
 #include <zuSceneGraph/animation/zuController.h>
 #include <zuSceneGraph/objects/zuPointer.h>
 #include <zuSceneGraph/scenegraph/zuLODNode.h>
@@ -65,4 +61,3 @@ void zuLODBuilder::BuildLOD(zuNode* node, const SimplifyFunctor& simplify)
 
 } // namespace zu
 
-#endif
