@@ -46,8 +46,8 @@ test-asan: setup
 # The thread-using tests under ThreadSanitizer (clang).
 test-tsan: setup
 	CXX=clang++ cmake -S . -B $(TSAN_BUILD) $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=RelWithDebInfo \
-	  -DZU_SANITIZE=thread -DZU_BUILD_BENCH=OFF
-	cmake --build $(TSAN_BUILD) -j $(JOBS)
+	  -DZU_SANITIZE=thread -DZU_BUILD_BENCH=OFF -DZU_BUILD_TOOLS=OFF
+	cmake --build $(TSAN_BUILD) -j $(JOBS) --target zuSystemTests resourcesTests
 	cd $(TSAN_BUILD) && ctest --output-on-failure -j $(JOBS) -R 'Thread|Mutex|Concurren|Resource'
 
 bench: build
