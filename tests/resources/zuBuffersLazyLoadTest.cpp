@@ -11,6 +11,7 @@
 #include <zuSceneGraph/resources/zuResourceController.h>
 #include <zuSceneGraph/resources/zuVertexBuffer.h>
 
+#include <zuSystem/zuDelegateIoDevice.h>
 #include <zuSystem/zuFileIoDevice.h>
 
 #include <gtest/gtest.h>
@@ -185,6 +186,79 @@ TEST_F(ResourceBuffersLazyLoad, EveryBufferStaysOnDiskWithItsPlaceRecordedAndCom
         ASSERT_TRUE(zuRendererInterface::LoadCPUData(resource)) << i;
         ASSERT_TRUE(loaded[i]->Equals(originals[i])) << i;
     }
+}
+
+// Counts the bytes read and the seeks past the start; can refuse those seeks.
+class SeekCountingDevice : public zuDelegateIoDevice {
+public:
+    SeekCountingDevice(zuIoDevice* target, bool refuseSeeks) : zuDelegateIoDevice(target), mRefuse(refuseSeeks) {}
+    int64_t read(void* destination, int64_t size) override
+    {
+        const int64_t got = zuDelegateIoDevice::read(destination, size);
+        bytesRead += got > 0 ? got : 0;
+        return got;
+    }
+    bool seek(int64_t offset, SeekOrigin origin) override
+    {
+        // The load's own size probe (end, then back to 0) is not a skip.
+        if (origin == SeekSet && offset > 0) {
+            ++skips;
+            if (mRefuse) {
+                setError();
+                return false;
+            }
+        }
+        return zuDelegateIoDevice::seek(offset, origin);
+    }
+    int64_t bytesRead = 0;
+    int skips = 0;
+
+private:
+    bool mRefuse;
+};
+
+TEST_F(ResourceBuffersLazyLoad, SmallBlocksSeekOverTheBlocksLeftOnDiskAndShareOnePath)
+{
+    const std::vector<zuPointer<zuObject>> reference = loadLazily(path);
+    ASSERT_EQ(reference.size(), originals.size());
+
+    // 64-byte blocks: every vertex block (128 to 384 bytes) runs past the window.
+    zuFileStream stream(64);
+    zuFileIoDevice file(path, zuFileIoDevice::ReadOnly);
+    SeekCountingDevice device(&file, false);
+    ASSERT_TRUE(stream.Load(device, path));
+    ASSERT_EQ(stream.GetObjectCount(), static_cast<int>(originals.size()));
+    EXPECT_GT(device.skips, 0);
+    EXPECT_LT(device.bytesRead, static_cast<int64_t>(std::filesystem::file_size(path)));
+
+    const std::string* shared = nullptr;
+    for (int i = 0; i < stream.GetObjectCount(); ++i) {
+        SCOPED_TRACE(i);
+        zuObject* object = static_cast<zuObject*>(stream.GetObjectAt(i));
+        ASSERT_TRUE(object->IsExactly(originals[i]->GetType()));
+        zuDynamicLoadingResource* resource = resourceOf(object);
+        EXPECT_FALSE(resource->isCPUResident());
+        // The offsets the seeking load records are those of the load that reads through.
+        EXPECT_EQ(resource->getStreamOffset(), resourceOf(reference[i])->getStreamOffset());
+        EXPECT_EQ(resource->getResourceFilePath(), path);
+        if (!shared)
+            shared = &resource->getResourceFilePath();
+        EXPECT_EQ(&resource->getResourceFilePath(), shared);
+        ASSERT_TRUE(zuRendererInterface::LoadCPUData(resource));
+        EXPECT_TRUE(object->Equals(originals[i]));
+    }
+}
+
+TEST_F(ResourceBuffersLazyLoad, ADeviceThatCannotSeekFailsTheLoadOfBlocksLeftOnDisk)
+{
+    zuDynamicLoadingResource::SetLoadPolicy(zuVertexBuffer::TYPE, false);
+    zuDynamicLoadingResource::SetLoadPolicy(zuIndexBuffer::TYPE, false);
+    zuFileStream stream(64);
+    zuFileIoDevice file(path, zuFileIoDevice::ReadOnly);
+    SeekCountingDevice device(&file, true);
+    EXPECT_FALSE(stream.Load(device, path));
+    EXPECT_EQ(device.skips, 1);
+    EXPECT_TRUE(stream.isStreamError());
 }
 
 TEST_F(ResourceBuffersLazyLoad, SavingBuffersOnDiskWritesTheirDataAndLeavesThemOnDisk)

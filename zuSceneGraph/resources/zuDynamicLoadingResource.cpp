@@ -6,17 +6,21 @@
 #include <zuSceneGraph/stream/zuStream.h>
 
 #include <map>
+#include <functional>
 #include <memory>
+#include <string_view>
 #include <utility>
 
 namespace zu {
 
 uint64_t zuDynamicLoadingResource::msResourceIdentifier = 0;
 unsigned int zuDynamicLoadingResource::msHandlerIdentifier = 0;
+const std::string zuDynamicLoadingResource::msNoPath;
 
 namespace {
 
-using LoadPolicyTable = std::map<std::string, bool>;
+// The transparent comparison finds a type's policy by its name without building a string.
+using LoadPolicyTable = std::map<std::string, bool, std::less<>>;
 using RequestBuilderTable = std::map<unsigned int, zuDynamicLoadingResource::RequestBuilderRecord>;
 
 std::unique_ptr<LoadPolicyTable>& loadPolicies()
@@ -105,8 +109,8 @@ void zuDynamicLoadingResource::storeStreamInfo(zuBaseStream* stream) const
 {
     if (!stream)
         return;
-    const zuStream* container = dynamic_cast<const zuStream*>(stream);
-    mResourceFilePath = container ? container->GetName() : std::string();
+    // Only a container has a path; a plain stream's is null.
+    mResourceFilePath = stream->GetSharedPath();
     mStreamOffset = stream->GetOffset();
     mStreamVersion = stream->GetVersion();
 }
@@ -124,7 +128,7 @@ void zuDynamicLoadingResource::clearStreamInfo()
 {
     mStreamOffset = 0;
     mStreamVersion = zuStreamVersion();
-    mResourceFilePath.clear();
+    mResourceFilePath.reset();
 }
 
 void zuDynamicLoadingResource::swapFileInfos(zuDynamicLoadingResource& other)
@@ -137,13 +141,13 @@ void zuDynamicLoadingResource::swapFileInfos(zuDynamicLoadingResource& other)
 bool zuDynamicLoadingResource::hasToLoad() const
 {
     // A block that cannot be reloaded later must be read now, whatever the policy says.
-    if (mResourceFilePath.empty())
+    if (getResourceFilePath().empty())
         return true;
     const std::unique_ptr<LoadPolicyTable>& table = loadPolicies();
     if (!table)
         return true;
     const char* name = getTypeName();
-    const auto found = table->find(name ? name : "");
+    const auto found = table->find(std::string_view(name ? name : ""));
     return found == table->end() || found->second;
 }
 

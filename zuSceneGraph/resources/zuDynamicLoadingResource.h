@@ -3,6 +3,7 @@
 #include <zuSceneGraph/stream/zuStreamVersion.h>
 
 #include <cstdint>
+#include <memory>
 #include <string>
 
 namespace zu {
@@ -88,7 +89,7 @@ public:
     DynamicResourceState getResourceState() const { return mResourceState; }
     void setResourceState(DynamicResourceState state) { mResourceState = state; }
     // Empty when the block never came from or went to a file.
-    const std::string& getResourceFilePath() const { return mResourceFilePath; }
+    const std::string& getResourceFilePath() const { return mResourceFilePath ? *mResourceFilePath : msNoPath; }
     uint64_t getStreamOffset() const { return mStreamOffset; }
     const zuStreamVersion& getStreamVersion() const { return mStreamVersion; }
 
@@ -169,7 +170,10 @@ private:
     mutable uint64_t mStreamOffset = 0;
     mutable zuStreamVersion mStreamVersion;
     DynamicResourceState mResourceState = RESOURCE_IDLE;
-    mutable std::string mResourceFilePath;
+    // Shared with the stream and every other resource it loaded: a load of many resources
+    // then copies no path. Null when the block never came from or went to a file.
+    mutable std::shared_ptr<const std::string> mResourceFilePath;
+    static const std::string msNoPath;
 
     // Kept wider than the numbers handed out, so that running out of bits is seen.
     static uint64_t msResourceIdentifier;

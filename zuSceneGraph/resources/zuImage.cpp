@@ -1,8 +1,7 @@
 #include <zuSceneGraph/resources/zuImage.h>
 
 #include <zuSceneGraph/resources/zuBlockResourceHandler.h>
-#include <zuSceneGraph/resources/zuDynamicResourceCPUDeleteRequest.h>
-#include <zuSceneGraph/resources/zuDynamicResourceCPULoadRequest.h>
+#include <zuSceneGraph/resources/zuBlockResourceRequests.h>
 #include <zuSceneGraph/resources/zuImageHandler.h>
 #include <zuSceneGraph/resources/zuRendererInterface.h>
 
@@ -160,20 +159,12 @@ void zuImage::clearContents()
 
 void zuImage::RegisterRequests()
 {
-    if (msImageID == 0) {
-        msImageID = GetNextResourceIdentifier();
-        msImageHandlerID = GetNextHandlerIdentifier();
-    }
-    RegisterCPURequestBuilder(msImageHandlerID, zuDynamicResourceCPULoadRequest::CreateFromHandler,
-                              zuDynamicResourceCPUDeleteRequest::CreateFromHandler,
-                              zuDynamicResourceCPULoadRequest::CreateFromResource,
-                              zuDynamicResourceCPUDeleteRequest::CreateFromResource);
+    zuBlockResourceRequests::Register(msImageID, msImageHandlerID);
 }
 
 void zuImage::UnRegisterRequests()
 {
-    if (msImageHandlerID != 0)
-        UnregisterRequestBuilder(msImageHandlerID);
+    zuBlockResourceRequests::Unregister(msImageHandlerID);
 }
 
 zuDynamicLoadingResourceHandler* zuImage::createHandler() const

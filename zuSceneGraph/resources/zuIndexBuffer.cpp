@@ -1,8 +1,6 @@
 #include <zuSceneGraph/resources/zuIndexBuffer.h>
 
 #include <zuSceneGraph/resources/zuBlockResourceHandler.h>
-#include <zuSceneGraph/resources/zuDynamicResourceCPUDeleteRequest.h>
-#include <zuSceneGraph/resources/zuDynamicResourceCPULoadRequest.h>
 #include <zuSceneGraph/resources/zuIndexBufferHandler.h>
 #include <zuSceneGraph/resources/zuRendererInterface.h>
 #include <zuSceneGraph/stream/zuBaseStream.h>
@@ -316,43 +314,12 @@ bool zuIndexBuffer::readPacked(zuBaseStream& stream, bool load)
 
 void zuIndexBuffer::RegisterRequests()
 {
-    if (msIndexBufferID == 0) {
-        msIndexBufferID = GetNextResourceIdentifier();
-        msIndexBufferHandlerID = GetNextHandlerIdentifier();
-    }
-    RegisterCPURequestBuilder(msIndexBufferHandlerID, CreateIndexBufferCPULoadRequest,
-                              CreateIndexBufferCPUDeleteRequest, CreateIndexBufferCPULoadRequestResource,
-                              CreateIndexBufferCPUDeleteRequestResource);
+    zuBlockResourceRequests::Register(msIndexBufferID, msIndexBufferHandlerID);
 }
 
 void zuIndexBuffer::UnRegisterRequests()
 {
-    if (msIndexBufferHandlerID != 0)
-        UnregisterRequestBuilder(msIndexBufferHandlerID);
-}
-
-zuRequestInterfaceForDynamicResource* zuIndexBuffer::CreateIndexBufferCPULoadRequest(
-    unsigned long resourceID, zuResourceRequestClientInterface* client, const zuDynamicLoadingResourceHandler* handler)
-{
-    return zuDynamicResourceCPULoadRequest::CreateFromHandler(resourceID, client, handler);
-}
-
-zuRequestInterfaceForDynamicResource* zuIndexBuffer::CreateIndexBufferCPUDeleteRequest(
-    unsigned long resourceID, zuResourceRequestClientInterface* client, const zuDynamicLoadingResourceHandler* handler)
-{
-    return zuDynamicResourceCPUDeleteRequest::CreateFromHandler(resourceID, client, handler);
-}
-
-zuRequestInterfaceForDynamicResource* zuIndexBuffer::CreateIndexBufferCPULoadRequestResource(
-    zuDynamicLoadingResource* resource, zuResourceRequestClientInterface* client)
-{
-    return zuDynamicResourceCPULoadRequest::CreateFromResource(resource, client);
-}
-
-zuRequestInterfaceForDynamicResource* zuIndexBuffer::CreateIndexBufferCPUDeleteRequestResource(
-    zuDynamicLoadingResource* resource, zuResourceRequestClientInterface* client)
-{
-    return zuDynamicResourceCPUDeleteRequest::CreateFromResource(resource, client);
+    zuBlockResourceRequests::Unregister(msIndexBufferHandlerID);
 }
 
 zuDynamicLoadingResourceHandler* zuIndexBuffer::createHandler() const

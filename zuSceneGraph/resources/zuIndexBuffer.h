@@ -2,6 +2,7 @@
 
 #include <zuSceneGraph/objects/zuUnnamedObject.h>
 #include <zuSceneGraph/resources/zuBindable.h>
+#include <zuSceneGraph/resources/zuBlockResourceRequests.h>
 #include <zuSceneGraph/resources/zuDynamicLoadingResource.h>
 #include <zuSceneGraph/stream/zuBaseStream.h>
 
@@ -120,14 +121,10 @@ public:
     // As zuVertexBuffer::RegisterRequests, for index buffers.
     static void RegisterRequests();
     static void UnRegisterRequests();
-    static zuRequestInterfaceForDynamicResource* CreateIndexBufferCPULoadRequest(
-        unsigned long resourceID, zuResourceRequestClientInterface* client, const zuDynamicLoadingResourceHandler* handler);
-    static zuRequestInterfaceForDynamicResource* CreateIndexBufferCPUDeleteRequest(
-        unsigned long resourceID, zuResourceRequestClientInterface* client, const zuDynamicLoadingResourceHandler* handler);
-    static zuRequestInterfaceForDynamicResource* CreateIndexBufferCPULoadRequestResource(
-        zuDynamicLoadingResource* resource, zuResourceRequestClientInterface* client);
-    static zuRequestInterfaceForDynamicResource* CreateIndexBufferCPUDeleteRequestResource(
-        zuDynamicLoadingResource* resource, zuResourceRequestClientInterface* client);
+    static constexpr auto& CreateIndexBufferCPULoadRequest = zuBlockResourceRequests::LoadFromHandler;
+    static constexpr auto& CreateIndexBufferCPUDeleteRequest = zuBlockResourceRequests::DeleteFromHandler;
+    static constexpr auto& CreateIndexBufferCPULoadRequestResource = zuBlockResourceRequests::LoadFromResource;
+    static constexpr auto& CreateIndexBufferCPUDeleteRequestResource = zuBlockResourceRequests::DeleteFromResource;
     static unsigned int msIndexBufferID;
     static unsigned int msIndexBufferHandlerID;
 

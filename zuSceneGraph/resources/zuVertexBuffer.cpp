@@ -1,8 +1,6 @@
 #include <zuSceneGraph/resources/zuVertexBuffer.h>
 
 #include <zuSceneGraph/resources/zuBlockResourceHandler.h>
-#include <zuSceneGraph/resources/zuDynamicResourceCPUDeleteRequest.h>
-#include <zuSceneGraph/resources/zuDynamicResourceCPULoadRequest.h>
 #include <zuSceneGraph/resources/zuRendererInterface.h>
 #include <zuSceneGraph/resources/zuVertexBufferHandler.h>
 #include <zuSceneGraph/scenegraph/zuBoundingVolume.h>
@@ -371,43 +369,12 @@ bool zuVertexBuffer::CloneVertexBuffer(zuRttiInterface*& target, bool withData) 
 
 void zuVertexBuffer::RegisterRequests()
 {
-    if (msVertexBufferID == 0) {
-        msVertexBufferID = GetNextResourceIdentifier();
-        msVertexBufferHandlerID = GetNextHandlerIdentifier();
-    }
-    RegisterCPURequestBuilder(msVertexBufferHandlerID, CreateVertexBufferCPULoadRequest,
-                              CreateVertexBufferCPUDeleteRequest, CreateVertexBufferCPULoadRequestResource,
-                              CreateVertexBufferCPUDeleteRequestResource);
+    zuBlockResourceRequests::Register(msVertexBufferID, msVertexBufferHandlerID);
 }
 
 void zuVertexBuffer::UnRegisterRequests()
 {
-    if (msVertexBufferHandlerID != 0)
-        UnregisterRequestBuilder(msVertexBufferHandlerID);
-}
-
-zuRequestInterfaceForDynamicResource* zuVertexBuffer::CreateVertexBufferCPULoadRequest(
-    unsigned long resourceID, zuResourceRequestClientInterface* client, const zuDynamicLoadingResourceHandler* handler)
-{
-    return zuDynamicResourceCPULoadRequest::CreateFromHandler(resourceID, client, handler);
-}
-
-zuRequestInterfaceForDynamicResource* zuVertexBuffer::CreateVertexBufferCPUDeleteRequest(
-    unsigned long resourceID, zuResourceRequestClientInterface* client, const zuDynamicLoadingResourceHandler* handler)
-{
-    return zuDynamicResourceCPUDeleteRequest::CreateFromHandler(resourceID, client, handler);
-}
-
-zuRequestInterfaceForDynamicResource* zuVertexBuffer::CreateVertexBufferCPULoadRequestResource(
-    zuDynamicLoadingResource* resource, zuResourceRequestClientInterface* client)
-{
-    return zuDynamicResourceCPULoadRequest::CreateFromResource(resource, client);
-}
-
-zuRequestInterfaceForDynamicResource* zuVertexBuffer::CreateVertexBufferCPUDeleteRequestResource(
-    zuDynamicLoadingResource* resource, zuResourceRequestClientInterface* client)
-{
-    return zuDynamicResourceCPUDeleteRequest::CreateFromResource(resource, client);
+    zuBlockResourceRequests::Unregister(msVertexBufferHandlerID);
 }
 
 zuDynamicLoadingResourceHandler* zuVertexBuffer::createHandler() const

@@ -3,6 +3,7 @@
 #include <zuSceneGraph/objects/zuUnnamedObject.h>
 #include <zuSceneGraph/resources/zuAttributes.h>
 #include <zuSceneGraph/resources/zuBindable.h>
+#include <zuSceneGraph/resources/zuBlockResourceRequests.h>
 #include <zuSceneGraph/resources/zuDynamicLoadingResource.h>
 #include <zuSceneGraph/stream/zuBaseStream.h>
 
@@ -219,14 +220,10 @@ public:
     static void UnRegisterRequests();
     // The request factories RegisterRequests registers: the generic CPU requests of block
     // resources, for a vertex-buffer handler or buffer.
-    static zuRequestInterfaceForDynamicResource* CreateVertexBufferCPULoadRequest(
-        unsigned long resourceID, zuResourceRequestClientInterface* client, const zuDynamicLoadingResourceHandler* handler);
-    static zuRequestInterfaceForDynamicResource* CreateVertexBufferCPUDeleteRequest(
-        unsigned long resourceID, zuResourceRequestClientInterface* client, const zuDynamicLoadingResourceHandler* handler);
-    static zuRequestInterfaceForDynamicResource* CreateVertexBufferCPULoadRequestResource(
-        zuDynamicLoadingResource* resource, zuResourceRequestClientInterface* client);
-    static zuRequestInterfaceForDynamicResource* CreateVertexBufferCPUDeleteRequestResource(
-        zuDynamicLoadingResource* resource, zuResourceRequestClientInterface* client);
+    static constexpr auto& CreateVertexBufferCPULoadRequest = zuBlockResourceRequests::LoadFromHandler;
+    static constexpr auto& CreateVertexBufferCPUDeleteRequest = zuBlockResourceRequests::DeleteFromHandler;
+    static constexpr auto& CreateVertexBufferCPULoadRequestResource = zuBlockResourceRequests::LoadFromResource;
+    static constexpr auto& CreateVertexBufferCPUDeleteRequestResource = zuBlockResourceRequests::DeleteFromResource;
     static unsigned int msVertexBufferID;
     static unsigned int msVertexBufferHandlerID;
 

@@ -541,15 +541,12 @@ void zuBaseStream::Skip(uint64_t n)
         setCorrupt("a skip runs past the end of the data");
         return;
     }
-    while (n > 0) {
-        const uint64_t inWindow = std::min(n, mWindowEnd - mPosition);
-        mPosition += inWindow;
-        n -= inWindow;
-        if (n > 0 && !fetchNextWindow()) {
-            setCorrupt("a skip runs past the end of the data");
-            return;
-        }
-    }
+    const uint64_t inWindow = std::min(n, mWindowEnd - mPosition);
+    mPosition += inWindow;
+    n -= inWindow;
+    // What lies beyond the window is passed over by the container in one go, not read.
+    if (n > 0 && !fetchNextWindow(n))
+        setCorrupt("a skip runs past the end of the data");
 }
 
 void zuBaseStream::readAcrossWindows(void* destination, int size, uint64_t count)
@@ -567,7 +564,7 @@ void zuBaseStream::readAcrossWindows(void* destination, int size, uint64_t count
         mPosition += inWindow;
         target += inWindow;
         bytes -= inWindow;
-        if (bytes > 0 && !fetchNextWindow()) {
+        if (bytes > 0 && !fetchNextWindow(0)) {
             std::memset(target, 0, bytes);
             setCorrupt("a read runs past the end of the data");
             return;

@@ -24,6 +24,7 @@
 #include <type_traits>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 namespace zu {
@@ -116,6 +117,10 @@ public:
     bool isStreamError() const { return mStreamError; }
     zuProgressNotifierInterface* GetProgressNotifier() const { return mProgress; }
     void SetProgressNotifier(zuProgressNotifierInterface* progress) { mProgress = progress; }
+
+    // The path of the container's file, one string shared by every resource the stream
+    // loads or saves (so that a resource need not copy it); null for a plain stream.
+    const std::shared_ptr<const std::string>& GetSharedPath() const { return mSharedPath; }
 
     // Offset of the next byte from the start of the data, and the bytes left to read.
     uint64_t GetOffset() const { return mWindowStart + mPosition; }
@@ -242,7 +247,9 @@ protected:
     // Hooks of the block-buffered containers. Reading: refill the window with the bytes that
     // follow it. Writing: hand the full window to the device and start a new one. The plain
     // stream has a single window, so both fail there.
-    virtual bool fetchNextWindow() { return false; }
+    // `skip` bytes after the window are passed over first (a container with a seekable
+    // device seeks over them instead of reading them).
+    virtual bool fetchNextWindow(uint64_t /*skip*/) { return false; }
     virtual bool flushWindow() { return false; }
 
     // The window the primitives work on: mBuffer[0..mWindowEnd) at stream offset mWindowStart.
@@ -254,6 +261,7 @@ protected:
         mPosition = 0;
     }
     void setDataEnd(uint64_t end) { mDataEnd = end; }
+    void setSharedPath(std::shared_ptr<const std::string> path) { mSharedPath = std::move(path); }
     char* windowBuffer() const { return mBuffer; }
     uint64_t windowStart() const { return mWindowStart; }
     uint64_t windowEnd() const { return mWindowEnd; }
@@ -340,6 +348,7 @@ private:
     std::unordered_map<const zuRttiInterface*, zuRttiCustomInformation*> mCustomInformations;
     std::vector<std::pair<const zuRtti*, zuDataStreamLoader*>> mStreamLoaders;
     zuProgressNotifierInterface* mProgress = nullptr;
+    std::shared_ptr<const std::string> mSharedPath;
 
     char* mBuffer = nullptr;
     uint64_t mWindowStart = 0;  // stream offset of mBuffer[0]

@@ -4,6 +4,7 @@
 #include <zuSystem/zuLog.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <iostream>
@@ -88,7 +89,7 @@ bool zuFileStream::Load(zuIoDevice& device, const std::string& name)
     if (mStreamSize < static_cast<uint64_t>(zuStreamVersion::LENGTH_V6))
         reportDeviceError("The stream is too short to hold a header:");
     bool result = false;
-    if (!isStreamError() && fetchNextWindow()) {
+    if (!isStreamError() && fetchNextWindow(0)) {
         int length = 0;
         char* header = nullptr;
         if (readNullTerminatedString(length, &header)) {
@@ -102,11 +103,24 @@ bool zuFileStream::Load(zuIoDevice& device, const std::string& name)
     return result && !isStreamError();
 }
 
-bool zuFileStream::fetchNextWindow()
+bool zuFileStream::fetchNextWindow(uint64_t skip)
 {
-    if (!mInput || mLeftToFetch == 0)
+    if (!mInput || mLeftToFetch == 0 || skip > mLeftToFetch)
         return false;
-    const uint64_t next = GetOffset();
+    const uint64_t next = GetOffset() + skip;
+    if (skip > 0) {
+        if (next > static_cast<uint64_t>(INT64_MAX) || !mInput->seek(static_cast<int64_t>(next), zuIoDevice::SeekSet)) {
+            setCorrupt("the device cannot seek over the skipped bytes");
+            mLeftToFetch = 0;
+            return false;
+        }
+        mLeftToFetch -= skip;
+        if (mLeftToFetch == 0) {
+            // The skip ends with the data: an empty window there, as reading through would leave.
+            setWindow(mBlock, next, 0);
+            return true;
+        }
+    }
     const uint64_t size = std::min<uint64_t>(mLeftToFetch, static_cast<uint64_t>(mBlockSize));
     const int64_t got = mInput->read(mBlock, static_cast<int64_t>(size));
     if (got != static_cast<int64_t>(size) || mInput->isError()) {

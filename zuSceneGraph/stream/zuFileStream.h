@@ -38,7 +38,9 @@ public:
     int GetBlockSize() const { return mBlockSize; }
 
 protected:
-    bool fetchNextWindow() override;
+    // Seeks the device over `skip` bytes (a failed seek marks the stream corrupt), then
+    // reads the next block from there.
+    bool fetchNextWindow(uint64_t skip) override;
     bool flushWindow() override;
 
 private:

@@ -3,6 +3,7 @@
 #include <zuSceneGraph/stream/zuBaseStream.h>
 
 #include <cstdint>
+#include <memory>
 #include <string>
 
 namespace zu {
@@ -41,7 +42,11 @@ public:
     const std::string& GetName() const { return mName; }
 
 protected:
-    void SetName(const std::string& name) { mName = name; }
+    void SetName(const std::string& name)
+    {
+        mName = name;
+        setSharedPath(std::make_shared<const std::string>(name));
+    }
 
 private:
     std::string mName;
