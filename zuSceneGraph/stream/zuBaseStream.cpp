@@ -55,6 +55,7 @@ zuCatalog<zuImage>* zuBaseStream::GetImageCatalog() const
 
 bool zuBaseStream::InsertTopLevel(zuRttiInterface* object)
 {
+    topLevelSet();
     if (!object || !mTopLevelSet.insert(object).second)
         return false;
     mTopLevel.push_back(object);
@@ -64,6 +65,7 @@ bool zuBaseStream::InsertTopLevel(zuRttiInterface* object)
 
 bool zuBaseStream::RemoveTopLevel(zuRttiInterface* object)
 {
+    topLevelSet();
     if (!object || mTopLevelSet.erase(object) == 0)
         return false;
     mTopLevel.erase(std::find(mTopLevel.begin(), mTopLevel.end(), object));
@@ -76,8 +78,20 @@ void zuBaseStream::RemoveAllToLevel()
     std::vector<zuRttiInterface*> objects;
     objects.swap(mTopLevel);
     mTopLevelSet.clear();
+    mTopLevelSetStale = false;
     for (zuRttiInterface* object : objects)
         object->DecrementReferences();
+}
+
+const std::unordered_set<const zuRttiInterface*>& zuBaseStream::topLevelSet() const
+{
+    if (mTopLevelSetStale) {
+        mTopLevelSet.clear();
+        mTopLevelSet.reserve(mTopLevel.size());
+        mTopLevelSet.insert(mTopLevel.begin(), mTopLevel.end());
+        mTopLevelSetStale = false;
+    }
+    return mTopLevelSet;
 }
 
 zuRttiInterface* zuBaseStream::GetObjectAt(int i) const
@@ -331,8 +345,12 @@ void zuBaseStream::loadRecords(bool detailedFactoryMessage)
                 setCorrupt("the record's fields do not fill its size");
                 break;
             }
-            if (topLevel)
-                InsertTopLevel(object);
+            if (topLevel) {
+                // A loaded object is new, so it cannot be in the list already.
+                mTopLevel.push_back(object);
+                object->IncrementReferences();
+                mTopLevelSetStale = true;
+            }
             onObjectLoad();
         } else if (mVersion >= zuStreamVersion(6, 0)) {
             std::cout << "Skipping object type " << name << "\n";

@@ -74,7 +74,7 @@ public:
     bool InsertTopLevel(zuRttiInterface* object);
     bool RemoveTopLevel(zuRttiInterface* object);
     void RemoveAllToLevel();
-    bool IsTopLevel(const zuRttiInterface* object) const { return mTopLevelSet.count(object) != 0; }
+    bool IsTopLevel(const zuRttiInterface* object) const { return topLevelSet().count(object) != 0; }
     int GetObjectCount() const { return static_cast<int>(mTopLevel.size()); }
     zuRttiInterface* GetObjectAt(int i) const;
 
@@ -337,7 +337,11 @@ private:
     zuStreamVersion mVersion;
     zuVariant::zuVariantMapImpl mParameters;
     std::vector<zuRttiInterface*> mTopLevel;
-    std::unordered_set<const zuRttiInterface*> mTopLevelSet;
+    // Membership of the top-level list, rebuilt on demand: a load appends its top-level
+    // objects (all new) to the list alone, so that loading many of them hashes nothing.
+    const std::unordered_set<const zuRttiInterface*>& topLevelSet() const;
+    mutable std::unordered_set<const zuRttiInterface*> mTopLevelSet;
+    mutable bool mTopLevelSetStale = false;
     std::unordered_set<const zuRttiInterface*> mRegistered;
     std::vector<const zuRttiInterface*> mOrdered;
     // Raw storage: a link is constructed when an object takes it, so that a load of one
