@@ -91,7 +91,7 @@ void zuRttiInterface::Save(zuBaseStream& stream) const
 {
     stream.Write(GetType().GetName());
     if (stream.GetVersion() >= zuStreamVersion(6, 0))
-        stream.Write(GetDiskUsed(stream));
+        stream.Write(stream.GetRecordSize(this));
     stream.Write(this);
 }
 

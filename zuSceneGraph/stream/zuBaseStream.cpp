@@ -123,33 +123,47 @@ void zuBaseStream::registerTopLevel()
 {
     clearObjectMap();
     clearCustomInformations();
+    mRecordSizes.clear();
     for (zuRttiInterface* object : mTopLevel)
         object->Register(*this);
 }
 
-uint64_t zuBaseStream::computeSaveSize() const
+uint64_t zuBaseStream::computeSaveSize()
 {
     uint64_t total = static_cast<uint64_t>(TOP_LEVEL_MARKER_LENGTH + 4) * mTopLevel.size();
-    for (const zuRttiInterface* object : mOrdered)
-        total += static_cast<uint64_t>(object->GetDiskUsed(*this));
+    mRecordSizes.clear();
+    mRecordSizes.reserve(mOrdered.size());
+    for (const zuRttiInterface* object : mOrdered) {
+        mRecordSizes.push_back(object->GetDiskUsed(*this));
+        total += static_cast<uint64_t>(mRecordSizes.back());
+    }
     return total;
+}
+
+int zuBaseStream::GetRecordSize(const zuRttiInterface* object) const
+{
+    if (mWritingRecord < mRecordSizes.size() && mOrdered[mWritingRecord] == object)
+        return mRecordSizes[mWritingRecord];
+    return object->GetDiskUsed(*this);
 }
 
 bool zuBaseStream::writeRecords()
 {
-    for (const zuRttiInterface* object : mOrdered) {
+    bool complete = true;
+    for (mWritingRecord = 0; mWritingRecord < mOrdered.size() && complete; ++mWritingRecord) {
+        const zuRttiInterface* object = mOrdered[mWritingRecord];
         if (mStreamError)
-            return false;
+            break;
         if (IsTopLevel(object))
             Write(TOP_LEVEL_MARKER);
         object->Save(*this);
         if (mProgress) {
             mProgress->step(1);
-            if (mProgress->isCancelRequested())
-                return false;
+            complete = !mProgress->isCancelRequested();
         }
     }
-    return !mStreamError;
+    mWritingRecord = mOrdered.size();
+    return complete && !mStreamError;
 }
 
 namespace {

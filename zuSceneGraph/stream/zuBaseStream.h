@@ -240,6 +240,10 @@ public:
         }
     }
 
+    // The size field of `object`'s record: the size pass's figure while that record is
+    // being written, else its GetDiskUsed.
+    int GetRecordSize(const zuRttiInterface* object) const;
+
     // Marks the data as corrupt at the current offset (first failure wins) and logs why.
     void setCorrupt(const char* reason);
 
@@ -277,7 +281,8 @@ protected:
     void finishLoad();
     // The save passes.
     void registerTopLevel();
-    uint64_t computeSaveSize() const;
+    // Sizes every record once; the write pass then takes each record's size from here.
+    uint64_t computeSaveSize();
     // Writes the ordered objects; false when the progress notifier asked to cancel.
     bool writeRecords();
     static const char* const TOP_LEVEL_MARKER;
@@ -342,6 +347,10 @@ private:
     const std::unordered_set<const zuRttiInterface*>& topLevelSet() const;
     mutable std::unordered_set<const zuRttiInterface*> mTopLevelSet;
     mutable bool mTopLevelSetStale = false;
+    // The record sizes of the last size pass, in the order of mOrdered (empty when the save
+    // had no size pass, as a container's has not), and the record being written.
+    std::vector<int> mRecordSizes;
+    size_t mWritingRecord = 0;
     std::unordered_set<const zuRttiInterface*> mRegistered;
     std::vector<const zuRttiInterface*> mOrdered;
     // Raw storage: a link is constructed when an object takes it, so that a load of one
