@@ -144,5 +144,40 @@ TEST_F(TopLevelList, TheListIsKeptBetweenSavesAndReplacedByALoad)
     EXPECT_EQ(empty.GetObjectCount(), 0);
 }
 
+// References are resolved after the last record: forward references work, a record saved
+// again under an identifier replaces the first, each reference read finds its object once,
+// and an identifier no record carries reads as null.
+TEST_F(TopLevelList, ReferencesResolveAfterTheLastRecord)
+{
+    const auto node = [](zuBytes& bytes, bool topLevel, uint64_t id, const std::string& name,
+                         std::vector<uint64_t> children) {
+        if (topLevel)
+            bytes.str("Top Level");
+        const int size = 4 + 17 + 4 + 8 + 4 + static_cast<int>(name.size()) + 12 + 8 * static_cast<int>(children.size());
+        bytes.str("zuTest.zuTestNode").i32(size).u64(id).str(name).i32(0).i32(0);
+        bytes.i32(static_cast<int>(children.size()));
+        for (uint64_t child : children)
+            bytes.u64(child);
+    };
+    zuBytes bytes;
+    node(bytes, true, 0x10, "parent", {0x20, 0x20, 0x30});
+    node(bytes, false, 0x20, "first", {});
+    node(bytes, false, 0x20, "second", {});
+
+    zuBaseStream stream;
+    stream.SetVersion(zuStreamVersion(6, 32));
+    std::vector<char> data = bytes.bytes();
+    ASSERT_TRUE(stream.Load(data.data(), data.size()));
+    ASSERT_EQ(stream.GetObjectCount(), 1);
+    auto* parent = static_cast<zuTestNode*>(stream.GetObjectAt(0));
+    ASSERT_EQ(parent->GetChildQuantity(), 3);
+    ASSERT_NE(parent->GetChild(0), nullptr);
+    EXPECT_EQ(parent->GetChild(0)->GetName(), "second");
+    EXPECT_EQ(parent->GetChild(1), parent->GetChild(0));
+    EXPECT_EQ(parent->GetChild(2), nullptr);
+    // "first" was referenced by nobody: the load freed it.
+    EXPECT_EQ(zuTestNode::msLiving, 2);
+}
+
 } // namespace
 } // namespace zu::test

@@ -1,4 +1,5 @@
-// The identifier map of a load: growth, colliding identifiers and the null identifier.
+// The identifier map of a load: growth, reserved room, colliding identifiers and the null
+// identifier.
 
 #include <zuSceneGraph/stream/zuReferenceMap.h>
 
@@ -33,6 +34,14 @@ TEST(ReferenceMap, KeepsEveryIdentifierThroughGrowthAndCollisions)
     map.clear();
     EXPECT_EQ(map.size(), 0u);
     EXPECT_EQ(map.find(identifiers[0]), nullptr);
+
+    // Room made beforehand: no insertion moves an entry.
+    map.reserve(identifiers.size());
+    zuReferenceMap::Entry* first = &map.findOrInsert(identifiers[0]);
+    for (uint64_t identifier : identifiers)
+        map.findOrInsert(identifier);
+    EXPECT_EQ(map.find(identifiers[0]), first);
+    EXPECT_EQ(map.size(), identifiers.size());
 }
 
 } // namespace

@@ -116,6 +116,8 @@ void zuBaseStream::clearObjectMap()
 {
     mRegistered.clear();
     mOrdered.clear();
+    std::vector<std::pair<uint64_t, zuRttiInterface*>>().swap(mDefinitions);
+    mReferenceCount = 0;
     mReferences.clear();
 }
 
@@ -275,13 +277,29 @@ void zuBaseStream::deleteLinks()
 
 void zuBaseStream::registerLink(uint64_t identifier, zuLink* link)
 {
-    mReferences.findOrInsert(identifier).object = link->getObject();
+    mDefinitions.emplace_back(identifier, link->getObject());
 }
 
 void zuBaseStream::addObjectReference(zuLink* link, uint64_t identifier)
 {
     link->addInterface(identifier);
-    ++mReferences.findOrInsert(identifier).pending;
+    ++mReferenceCount;
+}
+
+void zuBaseStream::buildReferenceMap()
+{
+    mReferences.clear();
+    if (mReferenceCount == 0)
+        return;
+    mReferences.reserve(mDefinitions.size() + mReferenceCount);
+    // A later record saved under the same identifier replaces the earlier one.
+    for (const auto& [identifier, object] : mDefinitions)
+        mReferences.findOrInsert(identifier).object = object;
+    for (size_t i = 0; i < mLinkCount; ++i) {
+        zuLink* link = linkAt(i);
+        for (int k = 0; k < link->getQuantity(); ++k)
+            ++mReferences.findOrInsert(link->getInterface(k)).pending;
+    }
 }
 
 void zuBaseStream::ReadLink(zuLink* link)
@@ -404,6 +422,7 @@ void zuBaseStream::finishLoad()
         // links frees every object the load created.
         RemoveAllToLevel();
     } else {
+        buildReferenceMap();
         removeUnreferencedObjects();
         for (size_t i = 0; i < mLinkCount; ++i) {
             zuLink* link = linkAt(i);

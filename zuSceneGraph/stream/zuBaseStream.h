@@ -338,6 +338,7 @@ private:
     void writeAcrossWindows(const void* source, int size, uint64_t count);
     zuLink* linkAt(size_t i) const { return mLinkChunks[i >> LINK_CHUNK_SHIFT] + (i & (LINK_CHUNK_SIZE - 1)); }
     void deleteLinks();
+    void buildReferenceMap();
 
     zuStreamVersion mVersion;
     zuVariant::zuVariantMapImpl mParameters;
@@ -357,6 +358,11 @@ private:
     // record touches one link, not a whole chunk.
     std::vector<zuLink*> mLinkChunks;
     size_t mLinkCount = 0;
+    // The identifier each loaded object was saved under, and how many references the
+    // records read: the map from identifiers to objects is built from these when the link
+    // pass starts, in one tight loop, and not at all when no record refers to another.
+    std::vector<std::pair<uint64_t, zuRttiInterface*>> mDefinitions;
+    size_t mReferenceCount = 0;
     zuReferenceMap mReferences;
     std::unordered_map<const zuRttiInterface*, zuRttiCustomInformation*> mCustomInformations;
     std::vector<std::pair<const zuRtti*, zuDataStreamLoader*>> mStreamLoaders;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -22,6 +23,8 @@ public:
         return mCursor < mReferences.size() ? mReferences[mCursor++] : 0;
     }
     int getQuantity() const { return static_cast<int>(mReferences.size()); }
+    // The i-th reference read, whatever the cursor.
+    uint64_t getInterface(int i) const { return mReferences[static_cast<size_t>(i)]; }
 
 private:
     zuRttiInterface* mObject;

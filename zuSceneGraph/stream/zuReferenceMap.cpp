@@ -44,6 +44,18 @@ void zuReferenceMap::clear()
     mMask = 0;
 }
 
+void zuReferenceMap::reserve(size_t count)
+{
+    mEntries.reserve(count);
+    size_t capacity = mCapacity ? mCapacity : INITIAL_CAPACITY;
+    while (capacity < 2 * (count + 1))
+        capacity *= 2;
+    if (capacity != mCapacity) {
+        mCapacity = capacity / 2;
+        grow();
+    }
+}
+
 void zuReferenceMap::grow()
 {
     mCapacity = mCapacity ? 2 * mCapacity : INITIAL_CAPACITY;

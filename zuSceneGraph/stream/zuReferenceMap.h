@@ -31,6 +31,8 @@ public:
     // Null when absent.
     Entry* find(uint64_t identifier);
     void clear();
+    // Makes room for count entries, so that inserting them never grows the table.
+    void reserve(size_t count);
     size_t size() const { return mEntries.size(); }
 
 private:
