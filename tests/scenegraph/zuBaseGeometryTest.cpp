@@ -6,7 +6,7 @@
 #include "scenegraph/zuGeometryTestHelpers.h"
 #include "scenegraph/zuSpatialTestHelpers.h"
 #include "support/zuTestObjects.h"
-#include "support/zuW1Assembly.h"
+#include "zusgW1Assembly.h"
 
 #include <zuSceneGraph/culling/zuCuller.h>
 #include <zuSceneGraph/resources/zuRendererInterface.h>
@@ -199,12 +199,12 @@ TEST_F(BaseGeometry, WorldBoundFollowsTheModelBoundAndBecomesInvalidWithoutVerti
 
 TEST_F(BaseGeometry, ALeafWithoutVerticesIsInsertedWhenItsParentIsVisible)
 {
-    zuPointer<zuCamera> camera = makeW1Camera(2);
+    zuPointer<zuCamera> camera = zusg::W1Assembly(2).camera();
     zuPointer<zuNode> root = new zuNode;
     zuPointer<zuNode> group = new zuNode;
     root->attachChild(group);
     zuPointer<zuTriMesh> empty = new zuTriMesh(makeVertices({}, true), makeIndices({}));
-    zuPointer<zuTriMesh> cube = makeW1Cube();
+    zuPointer<zuTriMesh> cube = zusg::W1Assembly::makeCube();
     // The cube first: a node whose first child has no bound keeps its previous bound.
     group->attachChild(cube);
     group->attachChild(empty);

@@ -5,7 +5,7 @@
 #include "scenegraph/zuGeometryTestHelpers.h"
 #include "scenegraph/zuSpatialTestHelpers.h"
 #include "support/zuTestObjects.h"
-#include "support/zuW1Assembly.h"
+#include "zusgW1Assembly.h"
 
 #include <zuSceneGraph/resources/zuRendererInterface.h>
 #include <zuSceneGraph/scenegraph/zuGenericGeometry.h>
@@ -97,7 +97,7 @@ TEST_F(GeometryLeaves, NormalsOfAKnownMeshAreWeightedByArea)
 
 TEST_F(GeometryLeaves, NormalsOfTheCubeAreItsFaceNormals)
 {
-    zuPointer<zuTriMesh> cube = makeW1Cube();
+    zuPointer<zuTriMesh> cube = zusg::W1Assembly::makeCube();
     zuVertexBuffer* vertices = cube->GetVertices();
     std::vector<Vec> faces;
     for (int i = 0; i < 24; ++i) {

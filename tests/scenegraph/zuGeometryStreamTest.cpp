@@ -5,7 +5,6 @@
 #include "scenegraph/zuGeometryTestHelpers.h"
 #include "scenegraph/zuSpatialTestHelpers.h"
 #include "support/zuTestObjects.h"
-#include "support/zuW1Assembly.h"
 
 #include <zuSceneGraph/scenegraph/zuGenericGeometry.h>
 #include <zuSceneGraph/scenegraph/zuGeometry.h>

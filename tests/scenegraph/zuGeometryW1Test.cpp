@@ -4,7 +4,7 @@
 // demand in the lazy tree, equal the originals.
 
 #include "support/zuTestObjects.h"
-#include "support/zuW1Assembly.h"
+#include "zusgW1Assembly.h"
 
 #include <zuSceneGraph/culling/zuCuller.h>
 #include <zuSceneGraph/resources/zuDynamicLoadingResource.h>
@@ -93,7 +93,7 @@ void collectMeshes(const zuSpatial* object, std::vector<const zuTriMesh*>& meshe
 // Updates the tree and culls it from the W1 camera; the visible leaves by tree path.
 std::map<std::string, zuTriMesh*> visibleMeshes(zuNode* root)
 {
-    zuPointer<zuCamera> camera = makeW1Camera(DEPTH);
+    zuPointer<zuCamera> camera = zusg::W1Assembly(DEPTH).camera();
     root->UpdateGS();
     zuCuller culler;
     culler.SetCamera(camera);
@@ -137,7 +137,7 @@ void expectSameLeaves(const std::map<std::string, zuTriMesh*>& loaded, const std
 
 TEST_F(GeometryW1, OriginalFullAndLazyLoadsSeeTheSameLeavesWithTheSameBuffers)
 {
-    zuPointer<zuNode> original = buildW1CubeAssembly(DEPTH);
+    zuPointer<zuNode> original = zusg::W1Assembly(DEPTH).build();
     std::vector<const zuTriMesh*> meshes;
     collectMeshes(original, meshes);
     ASSERT_EQ(meshes.size(), 4096u);

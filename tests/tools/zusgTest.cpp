@@ -4,8 +4,11 @@
 // directly, for values no registered class holds yet.
 
 #include "support/zuTestObjects.h"
+#include "zusgW1Assembly.h"
 
+#include <zuSceneGraph/culling/zuCuller.h>
 #include <zuSceneGraph/objects/zuTSharedArray.h>
+#include <zuSceneGraph/resources/zuVertexBuffer.h>
 #include <zuSceneGraph/scenegraph/zuGenericTransformation.h>
 #include <zuSceneGraph/states/zuAlphaState.h>
 #include <zuSceneGraph/states/zuCamera.h>
@@ -999,6 +1002,149 @@ TEST_F(ZusgDumpLegacy, TopLevelObjectsOfKnownTypesShowTheirFields)
     const RunResult bare = run({"dump", "--no-fields", file("old.mvk").string()});
     EXPECT_EQ(bare.status, 0) << bare.err;
     EXPECT_EQ(bare.out.find("quantity"), std::string::npos) << bare.out;
+}
+
+// ---------------------------------------------------------------------------------------
+// demo
+
+// The demo saves into the temporary directory: here, the test's own, so that the test sees
+// whether the file is left behind.
+class ZusgDemo : public Zusg {
+protected:
+    void SetUp() override
+    {
+        Zusg::SetUp();
+        if (const char* previous = std::getenv("TMPDIR"))
+            mPreviousTmpDir = previous;
+        if (!mDir.empty())
+            ::setenv("TMPDIR", mDir.c_str(), 1);
+    }
+    void TearDown() override
+    {
+        if (mPreviousTmpDir.empty())
+            ::unsetenv("TMPDIR");
+        else
+            ::setenv("TMPDIR", mPreviousTmpDir.c_str(), 1);
+        Zusg::TearDown();
+    }
+
+    // The files the test directory holds besides the captured output.
+    std::set<std::string> leftFiles() const
+    {
+        std::set<std::string> names;
+        for (const fs::directory_entry& entry : fs::directory_iterator(mDir))
+            if (entry.path().filename() != "stdout" && entry.path().filename() != "stderr")
+                names.insert(entry.path().filename().string());
+        return names;
+    }
+
+    std::string mPreviousTmpDir;
+};
+
+// The first word of each line below the title.
+std::vector<std::string> stepNames(const std::string& out)
+{
+    std::vector<std::string> steps;
+    std::istringstream lines(out);
+    std::string line;
+    std::getline(lines, line);
+    while (std::getline(lines, line))
+        steps.push_back(line.substr(0, line.find(' ')));
+    return steps;
+}
+
+TEST_F(ZusgDemo, AtDepth2EveryStepRunsAndItsFiguresAgreeWithTheSceneBuiltHere)
+{
+    const RunResult r = run({"demo", "--depth", "2"});
+    ASSERT_EQ(r.status, 0) << r.out << r.err;
+    EXPECT_EQ(r.err, "");
+    EXPECT_EQ(r.out.rfind("zusg demo: the W1 assembly, depth 2, 8 children per node\n", 0), 0u) << r.out;
+    EXPECT_EQ(stepNames(r.out), (std::vector<std::string>{"build", "update", "cull", "save", "load", "check", "load",
+                                                          "cull", "restore", "check", "file", "demo:"}))
+        << r.out;
+    EXPECT_TRUE(r.out.ends_with("\ndemo: OK\n")) << r.out;
+
+    // The same scene, culled and saved here.
+    const zusg::W1Assembly workload(2);
+    zuPointer<zuNode> root = workload.build();
+    root->UpdateGS();
+    zuPointer<zuCamera> camera = workload.camera();
+    zuCuller culler;
+    culler.SetCamera(camera);
+    culler.ComputeVisibleSet(root, nullptr, false);
+    const std::string visible = std::to_string(culler.GetVisibleSet().size());
+    ASSERT_GT(culler.GetVisibleSet().size(), 0u);
+    const fs::path path = save("same.mvk", {root.get()},
+                               zuStreamVersion(zuMajorOutputStreamVersion, zuMinorOutputStreamVersion));
+    const uintmax_t bytes = fs::file_size(path);
+    fs::remove(path);
+    ASSERT_TRUE(bytes >= 1000 && bytes < 1000000) << bytes;
+    // The size as the demo groups it, "69,817".
+    const std::string grouped = std::to_string(bytes / 1000) + "," + std::to_string(bytes % 1000 + 1000).substr(1);
+
+    // 1 + 8 + 64 objects, two buffers per mesh.
+    for (const std::string& expected :
+         {std::string("\nbuild    73 objects, 64 meshes, 128 buffers "), "\ncull     " + visible + " of 64 leaves visible ",
+          "\nsave     MVK 6.32, " + grouped + " bytes ", std::string("\nload     full: 128 of 128 buffers in memory "),
+          "\ncheck    full: update, cull, the same " + visible + " leaves and buffers ",
+          std::string("\nload     lazy: 0 of 128 buffers in memory "), "\ncull     lazy: update, " + visible + " leaves visible ",
+          "\nrestore  lazy: " + std::to_string(2 * culler.GetVisibleSet().size()) + " read back, now "
+              + std::to_string(2 * culler.GetVisibleSet().size()) + " of 128 in memory ",
+          "\ncheck    lazy: the same " + visible + " leaves and buffers "})
+        EXPECT_NE(r.out.find(expected), std::string::npos) << expected << "\n" << r.out;
+    // The temporary file is gone.
+    EXPECT_NE(r.out.find("\nfile     removed " + (mDir / "zusg-demo-").string()), std::string::npos) << r.out;
+    EXPECT_EQ(leftFiles(), std::set<std::string>{});
+}
+
+TEST_F(ZusgDemo, KeepLeavesTheSavedSceneWhereAsked)
+{
+    const fs::path kept = file("kept.mvk");
+    const RunResult r = run({"demo", "--keep", kept.string(), "--depth", "1"});
+    ASSERT_EQ(r.status, 0) << r.out << r.err;
+    EXPECT_NE(r.out.find("\nfile     kept " + kept.string() + "\ndemo: OK\n"), std::string::npos) << r.out;
+    EXPECT_EQ(leftFiles(), std::set<std::string>{"kept.mvk"});
+
+    zuFileStream stream;
+    zuFileIoDevice device(kept.string(), zuFileIoDevice::ReadOnly);
+    ASSERT_TRUE(stream.Load(device, kept.string()));
+    ASSERT_EQ(stream.GetObjectCount(), 1);
+    ASSERT_TRUE(stream.GetObjectAt(0)->IsExactly(zuNode::TYPE));
+    const auto* root = static_cast<const zuNode*>(stream.GetObjectAt(0));
+    ASSERT_EQ(root->getNbChildren(), 8);
+    const zuPointer<zuTriMesh> cube = zusg::W1Assembly::makeCube();
+    for (int i = 0; i < 8; ++i) {
+        ASSERT_TRUE(root->getChild(i)->IsExactly(zuTriMesh::TYPE)) << i;
+        const auto* mesh = static_cast<const zuTriMesh*>(root->getChild(i));
+        EXPECT_TRUE(mesh->GetVertices()->Equals(cube->GetVertices())) << i;
+        EXPECT_TRUE(mesh->GetIndices()->Equals(cube->GetIndices())) << i;
+    }
+}
+
+TEST_F(ZusgDemo, BadArgumentsAreUsageErrorsAndAFailedStepSaysWhatFailed)
+{
+    for (const std::vector<std::string>& arguments :
+         std::vector<std::vector<std::string>>{{"demo", "--depth", "0"},
+                                               {"demo", "--depth", "7"},
+                                               {"demo", "--depth", "4x"},
+                                               {"demo", "--depth", ""},
+                                               {"demo", "--depth"},
+                                               {"demo", "--keep"},
+                                               {"demo", "--keep", ""},
+                                               {"demo", "--deep", "2"}}) {
+        const RunResult r = run(arguments);
+        EXPECT_EQ(r.status, 2) << arguments.size() << " " << arguments.back();
+        EXPECT_NE(r.err.find("zusg demo [--depth N] [--keep FILE]"), std::string::npos) << r.err;
+        EXPECT_EQ(r.out.find("demo: OK"), std::string::npos) << r.out;
+    }
+    EXPECT_NE(run({"demo", "--depth", "7"}).err.find("--depth takes a whole number from 1 to 6, not '7'"),
+              std::string::npos);
+
+    const RunResult r = run({"demo", "--depth", "1", "--keep", file("missing/kept.mvk").string()});
+    EXPECT_EQ(r.status, 1);
+    EXPECT_NE(r.err.find("zusg demo: FAILED: could not save " + file("missing/kept.mvk").string()), std::string::npos)
+        << r.err;
+    EXPECT_EQ(r.out.find("demo: OK"), std::string::npos) << r.out;
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 //
 //     zusg version
 //     zusg dump [--no-fields] FILE
+//     zusg demo [--depth N] [--keep FILE]
 //
 // A command joins by adding its source file and one line to the table below.
 
@@ -21,6 +22,10 @@ const Command commands[] = {
      "list the records of an object-stream file (.mvk), each with the fields of its object\n"
      "      when its type is known; --no-fields lists the records only",
      runDump},
+    {"demo", "[--depth N] [--keep FILE]",
+     "build a scene of N levels (1 to 6, default 4), update, cull, save, load it fully and with\n"
+     "      its buffers left in the file, and check what comes back; --keep saves to FILE and keeps it",
+     runDemo},
 };
 
 void printUsageLine(std::ostream& out, const Command& command)

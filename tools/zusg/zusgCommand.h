@@ -24,5 +24,6 @@ struct Command {
 // The commands, one per source file (zusgVersion.cpp, zusgDump.cpp, ...).
 int runVersion(const std::vector<std::string>& arguments);
 int runDump(const std::vector<std::string>& arguments);
+int runDemo(const std::vector<std::string>& arguments);
 
 } // namespace zusg

@@ -14,6 +14,7 @@
 #include "zusgByteCursor.h"
 #include "zusgCommand.h"
 #include "zusgFields.h"
+#include "zusgLibraryScope.h"
 #include "zusgRecordObject.h"
 #include "zusgRecordWalker.h"
 
@@ -36,15 +37,6 @@
 namespace zusg {
 
 namespace {
-
-// Registers the library's factories for the life of the command.
-class LibraryScope {
-public:
-    LibraryScope() { zu::initializeZuSceneGraph(); }
-    ~LibraryScope() { zu::terminateZuSceneGraph(); }
-    LibraryScope(const LibraryScope&) = delete;
-    LibraryScope& operator=(const LibraryScope&) = delete;
-};
 
 bool isKnownType(const std::string& type)
 {

@@ -1,4 +1,4 @@
-#include "support/zuW1Assembly.h"
+#include "zusgW1Assembly.h"
 
 #include <zuSceneGraph/resources/zuIndexBuffer.h>
 #include <zuSceneGraph/resources/zuVertexBuffer.h>
@@ -7,22 +7,48 @@
 #include <Wm4/Wm4Vector3.h>
 
 #include <cmath>
+#include <cstdint>
 
-namespace zu::test {
+namespace zusg {
 
 namespace {
 
 using Vec = Wm4::Vector3<float>;
 
-void addChildren(zuNode* node, int level, int depth, int fanOut, zuSplitMix64& random, const zuW1LeafMaker& makeLeaf)
+// splitmix64: the random numbers of the workloads.
+class SplitMix64 {
+public:
+    explicit SplitMix64(uint64_t seed) : mState(seed) {}
+    uint64_t next()
+    {
+        mState += 0x9E3779B97F4A7C15ull;
+        uint64_t z = mState;
+        z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9ull;
+        z = (z ^ (z >> 27)) * 0x94D049BB133111EBull;
+        return z ^ (z >> 31);
+    }
+    // A float in [0, 1) from the top 24 bits.
+    float unit() { return static_cast<float>(next() >> 40) * (1.0f / 16777216.0f); }
+
+private:
+    uint64_t mState;
+};
+
+// Each child is attached before its own children are made, so that the random numbers
+// follow the depth-first order.
+void addChildren(zu::zuNode* node, int level, int depth, int fanOut, SplitMix64& random)
 {
     const float s = std::ldexp(1.0f, depth - level);
     for (int k = 0; k < fanOut; ++k) {
         const int corner = k % 8;
         const float angle = (random.unit() - 0.5f) * 0.5f;
         const bool leafLevel = level + 1 == depth;
-        zuPointer<zuSpatial> child = leafLevel ? makeLeaf() : zuPointer<zuSpatial>(new zuNode);
-        zuGenericTransformation<float> local;
+        zu::zuPointer<zu::zuSpatial> child;
+        if (leafLevel)
+            child = W1Assembly::makeCube().get();
+        else
+            child = new zu::zuNode;
+        zu::zuGenericTransformation<float> local;
         const float c = std::cos(angle);
         const float sn = std::sin(angle);
         local.SetRotate(Wm4::Matrix3<float>(c, -sn, 0.0f, sn, c, 0.0f, 0.0f, 0.0f, 1.0f));
@@ -32,22 +58,31 @@ void addChildren(zuNode* node, int level, int depth, int fanOut, zuSplitMix64& r
         child->SetLocalTransform(local);
         node->attachChild(child);
         if (!leafLevel)
-            addChildren(static_cast<zuNode*>(child.get()), level + 1, depth, fanOut, random, makeLeaf);
+            addChildren(static_cast<zu::zuNode*>(child.get()), level + 1, depth, fanOut, random);
     }
 }
 
 } // namespace
 
-zuPointer<zuNode> buildW1Assembly(int depth, int fanOut, const zuW1LeafMaker& makeLeaf)
+zu::zuPointer<zu::zuNode> W1Assembly::build() const
 {
-    zuPointer<zuNode> root = new zuNode;
-    zuSplitMix64 random(42);
-    if (depth > 0)
-        addChildren(root, 0, depth, fanOut, random, makeLeaf);
+    zu::zuPointer<zu::zuNode> root = new zu::zuNode;
+    SplitMix64 random(42);
+    if (mDepth > 0)
+        addChildren(root, 0, mDepth, mFanOut, random);
     return root;
 }
 
-zuPointer<zuTriMesh> makeW1Cube()
+zu::zuPointer<zu::zuCamera> W1Assembly::camera() const
+{
+    zu::zuPointer<zu::zuCamera> camera = new zu::zuCamera(true);
+    camera->SetFrame(Vec(0, 0, 0), Vec(1, 0, 0), Vec(0, 0, 1), Vec(0, -1, 0));
+    const float near = 0.5f;
+    camera->SetFrustum(near, 4.0f * std::ldexp(1.0f, mDepth), -near, near, -near, near);
+    return camera;
+}
+
+zu::zuPointer<zu::zuTriMesh> W1Assembly::makeCube()
 {
     // Per face: the outward normal and two edge directions u, v with u x v = normal, so that
     // the corners (-,-), (+,-), (+,+), (-,+) run counter-clockwise seen from outside.
@@ -57,11 +92,11 @@ zuPointer<zuTriMesh> makeW1Cube()
         {{0, 0, 1}, {1, 0, 0}, {0, 1, 0}},  {{0, 0, -1}, {0, 1, 0}, {1, 0, 0}},
     };
     static const float corners[4][2] = {{-0.5f, -0.5f}, {0.5f, -0.5f}, {0.5f, 0.5f}, {-0.5f, 0.5f}};
-    zuAttributes layout;
+    zu::zuAttributes layout;
     layout.SetPositionChannels(3);
     layout.SetNormalChannels(3);
-    zuPointer<zuVertexBuffer> vertices = new zuVertexBuffer(layout, 24);
-    zuPointer<zuIndexBuffer> indices = new zuIndexBuffer(36, zuIndexBuffer::INDEX_32);
+    zu::zuPointer<zu::zuVertexBuffer> vertices = new zu::zuVertexBuffer(layout, 24);
+    zu::zuPointer<zu::zuIndexBuffer> indices = new zu::zuIndexBuffer(36, zu::zuIndexBuffer::INDEX_32);
     for (int f = 0; f < 6; ++f) {
         const Vec n(faces[f][0][0], faces[f][0][1], faces[f][0][2]);
         const Vec u(faces[f][1][0], faces[f][1][1], faces[f][1][2]);
@@ -76,16 +111,7 @@ zuPointer<zuTriMesh> makeW1Cube()
         for (int j = 0; j < 6; ++j)
             indices->SetIndex(6 * f + j, triangles[j]);
     }
-    return new zuTriMesh(vertices, indices);
+    return new zu::zuTriMesh(vertices, indices);
 }
 
-zuPointer<zuCamera> makeW1Camera(int depth)
-{
-    zuPointer<zuCamera> camera = new zuCamera(true);
-    camera->SetFrame(Vec(0, 0, 0), Vec(1, 0, 0), Vec(0, 0, 1), Vec(0, -1, 0));
-    const float near = 0.5f;
-    camera->SetFrustum(near, 4.0f * std::ldexp(1.0f, depth), -near, near, -near, near);
-    return camera;
-}
-
-} // namespace zu::test
+} // namespace zusg

@@ -1,0 +1,45 @@
+#pragma once
+
+// The W1 workload of the benchmarks, "assembly(D, F)": a tree of grouping nodes F wide and
+// D deep whose leaves are small meshes, with the random transformations and the camera that
+// every benchmark and every comparison uses. `zusg demo` builds it, and so do the tests:
+// public headers only, so that anything outside the library can compile it.
+
+#include <zuSceneGraph/objects/zuPointer.h>
+#include <zuSceneGraph/scenegraph/zuNode.h>
+#include <zuSceneGraph/scenegraph/zuTriMesh.h>
+#include <zuSceneGraph/states/zuCamera.h>
+
+namespace zusg {
+
+class W1Assembly {
+public:
+    explicit W1Assembly(int depth, int fanOut = 8) : mDepth(depth), mFanOut(fanOut) {}
+
+    int depth() const { return mDepth; }
+    int fanOut() const { return mFanOut; }
+
+    // A root with the identity transformation; every node above level `depth` has `fanOut`
+    // children, those at level `depth` are cube meshes (makeCube). Child k of a node at level
+    // l is translated by 2^(depth - l) (±1, ±1, ±1) (the signs from bits 0, 1, 2 of k mod 8:
+    // set is +), turned about z by (unit() - 0.5) / 2 radians and, at the leaves only, scaled
+    // uniformly by 0.5 + unit() / 4; the numbers come from splitmix64 seeded with 42, angle
+    // then scale, depth first, children in slot order. Nothing is updated: call UpdateGS on
+    // the root.
+    zu::zuPointer<zu::zuNode> build() const;
+
+    // The camera of W1: perspective at the origin, looking down +x with up +z (right -y),
+    // near 0.5, far 4 · 2^depth, 90 degrees both ways (umin = rmin = -near, umax = rmax = near).
+    zu::zuPointer<zu::zuCamera> camera() const;
+
+    // The unit cube centred on the origin as its own triangle mesh: 24 vertices (four per
+    // face, each face with its own normal) of 3 position and 3 normal floats, and 36 32-bit
+    // indices (two counter-clockwise triangles per face, seen from outside).
+    static zu::zuPointer<zu::zuTriMesh> makeCube();
+
+private:
+    int mDepth;
+    int mFanOut;
+};
+
+} // namespace zusg
