@@ -36,16 +36,14 @@ Vector3<Real> Unit(Real x, Real y, Real z)
 
 } // namespace
 
-TYPED_TEST(QuaternionTest, AxisAngleMatchesTheMatrixRotation)
+TYPED_TEST(QuaternionTest, AxisAngleAndMatrixConversionsAgreeThroughEveryBranch)
 {
     using R = TypeParam;
     Vector3<R> axis = Unit<R>(1, -2, 0.5);
     Quaternion<R> q(axis, R(0.9));
-
     Matrix3<R> fromQuaternion;
     q.ToRotationMatrix(fromQuaternion);
     EXPECT_TRUE(NearM(Matrix3<R>(axis, R(0.9)), fromQuaternion));
-
     Vector3<R> v(0.3, 2, -1);
     EXPECT_TRUE(NearV(fromQuaternion * v, q.Rotate(v)));
     // A quarter turn about z takes x to y.
@@ -56,16 +54,11 @@ TYPED_TEST(QuaternionTest, AxisAngleMatchesTheMatrixRotation)
     q.ToAxisAngle(outAxis, outAngle);
     EXPECT_NEAR(R(0.9), outAngle, Tolerance<R>());
     EXPECT_TRUE(NearV(axis, outAxis));
-
     Quaternion<R>::IDENTITY.ToAxisAngle(outAxis, outAngle);
     EXPECT_EQ(R(0), outAngle);
     EXPECT_EQ(Vector3<R>::UNIT_X, outAxis);
-}
 
-TYPED_TEST(QuaternionTest, MatrixRoundTripThroughEveryBranch)
-{
-    using R = TypeParam;
-    // Positive trace, then half turns and near-half turns whose largest
+    // From a matrix: positive trace, then half turns and near-half turns whose largest
     // diagonal entry is in row 0, 1 and 2, and a few general rotations.
     struct Case {
         Vector3<R> axis;
@@ -77,11 +70,11 @@ TYPED_TEST(QuaternionTest, MatrixRoundTripThroughEveryBranch)
     };
     for (const Case& c : cases) {
         Matrix3<R> rot(c.axis, c.angle);
-        Quaternion<R> q(rot);
-        EXPECT_NEAR(R(1), q.Length(), Tolerance<R>()) << c.angle;
-        EXPECT_TRUE(SameRotation(Quaternion<R>(c.axis, c.angle), q)) << c.angle;
+        Quaternion<R> fromMatrix(rot);
+        EXPECT_NEAR(R(1), fromMatrix.Length(), Tolerance<R>()) << c.angle;
+        EXPECT_TRUE(SameRotation(Quaternion<R>(c.axis, c.angle), fromMatrix)) << c.angle;
         Matrix3<R> back;
-        q.ToRotationMatrix(back);
+        fromMatrix.ToRotationMatrix(back);
         EXPECT_TRUE(NearM(rot, back)) << c.angle;
     }
 }

@@ -1,16 +1,11 @@
 // Textures and texture states: their exact records, references type-checked in Link,
 // shared images through the file container and through an image catalogue, resources.
 
-#include "support/zuTestObjects.h"
+#include "states/zuStateRecords.h"
 
-#include <zuSceneGraph/objects/zuCatalog.h>
-#include <zuSceneGraph/resources/zuImage.h>
 #include <zuSceneGraph/states/zuMaterialState.h>
 #include <zuSceneGraph/states/zuTexture.h>
 #include <zuSceneGraph/states/zuTextureState.h>
-#include <zuSceneGraph/stream/zuFileStream.h>
-
-#include <zuSystem/zuMemoryIoDevice.h>
 
 #include <gtest/gtest.h>
 
@@ -20,25 +15,10 @@
 namespace zu::test {
 namespace {
 
-const zuStreamVersion V6_32(6, 32);
-
-uint64_t id(const zuRttiInterface* object)
-{
-    return reinterpret_cast<uintptr_t>(object);
-}
-
 class Texture : public ::testing::Test {
 protected:
     zuTestFactories factories;
 };
-
-// The start of a 6.32 record: type name, size (counted from the type name's length
-// field), identity, the object's name and no controllers.
-void header(zuBytes& bytes, const std::string& type, uint64_t identity, const std::string& name, int fieldBytes)
-{
-    bytes.str(type).i32(static_cast<int>(4 + type.size() + 4 + 8 + 4 + name.size() + 4) + fieldBytes);
-    bytes.u64(identity).str(name).i32(0);
-}
 
 zuImage* makeImage(const std::string& name, char seed)
 {
@@ -56,21 +36,6 @@ zuTexture* makeTexture(zuImage* image, zuTexture::Channel channel, int unit)
     return texture;
 }
 
-// Saves the objects with a zuFileStream of 16-byte blocks and loads them back with the
-// given catalogue: the loaded top-level objects.
-std::vector<zuPointer<zuObject>> throughFile(const std::vector<zuRttiInterface*>& objects,
-                                             zuCatalog<zuImage>* catalog)
-{
-    const std::vector<char> file = saveToFileBytes(objects, V6_32, 16);
-    zuMemoryIoDevice device(file);
-    zuFileStream stream(16, catalog);
-    std::vector<zuPointer<zuObject>> loaded;
-    if (stream.Load(device, "memory"))
-        for (int i = 0; i < stream.GetObjectCount(); ++i)
-            loaded.emplace_back(static_cast<zuObject*>(stream.GetObjectAt(i)));
-    return loaded;
-}
-
 zuTexture* textureOf(const zuObject* state, int i)
 {
     return static_cast<const zuTextureState*>(state)->GetTexture(i);
@@ -86,11 +51,10 @@ TEST_F(Texture, TextureRecordWithItsImageAt6_32)
     EXPECT_EQ("px.png", texture->GetImageName());
 
     zuBytes expected;
-    expected.str("Top Level");
-    header(expected, "zuCore.zuTexture", id(texture.get()), "bump", 8 + 4 + 6 + 24);
+    recordStart(expected.str("Top Level"), "zuCore.zuTexture", id(texture.get()), "bump", 8 + 4 + 6 + 24);
     expected.u64(id(image.get())).str("px.png").i32(0).i32(3).i32(3).i32(0).i32(1).i32(zuTexture::CH_BUMP);
     // The image follows, registered by the texture.
-    header(expected, "zuCore.zuImage", id(image.get()), "px.png", 16 + 6);
+    recordStart(expected, "zuCore.zuImage", id(image.get()), "px.png", 16 + 6);
     expected.i32(zuImage::RGB8).i32(2).i32(1).i32(6).raw(image->GetData(), 6);
     EXPECT_EQ(expected.bytes(), saveToBytes({texture.get()}, V6_32));
 
@@ -98,8 +62,7 @@ TEST_F(Texture, TextureRecordWithItsImageAt6_32)
     zuPointer<zuTexture> named = new zuTexture;
     named->SetImageName("later.png");
     zuBytes alone;
-    alone.str("Top Level");
-    header(alone, "zuCore.zuTexture", id(named.get()), "", 8 + 4 + 9 + 24);
+    recordStart(alone.str("Top Level"), "zuCore.zuTexture", id(named.get()), "", 8 + 4 + 9 + 24);
     alone.u64(0).str("later.png").i32(zuTexture::WM_REPEAT).i32(zuTexture::WM_REPEAT);
     alone.i32(zuTexture::FM_LINEAR_MIPMAP_LINEAR).i32(zuTexture::FM_LINEAR).i32(0).i32(zuTexture::CH_DIFFUSE);
     EXPECT_EQ(alone.bytes(), saveToBytes({named.get()}, V6_32));
@@ -122,14 +85,13 @@ TEST_F(Texture, TextureStateRecordAndSlots)
     EXPECT_EQ(3, texture->GetReferences());
 
     zuBytes expected;
-    expected.str("Top Level");
-    header(expected, "zuCore.zuTextureState", id(state.get()), "", 4 + 24);
+    recordStart(expected.str("Top Level"), "zuCore.zuTextureState", id(state.get()), "", 4 + 24);
     expected.i32(3).u64(id(texture.get())).u64(0).u64(id(texture.get()));
-    header(expected, "zuCore.zuTexture", id(texture.get()), "", 8 + 4 + 24);
+    recordStart(expected, "zuCore.zuTexture", id(texture.get()), "", 8 + 4 + 24);
     expected.u64(0).str("").i32(2).i32(2).i32(5).i32(1).i32(0).i32(0);
     EXPECT_EQ(expected.bytes(), saveToBytes({state.get()}, V6_32));
 
-    std::vector<zuPointer<zuObject>> loaded = throughFile({state.get()}, nullptr);
+    std::vector<zuPointer<zuObject>> loaded = throughFile({state.get()});
     ASSERT_EQ(1u, loaded.size());
     EXPECT_TRUE(loaded[0]->Equals(state));
     EXPECT_EQ(textureOf(loaded[0], 0), textureOf(loaded[0], 2));
@@ -145,26 +107,19 @@ TEST_F(Texture, ReferencesToOtherKindsAreDroppedInLink)
     // A texture state and a texture whose references point to a material state.
     const uint64_t material = 0x5000;
     zuBytes bytes;
-    bytes.str("Top Level");
-    header(bytes, "zuCore.zuTextureState", 0x1000, "", 4 + 8);
+    recordStart(bytes.str("Top Level"), "zuCore.zuTextureState", 0x1000, "", 4 + 8);
     bytes.i32(1).u64(material);
-    bytes.str("Top Level");
-    header(bytes, "zuCore.zuTexture", 0x2000, "", 8 + 4 + 24);
+    recordStart(bytes.str("Top Level"), "zuCore.zuTexture", 0x2000, "", 8 + 4 + 24);
     bytes.u64(material).str("").i32(0).i32(0).i32(0).i32(0).i32(0).i32(0);
-    header(bytes, "zuCore.zuMaterialState", material, "", 56);
+    recordStart(bytes, "zuCore.zuMaterialState", material, "", 56);
     for (int i = 0; i < 14; ++i)
         bytes.f32(0.5f);
 
-    std::vector<char> data = bytes.bytes();
-    zuBaseStream stream;
-    stream.SetVersion(V6_32);
-    ASSERT_TRUE(stream.Load(data.data(), data.size()));
-    ASSERT_EQ(2, stream.GetObjectCount());
-    const auto* state = static_cast<const zuTextureState*>(stream.GetObjectAt(0));
-    const auto* texture = static_cast<const zuTexture*>(stream.GetObjectAt(1));
-    EXPECT_EQ(1, state->GetTextureQuantity());
-    EXPECT_EQ(nullptr, state->GetTexture(0));
-    EXPECT_EQ(nullptr, texture->GetImage());
+    const std::vector<zuPointer<zuObject>> loaded = loadRecords(bytes.bytes());
+    ASSERT_EQ(2u, loaded.size());
+    EXPECT_EQ(1, static_cast<const zuTextureState*>(loaded[0].get())->GetTextureQuantity());
+    EXPECT_EQ(nullptr, textureOf(loaded[0], 0));
+    EXPECT_EQ(nullptr, static_cast<const zuTexture*>(loaded[1].get())->GetImage());
 }
 
 TEST_F(Texture, CutAndForgedRecordsFailCleanly)
@@ -173,27 +128,20 @@ TEST_F(Texture, CutAndForgedRecordsFailCleanly)
     state->AttachTexture(makeTexture(makeImage("cut.png", 4), zuTexture::CH_DIFFUSE, 0));
     const std::vector<char> whole = saveToBytes({state.get()}, V6_32);
     testing::internal::CaptureStderr();
+    // A cut at a record boundary loads the records before it, whose references to the
+    // missing ones stay empty; the image record is the last one.
     for (size_t length = 1; length < whole.size(); ++length) {
-        std::vector<char> cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length));
-        zuBaseStream stream;
-        stream.SetVersion(V6_32);
-        // A cut at a record boundary loads the records before it, whose references to
-        // the missing ones stay empty; the image record is the last one.
-        if (stream.Load(cut.data(), cut.size())) {
-            ASSERT_EQ(1, stream.GetObjectCount()) << length;
-            const zuTexture* texture = textureOf(static_cast<zuObject*>(stream.GetObjectAt(0)), 0);
-            EXPECT_TRUE(!texture || !texture->GetImage()) << length;
-        }
+        const std::vector<zuPointer<zuObject>> loaded
+            = loadRecords(std::vector<char>(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length)));
+        ASSERT_LE(loaded.size(), 1u) << length;
+        const zuTexture* texture = loaded.empty() ? nullptr : textureOf(loaded[0], 0);
+        EXPECT_TRUE(!texture || !texture->GetImage()) << length;
     }
     // A count of slots the data cannot hold.
     zuBytes forged;
-    forged.str("Top Level");
-    header(forged, "zuCore.zuTextureState", 0x1000, "", 4 + 8);
+    recordStart(forged.str("Top Level"), "zuCore.zuTextureState", 0x1000, "", 4 + 8);
     forged.i32(0x10000000).u64(0);
-    std::vector<char> data = forged.bytes();
-    zuBaseStream stream;
-    stream.SetVersion(V6_32);
-    EXPECT_FALSE(stream.Load(data.data(), data.size()));
+    EXPECT_TRUE(loadRecords(forged.bytes()).empty());
     testing::internal::GetCapturedStderr();
 }
 
@@ -208,7 +156,7 @@ TEST_F(Texture, TexturesSharingOneImageStillShareItAfterLoading)
     EXPECT_STREQ("UNKNOWN", zuTexture::GetChannelName(42));
     EXPECT_STREQ("CH_OPACITY", zuTexture::GetChannelName(zuTexture::CH_OPACITY));
 
-    std::vector<zuPointer<zuObject>> loaded = throughFile({state.get()}, nullptr);
+    std::vector<zuPointer<zuObject>> loaded = throughFile({state.get()});
     ASSERT_EQ(1u, loaded.size());
     EXPECT_TRUE(loaded[0]->Equals(state));
     zuTexture* first = textureOf(loaded[0], 0);
@@ -232,14 +180,14 @@ TEST_F(Texture, ImagesOfOneNameAreSharedThroughTheCatalogue)
     ASSERT_NE(state->GetTexture(0)->GetImage(), state->GetTexture(1)->GetImage());
 
     // Without a catalogue each texture keeps what the file gives it.
-    std::vector<zuPointer<zuObject>> plain = throughFile({state.get()}, nullptr);
+    std::vector<zuPointer<zuObject>> plain = throughFile({state.get()});
     ASSERT_EQ(1u, plain.size());
     EXPECT_NE(textureOf(plain[0], 0)->GetImage(), textureOf(plain[0], 1)->GetImage());
     EXPECT_EQ(nullptr, textureOf(plain[0], 2)->GetImage());
 
     // With one, a single image object serves all three: the first one linked.
     zuCatalog<zuImage> catalog;
-    std::vector<zuPointer<zuObject>> shared = throughFile({state.get()}, &catalog);
+    std::vector<zuPointer<zuObject>> shared = throughFile({state.get()}, 16, &catalog);
     ASSERT_EQ(1u, shared.size());
     ASSERT_EQ(1, catalog.GetQuantity());
     zuImage* listed = catalog.Find("brick.png");
@@ -251,7 +199,7 @@ TEST_F(Texture, ImagesOfOneNameAreSharedThroughTheCatalogue)
     EXPECT_EQ(4, listed->GetReferences());
 
     // A second load with the same catalogue takes the listed image.
-    std::vector<zuPointer<zuObject>> again = throughFile({state.get()}, &catalog);
+    std::vector<zuPointer<zuObject>> again = throughFile({state.get()}, 16, &catalog);
     ASSERT_EQ(1u, again.size());
     EXPECT_EQ(listed, textureOf(again[0], 1)->GetImage());
     EXPECT_EQ(1, catalog.GetQuantity());

@@ -239,6 +239,7 @@ TEST_F(BadInput, EveryPrefixOfAFileStreamFailsUnlessItEndsOnARecordBoundary)
                     EXPECT_TRUE(stream.isStreamError());
                     if (prefix < 9) {
                         ASSERT_EQ(log.mMessages.size(), 1u);
+                        EXPECT_EQ(log.mMessages[0].first, "zustream");
                         EXPECT_EQ(log.mMessages[0].second, "The stream is too short to hold a header: 'cut' at offset 0");
                     } else {
                         EXPECT_TRUE(log.mMessages.empty());

@@ -1,13 +1,10 @@
-// Core settings: defaults, the exact bytes at 5.10 and 5.20 (J3 and J4 only from 5.20),
-// the value that is never persisted, and the Equals/Clone/assignment semantics.
+// Core settings: the exact bytes at 5.10, 5.20 (J3 and J4 only from 5.20) and 6.32, the
+// value that is never persisted, hostile counts, and the Equals/Clone/assignment semantics.
 
 #include "support/zuTestObjects.h"
 
 #include <zuSceneGraph/objects/zuTSharedArray.h>
 #include <zuSceneGraph/stream/zuCoreSettings.h>
-#include <zuSceneGraph/stream/zuFileStream.h>
-
-#include <zuSystem/zuMemoryIoDevice.h>
 
 #include <gtest/gtest.h>
 
@@ -126,86 +123,42 @@ zuPointer<zuCoreSettings> loadSettings(std::vector<char> bytes, zuStreamVersion 
     return static_cast<zuCoreSettings*>(stream.GetObjectAt(0));
 }
 
-TEST_F(CoreSettings, DefaultsAndRegistration)
-{
-    zuCoreSettings settings;
-    EXPECT_TRUE(settings.Entries.empty());
-    EXPECT_TRUE(settings.Strings.empty());
-    EXPECT_EQ(settings.S1, 100);
-    EXPECT_EQ(settings.S2, 0u);
-    EXPECT_EQ(settings.S3, 0.001f);
-    EXPECT_EQ(settings.S4, 1);
-    EXPECT_EQ(settings.S5, 1.0f);
-    EXPECT_EQ(settings.S6, 0);
-    EXPECT_FALSE(settings.S7);
-    EXPECT_TRUE(settings.Records.empty());
-    EXPECT_TRUE(settings.H1);
-    EXPECT_FALSE(settings.H2);
-    EXPECT_FALSE(settings.H3);
-    EXPECT_TRUE(settings.H4);
-    EXPECT_EQ(settings.J1, 0u);
-    EXPECT_EQ(settings.J2, 0u);
-    EXPECT_EQ(settings.J3, 0u);
-    EXPECT_EQ(settings.J4, 0u);
-    EXPECT_EQ(settings.J5, 5u);
-    EXPECT_EQ(settings.J6, 30u);
-    EXPECT_EQ(settings.K, 2u);
-    EXPECT_EQ(settings.Width1, 800u);
-    EXPECT_EQ(settings.Height1, 600u);
-    EXPECT_EQ(settings.Width2, 320u);
-    EXPECT_EQ(settings.Height2, 240u);
-
-    EXPECT_STREQ(zuCoreSettings::TYPE.GetName(), "zuCore.zuCoreSettings");
-    ASSERT_NE(zuRttiInterface::GetCreateFunction("zuCore.zuCoreSettings"), nullptr);
-    zuPointer<zuRttiInterface> made = zuRttiInterface::GetCreateFunction("zuCore.zuCoreSettings")();
-    EXPECT_TRUE(made->IsExactly(zuCoreSettings::TYPE));
-
-    settings.SetName("named");
-    EXPECT_EQ(settings.GetName(), "");
-    EXPECT_EQ(settings.GetControllerQuantity(), 0);
-}
-
-TEST_F(CoreSettings, Version520WritesJ3AndJ4Last)
+// Every value of filled settings at 6.32 (with the size field), 5.20 and 5.10: J3 and J4
+// are written last from 5.20 on only, and K never, so a loaded object keeps its default.
+// The same 5.10 bytes read as 5.20 want the two values that are not there.
+TEST_F(CoreSettings, FilledSettingsAt632And520WriteJ3AndJ4LastAnd510OmitsThem)
 {
     zuPointer<zuCoreSettings> settings = filledSettings();
-    zuBytes expected;
-    expected.str("Top Level").str("zuCore.zuCoreSettings").u64(id(settings)).str("").i32(0);
-    filledFields(expected);
-    expected.i32(13).i32(14);
-    EXPECT_EQ(saveToBytes({settings}, zuStreamVersion(5, 20)), expected.bytes());
+    for (const zuStreamVersion version : {zuStreamVersion(6, 32), zuStreamVersion(5, 20), zuStreamVersion(5, 10)}) {
+        const bool withJ3J4 = version >= zuStreamVersion(5, 20);
+        SCOPED_TRACE(std::to_string(version.GetMajor()) + "." + std::to_string(version.GetMinor()));
+        zuBytes fields;
+        filledFields(fields);
+        if (withJ3J4)
+            fields.i32(13).i32(14);
+        zuBytes expected;
+        expected.str("Top Level").str("zuCore.zuCoreSettings");
+        if (version >= zuStreamVersion(6, 0))
+            expected.i32(static_cast<int>(4 + 21 + 4 + 8 + 4 + 4 + fields.size()));
+        expected.u64(id(settings)).str("").i32(0).raw(fields.bytes().data(), fields.size());
+        EXPECT_EQ(saveToBytes({settings}, version), expected.bytes());
 
-    zuPointer<zuCoreSettings> loaded = loadSettings(expected.bytes(), zuStreamVersion(5, 20));
-    ASSERT_NE(loaded, nullptr);
-    EXPECT_TRUE(sameValues(*loaded, *settings, true, false));
-    EXPECT_EQ(loaded->J3, 13u);
-    EXPECT_EQ(loaded->J4, 14u);
-    // K is never written: the loaded object keeps its default.
-    EXPECT_EQ(loaded->K, 2u);
+        zuPointer<zuCoreSettings> loaded = loadSettings(expected.bytes(), version);
+        ASSERT_NE(loaded, nullptr);
+        EXPECT_TRUE(sameValues(*loaded, *settings, withJ3J4, false));
+        EXPECT_EQ(loaded->J3, withJ3J4 ? 13u : 0u);
+        EXPECT_EQ(loaded->J4, withJ3J4 ? 14u : 0u);
+        EXPECT_EQ(loaded->K, 2u);
+        if (!withJ3J4) {
+            zuBaseStream stream;
+            stream.SetVersion(zuStreamVersion(5, 20));
+            std::vector<char> bytes = expected.bytes();
+            EXPECT_FALSE(stream.Load(bytes.data(), bytes.size()));
+        }
+    }
 }
 
-TEST_F(CoreSettings, Version510OmitsJ3AndJ4)
-{
-    zuPointer<zuCoreSettings> settings = filledSettings();
-    zuBytes expected;
-    expected.str("Top Level").str("zuCore.zuCoreSettings").u64(id(settings)).str("").i32(0);
-    filledFields(expected);
-    EXPECT_EQ(saveToBytes({settings}, zuStreamVersion(5, 10)), expected.bytes());
-
-    zuPointer<zuCoreSettings> loaded = loadSettings(expected.bytes(), zuStreamVersion(5, 10));
-    ASSERT_NE(loaded, nullptr);
-    EXPECT_TRUE(sameValues(*loaded, *settings, false, false));
-    EXPECT_EQ(loaded->J3, 0u);
-    EXPECT_EQ(loaded->J4, 0u);
-    EXPECT_EQ(loaded->K, 2u);
-
-    // The same bytes read as 5.20 want the two values that are not there.
-    zuBaseStream stream;
-    stream.SetVersion(zuStreamVersion(5, 20));
-    std::vector<char> bytes = expected.bytes();
-    EXPECT_FALSE(stream.Load(bytes.data(), bytes.size()));
-}
-
-TEST_F(CoreSettings, Version6RecordsCarryTheirSize)
+TEST_F(CoreSettings, DefaultSettingsAt632AndBack)
 {
     zuPointer<zuCoreSettings> settings = new zuCoreSettings;
     zuBytes expected;
@@ -216,33 +169,15 @@ TEST_F(CoreSettings, Version6RecordsCarryTheirSize)
     expected.i32(0).u8(1).u8(0).u8(0).u8(1);
     expected.i32(0).i32(0).i32(5).i32(30).i32(800).i32(600).i32(320).i32(240).i32(0).i32(0);
     EXPECT_EQ(saveToBytes({settings}, zuStreamVersion(6, 32)), expected.bytes());
-}
-
-TEST_F(CoreSettings, RoundTripsThroughAFileStream)
-{
-    zuPointer<zuCoreSettings> settings = filledSettings();
-    zuMemoryIoDevice device;
-    {
-        zuFileStream out(24);
-        out.SetVersion(zuStreamVersion(6, 32));
-        out.InsertTopLevel(settings);
-        ASSERT_TRUE(out.Save(device, "settings.mvk", false));
-    }
-    zuMemoryIoDevice input(device.data());
-    zuFileStream in(24);
-    ASSERT_TRUE(in.Load(input, "settings.mvk"));
-    ASSERT_EQ(in.GetObjectCount(), 1);
-    ASSERT_TRUE(in.GetObjectAt(0)->IsExactly(zuCoreSettings::TYPE));
-    const zuCoreSettings& loaded = *static_cast<zuCoreSettings*>(in.GetObjectAt(0));
-    EXPECT_TRUE(sameValues(loaded, *settings, true, false));
-    EXPECT_EQ(loaded.K, 2u);
-
     // A default object comes back as its defaults, K included.
-    zuPointer<zuCoreSettings> defaults = new zuCoreSettings;
-    std::vector<char> bytes = saveToBytes({defaults}, zuStreamVersion(6, 32));
-    zuPointer<zuCoreSettings> reloaded = loadSettings(bytes, zuStreamVersion(6, 32));
-    ASSERT_NE(reloaded, nullptr);
-    EXPECT_TRUE(sameValues(*reloaded, zuCoreSettings()));
+    zuPointer<zuCoreSettings> loaded = loadSettings(expected.bytes(), zuStreamVersion(6, 32));
+    ASSERT_NE(loaded, nullptr);
+    EXPECT_TRUE(sameValues(*loaded, zuCoreSettings()));
+
+    // Settings carry no name and no controllers.
+    settings->SetName("named");
+    EXPECT_EQ(settings->GetName(), "");
+    EXPECT_EQ(settings->GetControllerQuantity(), 0);
 }
 
 TEST_F(CoreSettings, HostileListCountsFailTheLoad)

@@ -4,6 +4,8 @@
 
 #include <zuSceneGraph/stream/zuStreamVersion.h>
 
+#include <zuSystem/zuOutputStreamVersion.h>
+
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -92,6 +94,8 @@ TEST(zuStreamVersionTest, VersionsCompareAsOnePackedNumber)
     // An unparsed header (0.0) is older than every version gate.
     EXPECT_LT(zuStreamVersion(), zuStreamVersion(6, 0));
 
+    // The newest format is what the library writes by default.
+    EXPECT_EQ(zuStreamVersion(zuMajorOutputStreamVersion, zuMinorOutputStreamVersion), zuStreamVersion(6, 32));
     EXPECT_EQ(zuStreamVersion::LENGTH_V6, 9);
     EXPECT_EQ(zuStreamVersion::LENGTH_V4, 28);
 }

@@ -33,11 +33,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <set>
 #include <sstream>
@@ -71,6 +73,13 @@ std::ostream& operator<<(std::ostream& out, const ListedRecord& r)
                << std::dec << " " << r.type << (r.unknown ? " unknown" : "") << "}";
 }
 
+::testing::AssertionResult has(const std::string& text, const std::string& part)
+{
+    if (text.find(part) != std::string::npos)
+        return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure() << "no \"" << part << "\" in:\n" << text;
+}
+
 std::string quoted(const std::string& text)
 {
     std::string result = "'";
@@ -97,43 +106,78 @@ std::vector<char> readBytes(const fs::path& path)
     return std::vector<char>(text.begin(), text.end());
 }
 
-// The record lines of a dump listing: those between the column header and the summary.
-std::vector<ListedRecord> parseListing(const std::string& out)
+void patchInt32(std::vector<char>& bytes, uint64_t offset, int32_t value)
 {
+    ASSERT_LE(offset + 4, bytes.size());
+    std::memcpy(bytes.data() + offset, &value, 4);
+}
+
+// A dump listing: the record lines between the column header and the summary, and the
+// field lines below each record (indentation checked and removed, each ending in "\n").
+struct Listing {
     std::vector<ListedRecord> records;
+    std::vector<std::string> fields;
+
+    // The fields of the only record of the type (fails when there is not exactly one).
+    std::string fieldsOf(const std::string& type) const
+    {
+        std::string found;
+        int count = 0;
+        for (size_t i = 0; i < records.size(); ++i)
+            if (records[i].type == type) {
+                found = fields[i];
+                ++count;
+            }
+        EXPECT_EQ(count, 1) << type;
+        return found;
+    }
+};
+
+Listing parse(const std::string& out)
+{
+    Listing listing;
     std::istringstream lines(out);
     std::string line;
-    bool inTable = false;
+    size_t indent = std::string::npos;
     while (std::getline(lines, line)) {
-        std::istringstream fields(line);
+        std::istringstream words(line);
         std::string first;
-        fields >> first;
+        words >> first;
         if (first == "offset") {
-            inTable = true;
+            // Field lines sit under the "top" column, after the right-aligned offsets.
+            indent = line.find("offset") + 6 + 2;
             continue;
         }
-        if (!inTable || first.empty() || !std::isdigit(static_cast<unsigned char>(first[0])))
+        if (indent == std::string::npos || first.empty())
             continue;
+        if (!std::isdigit(static_cast<unsigned char>(first[0]))) {
+            EXPECT_EQ(line.compare(0, indent, std::string(indent, ' ')), 0) << line;
+            EXPECT_FALSE(listing.fields.empty()) << line;
+            if (!listing.fields.empty())
+                listing.fields.back() += line.substr(indent) + "\n";
+            continue;
+        }
         if (line.find(" records, ") != std::string::npos)
             break;
         ListedRecord record;
         std::string top, identifier, unknown;
         record.offset = std::stoull(first);
-        fields >> top >> record.size >> identifier >> record.type >> unknown;
+        words >> top >> record.size >> identifier >> record.type >> unknown;
         record.topLevel = top == "yes";
         record.identifier = std::stoull(identifier, nullptr, 16);
         record.unknown = unknown == "(unknown)";
-        records.push_back(record);
+        listing.records.push_back(record);
+        listing.fields.emplace_back();
     }
-    return records;
+    return listing;
 }
 
-// The records a 6.x file of these top-level objects holds, in the order the stream writes
+// The records a 6.32 file of these top-level objects holds, in the order the stream writes
 // them, with their offsets after the 9-byte header "MVK 6.32".
-std::vector<ListedRecord> expectedRecords(const std::vector<zuRttiInterface*>& topLevel, zuStreamVersion version)
+std::vector<ListedRecord> expectedRecords(const std::vector<zuRttiInterface*>& topLevel)
 {
     zuBaseStream stream;
-    stream.SetVersion(version);
+    stream.SetVersion(zuStreamVersion(6, 32));
     for (zuRttiInterface* object : topLevel)
         stream.InsertTopLevel(object);
     stream.initializeClientBufferSave();
@@ -156,8 +200,18 @@ std::vector<ListedRecord> expectedRecords(const std::vector<zuRttiInterface*>& t
     return records;
 }
 
+// The record of `object` in a 6.32 file of these top-level objects.
+ListedRecord recordOf(const std::vector<zuRttiInterface*>& topLevel, const zuRttiInterface* object)
+{
+    for (const ListedRecord& record : expectedRecords(topLevel))
+        if (record.identifier == reinterpret_cast<uintptr_t>(object))
+            return record;
+    ADD_FAILURE() << "no record of " << object->GetType().GetName();
+    return ListedRecord();
+}
+
 // A small graph: root (controller c; children a, b) with b also holding a, and a second
-// top-level node.
+// top-level node. Records: root, c, a, b, other.
 struct SampleGraph {
     zuPointer<zuTestNode> root = new zuTestNode("root", 7);
     zuPointer<zuTestNode> a = new zuTestNode("a", 1);
@@ -173,241 +227,6 @@ struct SampleGraph {
     }
     std::vector<zuRttiInterface*> topLevel() const { return {root.get(), other.get()}; }
 };
-
-class Zusg : public ::testing::Test {
-protected:
-    void SetUp() override
-    {
-#ifndef ZUSG_PATH
-        GTEST_SKIP() << "zusg is not built";
-#endif
-        const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-        mDir = fs::temp_directory_path()
-            / ("zusgTest-" + std::to_string(::getpid()) + "-" + info->test_suite_name() + "-" + info->name());
-        fs::remove_all(mDir);
-        fs::create_directories(mDir);
-    }
-    void TearDown() override
-    {
-        if (!mDir.empty())
-            fs::remove_all(mDir);
-    }
-
-    fs::path file(const std::string& name) const { return mDir / name; }
-
-    RunResult run(const std::vector<std::string>& arguments) const
-    {
-        RunResult result;
-#ifdef ZUSG_PATH
-        std::string command = quoted(ZUSG_PATH);
-        for (const std::string& argument : arguments)
-            command.append(" ").append(quoted(argument));
-        command.append(" >").append(quoted(file("stdout").string()));
-        command.append(" 2>").append(quoted(file("stderr").string()));
-        const int raw = std::system(command.c_str());
-        result.status = raw != -1 && WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-        result.out = readFile(file("stdout"));
-        result.err = readFile(file("stderr"));
-#else
-        (void)arguments;
-#endif
-        return result;
-    }
-
-    // Saves the objects through a file stream, as an application does.
-    fs::path save(const std::string& name, const std::vector<zuRttiInterface*>& topLevel,
-                  zuStreamVersion version = zuStreamVersion(6, 32)) const
-    {
-        const fs::path path = file(name);
-        zuFileIoDevice device(path.string(), zuFileIoDevice::WriteOnly);
-        zuFileStream stream;
-        stream.SetVersion(version);
-        for (zuRttiInterface* object : topLevel)
-            stream.InsertTopLevel(object);
-        EXPECT_TRUE(stream.Save(device, path.string(), false));
-        device.close();
-        EXPECT_FALSE(device.isError());
-        return path;
-    }
-
-    zuTestFactories mFactories;
-    fs::path mDir;
-};
-
-// ---------------------------------------------------------------------------------------
-// Command line
-
-using ZusgCommandLine = Zusg;
-
-TEST_F(ZusgCommandLine, NoCommandPrintsTheUsageWithStatus2)
-{
-    const RunResult r = run({});
-    EXPECT_EQ(r.status, 2);
-    EXPECT_NE(r.err.find("usage: zusg COMMAND"), std::string::npos) << r.err;
-    EXPECT_NE(r.err.find("zusg dump [--no-fields] FILE"), std::string::npos) << r.err;
-    EXPECT_NE(r.err.find("zusg version"), std::string::npos) << r.err;
-}
-
-TEST_F(ZusgCommandLine, UnknownCommandIsAUsageError)
-{
-    const RunResult r = run({"frobnicate"});
-    EXPECT_EQ(r.status, 2);
-    EXPECT_NE(r.err.find("unknown command 'frobnicate'"), std::string::npos) << r.err;
-}
-
-TEST_F(ZusgCommandLine, DumpNeedsExactlyOneFile)
-{
-    EXPECT_EQ(run({"dump"}).status, 2);
-    const RunResult two = run({"dump", "a.mvk", "b.mvk"});
-    EXPECT_EQ(two.status, 2);
-    EXPECT_NE(two.err.find("zusg dump [--no-fields] FILE"), std::string::npos) << two.err;
-    EXPECT_EQ(run({"version", "extra"}).status, 2);
-    EXPECT_EQ(run({"dump", "--no-fields"}).status, 2);
-    EXPECT_EQ(run({"dump", "--fields-please", "a.mvk"}).status, 2);
-}
-
-TEST_F(ZusgCommandLine, HelpGoesToStandardOutputWithStatus0)
-{
-    const RunResult r = run({"--help"});
-    EXPECT_EQ(r.status, 0);
-    EXPECT_NE(r.out.find("usage: zusg COMMAND"), std::string::npos) << r.out;
-}
-
-// ---------------------------------------------------------------------------------------
-// version
-
-using ZusgVersion = Zusg;
-
-TEST_F(ZusgVersion, PrintsTheLibraryVersionTextsAndTheDefaultStreamVersion)
-{
-    const RunResult r = run({"version"});
-    EXPECT_EQ(r.status, 0);
-    EXPECT_NE(r.out.find("zuSceneGraph 3.0.0.17 2022-7\n"), std::string::npos) << r.out;
-    EXPECT_NE(r.out.find(zuSceneGraph::Version::GetDescStringMajorMinorReleaseRevision()), std::string::npos);
-    char stream[32];
-    std::snprintf(stream, sizeof stream, "%d.%02d\n", zuMajorOutputStreamVersion, zuMinorOutputStreamVersion);
-    EXPECT_NE(r.out.find(std::string("default output stream version  ") + stream), std::string::npos) << r.out;
-    EXPECT_NE(r.out.find("6.32"), std::string::npos) << r.out;
-}
-
-// ---------------------------------------------------------------------------------------
-// dump of 6.x streams
-
-using ZusgDump = Zusg;
-
-TEST_F(ZusgDump, ListsEveryRecordWithItsOffsetTopLevelMarkSizeAndIdentifier)
-{
-    SampleGraph g;
-    const fs::path path = save("graph.mvk", g.topLevel());
-    const RunResult r = run({"dump", path.string()});
-    ASSERT_EQ(r.status, 0) << r.err;
-    EXPECT_NE(r.out.find("object stream \"MVK 6.32\", " + std::to_string(fs::file_size(path)) + " bytes"),
-              std::string::npos)
-        << r.out;
-    const std::vector<ListedRecord> expected = expectedRecords(g.topLevel(), zuStreamVersion(6, 32));
-    ASSERT_EQ(expected.size(), 5u);  // root, c, a, b, other: a shared child is written once
-    EXPECT_EQ(parseListing(r.out), expected) << r.out;
-    EXPECT_NE(r.out.find("5 records, 2 top-level"), std::string::npos) << r.out;
-}
-
-TEST_F(ZusgDump, TypesNoRegisteredFactoryKnowsAreMarkedUnknown)
-{
-    SampleGraph g;
-    const RunResult r = run({"dump", save("graph.mvk", g.topLevel()).string()});
-    ASSERT_EQ(r.status, 0) << r.err;
-    for (const ListedRecord& record : parseListing(r.out))
-        EXPECT_TRUE(record.unknown) << record;
-    EXPECT_NE(r.out.find("types no registered factory knows: zuTest.zuTestController (1) zuTest.zuTestNode (4)"),
-              std::string::npos)
-        << r.out;
-}
-
-TEST_F(ZusgDump, WalksThousandsOfRecordsAcrossItsReadBuffer)
-{
-    // Names of growing length make records of every size, so that record headers straddle
-    // the boundaries of the tool's read buffer at every possible point.
-    zuPointer<zuTestNode> root = new zuTestNode("root");
-    for (int i = 0; i < 6000; ++i)
-        root->AttachChild(new zuTestNode(std::string(static_cast<size_t>(i % 97), 'n'), i));
-    const RunResult r = run({"dump", save("many.mvk", {root.get()}).string()});
-    ASSERT_EQ(r.status, 0) << r.err;
-    const std::vector<ListedRecord> listed = parseListing(r.out);
-    const std::vector<ListedRecord> expected = expectedRecords({root.get()}, zuStreamVersion(6, 32));
-    ASSERT_EQ(listed.size(), expected.size());
-    for (size_t i = 0; i < listed.size(); ++i)
-        ASSERT_EQ(listed[i], expected[i]) << "record " << i;
-}
-
-TEST_F(ZusgDump, AStreamWithOnlyItsHeaderHasNoRecords)
-{
-    const fs::path path = save("empty.mvk", {});
-    ASSERT_EQ(fs::file_size(path), 9u);
-    const RunResult r = run({"dump", path.string()});
-    EXPECT_EQ(r.status, 0) << r.err;
-    EXPECT_TRUE(parseListing(r.out).empty());
-    EXPECT_NE(r.out.find("0 records, 0 top-level"), std::string::npos) << r.out;
-}
-
-// ---------------------------------------------------------------------------------------
-// dump of 6.x streams: the fields below each record of a known type
-
-using ZusgDumpFields = Zusg;
-
-// The field lines below each record line, in the order of the listing, with the record's
-// type; the indentation is checked and removed.
-struct ListedFields {
-    std::string type;
-    std::string fields;  // one line per field line, each ending in "\n"
-};
-
-std::vector<ListedFields> parseFields(const std::string& out)
-{
-    std::vector<ListedFields> records;
-    std::istringstream lines(out);
-    std::string line;
-    bool inTable = false;
-    size_t indent = 0;
-    while (std::getline(lines, line)) {
-        std::istringstream words(line);
-        std::string first;
-        words >> first;
-        if (first == "offset") {
-            inTable = true;
-            // Field lines sit under the "top" column, after the right-aligned offsets.
-            indent = line.find("offset") + 6 + 2;
-            continue;
-        }
-        if (!inTable || first.empty())
-            continue;
-        if (std::isdigit(static_cast<unsigned char>(first[0]))) {
-            if (line.find(" records, ") != std::string::npos)
-                break;
-            std::string top, size, identifier, type;
-            words >> top >> size >> identifier >> type;
-            records.push_back({type, ""});
-            continue;
-        }
-        EXPECT_EQ(line.compare(0, indent, std::string(indent, ' ')), 0) << line;
-        EXPECT_FALSE(records.empty()) << line;
-        if (!records.empty())
-            records.back().fields += line.substr(indent) + "\n";
-    }
-    return records;
-}
-
-// The fields of the only record of the type (fails when there is not exactly one).
-std::string fieldsOf(const std::vector<ListedFields>& records, const std::string& type)
-{
-    std::string fields;
-    int found = 0;
-    for (const ListedFields& record : records)
-        if (record.type == type) {
-            fields = record.fields;
-            ++found;
-        }
-    EXPECT_EQ(found, 1) << type;
-    return fields;
-}
 
 // One object of each class that has a field printer, with fields away from their
 // defaults, and the controller of the camera (a test class: unknown to the tool).
@@ -482,39 +301,235 @@ struct FieldSample {
     }
 };
 
-// The record of `object` in a 6.32 file of these top-level objects.
-ListedRecord recordOf(const std::vector<zuRttiInterface*>& topLevel, const zuRttiInterface* object)
+const char* const alphaFields = "BlendEnabled true, SrcBlend SBF_SRC_ALPHA, DstBlend DBF_ONE\n"
+                                "TestEnabled true, Test TF_GREATER, Reference 0.5\n";
+
+class Zusg : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+#ifndef ZUSG_PATH
+        GTEST_SKIP() << "zusg is not built";
+#endif
+        const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
+        mDir = fs::temp_directory_path()
+            / ("zusgTest-" + std::to_string(::getpid()) + "-" + info->test_suite_name() + "-" + info->name());
+        fs::remove_all(mDir);
+        fs::create_directories(mDir);
+    }
+    void TearDown() override
+    {
+        if (!mDir.empty())
+            fs::remove_all(mDir);
+    }
+
+    fs::path file(const std::string& name) const { return mDir / name; }
+
+    RunResult run(const std::vector<std::string>& arguments) const
+    {
+        RunResult result;
+#ifdef ZUSG_PATH
+        // The demo saves into the temporary directory: the test's own, so that the test
+        // sees whether the file is left behind.
+        std::string command = "TMPDIR=" + quoted(mDir.string()) + " " + quoted(ZUSG_PATH);
+        for (const std::string& argument : arguments)
+            command.append(" ").append(quoted(argument));
+        command.append(" >").append(quoted(file("stdout").string()));
+        command.append(" 2>").append(quoted(file("stderr").string()));
+        const int raw = std::system(command.c_str());
+        result.status = raw != -1 && WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+        result.out = readFile(file("stdout"));
+        result.err = readFile(file("stderr"));
+#else
+        (void)arguments;
+#endif
+        return result;
+    }
+
+    RunResult dump(const fs::path& path) const { return run({"dump", path.string()}); }
+
+    // Writes `bytes` to a file of the test and dumps it.
+    RunResult dumpBytes(const std::vector<char>& bytes, const std::string& name = "patched.mvk") const
+    {
+        writeFile(file(name), bytes);
+        return dump(file(name));
+    }
+
+    // Saves the objects through a file stream, as an application does.
+    fs::path save(const std::string& name, const std::vector<zuRttiInterface*>& topLevel,
+                  zuStreamVersion version = zuStreamVersion(6, 32)) const
+    {
+        const fs::path path = file(name);
+        zuFileIoDevice device(path.string(), zuFileIoDevice::WriteOnly);
+        zuFileStream stream;
+        stream.SetVersion(version);
+        for (zuRttiInterface* object : topLevel)
+            stream.InsertTopLevel(object);
+        EXPECT_TRUE(stream.Save(device, path.string(), false));
+        device.close();
+        EXPECT_FALSE(device.isError());
+        return path;
+    }
+
+    // The files the test directory holds besides the captured output.
+    std::set<std::string> leftFiles() const
+    {
+        std::set<std::string> names;
+        for (const fs::directory_entry& entry : fs::directory_iterator(mDir))
+            if (entry.path().filename() != "stdout" && entry.path().filename() != "stderr")
+                names.insert(entry.path().filename().string());
+        return names;
+    }
+
+    zuTestFactories mFactories;
+    fs::path mDir;
+};
+
+// ---------------------------------------------------------------------------------------
+// Command line and version
+
+using ZusgCommandLine = Zusg;
+
+TEST_F(ZusgCommandLine, UsageErrorsHaveStatus2HelpGoesToStandardOutputAndVersionPrintsTheTexts)
 {
-    for (const ListedRecord& record : expectedRecords(topLevel, zuStreamVersion(6, 32)))
-        if (record.identifier == reinterpret_cast<uintptr_t>(object))
-            return record;
-    ADD_FAILURE() << "no record of " << object->GetType().GetName();
-    return ListedRecord();
+    const struct {
+        std::vector<std::string> arguments;
+        std::vector<std::string> errTexts;
+    } usageErrors[] = {
+        {{}, {"usage: zusg COMMAND", "zusg dump [--no-fields] FILE", "zusg version"}},
+        {{"frobnicate"}, {"unknown command 'frobnicate'"}},
+        {{"dump"}, {}},
+        {{"dump", "a.mvk", "b.mvk"}, {"zusg dump [--no-fields] FILE"}},
+        {{"version", "extra"}, {}},
+        {{"dump", "--no-fields"}, {}},
+        {{"dump", "--fields-please", "a.mvk"}, {}},
+    };
+    for (const auto& c : usageErrors) {
+        const RunResult r = run(c.arguments);
+        EXPECT_EQ(r.status, 2) << c.arguments.size();
+        for (const std::string& text : c.errTexts)
+            EXPECT_TRUE(has(r.err, text));
+    }
+    const RunResult help = run({"--help"});
+    EXPECT_EQ(help.status, 0);
+    EXPECT_TRUE(has(help.out, "usage: zusg COMMAND"));
+
+    const RunResult r = run({"version"});
+    EXPECT_EQ(r.status, 0);
+    EXPECT_TRUE(has(r.out, "zuSceneGraph 3.0.0.17 2022-7\n"));
+    EXPECT_TRUE(has(r.out, zuSceneGraph::Version::GetDescStringMajorMinorReleaseRevision()));
+    char stream[32];
+    std::snprintf(stream, sizeof stream, "%d.%02d\n", zuMajorOutputStreamVersion, zuMinorOutputStreamVersion);
+    EXPECT_TRUE(has(r.out, std::string("default output stream version  ") + stream));
+    EXPECT_TRUE(has(r.out, "6.32"));
 }
 
-void patchInt32(std::vector<char>& bytes, uint64_t offset, int32_t value)
+// ---------------------------------------------------------------------------------------
+// dump of 6.x streams
+
+using ZusgDump = Zusg;
+
+TEST_F(ZusgDump, ListsEveryRecordWithItsOffsetTopLevelMarkSizeIdentifierAndUnknownTypes)
 {
-    ASSERT_LE(offset + 4, bytes.size());
-    std::memcpy(bytes.data() + offset, &value, 4);
+    SampleGraph g;
+    const fs::path path = save("graph.mvk", g.topLevel());
+    const RunResult r = dump(path);
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_TRUE(has(r.out, "object stream \"MVK 6.32\", " + std::to_string(fs::file_size(path)) + " bytes"));
+    const std::vector<ListedRecord> expected = expectedRecords(g.topLevel());
+    ASSERT_EQ(expected.size(), 5u);  // a shared child is written once
+    EXPECT_EQ(parse(r.out).records, expected) << r.out;
+    EXPECT_TRUE(has(r.out, "5 records, 2 top-level; types no registered factory knows: zuTest.zuTestController (1) "
+                           "zuTest.zuTestNode (4)"));
+
+    // A stream with only its header has no records.
+    const fs::path empty = save("empty.mvk", {});
+    ASSERT_EQ(fs::file_size(empty), 9u);
+    const RunResult none = dump(empty);
+    EXPECT_EQ(none.status, 0) << none.err;
+    EXPECT_TRUE(parse(none.out).records.empty());
+    EXPECT_TRUE(has(none.out, "0 records, 0 top-level"));
 }
 
-TEST_F(ZusgDumpFields, RenderStatesShowEveryPersistedFieldWithEnumeratorNames)
+TEST_F(ZusgDump, WalksThousandsOfRecordsAcrossItsReadBuffer)
+{
+    // Names of growing length make records of every size, so that record headers straddle
+    // the boundaries of the tool's read buffer at every possible point.
+    zuPointer<zuTestNode> root = new zuTestNode("root");
+    for (int i = 0; i < 6000; ++i)
+        root->AttachChild(new zuTestNode(std::string(static_cast<size_t>(i % 97), 'n'), i));
+    const RunResult r = dump(save("many.mvk", {root.get()}));
+    ASSERT_EQ(r.status, 0) << r.err;
+    const std::vector<ListedRecord> listed = parse(r.out).records;
+    const std::vector<ListedRecord> expected = expectedRecords({root.get()});
+    ASSERT_EQ(listed.size(), expected.size());
+    for (size_t i = 0; i < listed.size(); ++i)
+        ASSERT_EQ(listed[i], expected[i]) << "record " << i;
+}
+
+// ---------------------------------------------------------------------------------------
+// dump of 6.x streams: the fields below each record of a known type
+
+using ZusgDumpFields = Zusg;
+
+TEST_F(ZusgDumpFields, EveryPrintedClassShowsItsPersistedFieldsAndTheListingStaysAsItWas)
 {
     FieldSample sample;
-    const RunResult r = run({"dump", save("fields.mvk", sample.topLevel()).string()});
+    const fs::path path = save("fields.mvk", sample.topLevel());
+    const RunResult r = dump(path);
     ASSERT_EQ(r.status, 0) << r.err;
-    const std::vector<ListedFields> records = parseFields(r.out);
-    EXPECT_EQ(fieldsOf(records, "zuCore.zuAlphaState"),
-              "BlendEnabled true, SrcBlend SBF_SRC_ALPHA, DstBlend DBF_ONE\n"
-              "TestEnabled true, Test TF_GREATER, Reference 0.5\n");
-    EXPECT_EQ(fieldsOf(records, "zuCore.zuCullState"), "Enabled false, FrontFace FT_CW, CullFace CT_FRONT\n");
-    EXPECT_EQ(fieldsOf(records, "zuCore.zuPolygonOffsetState"),
+    const Listing listing = parse(r.out);
+    EXPECT_EQ(listing.fieldsOf("zuCore.zuAlphaState"), alphaFields);
+    EXPECT_EQ(listing.fieldsOf("zuCore.zuCullState"), "Enabled false, FrontFace FT_CW, CullFace CT_FRONT\n");
+    EXPECT_EQ(listing.fieldsOf("zuCore.zuPolygonOffsetState"),
               "FillEnabled true, LineEnabled false, PointEnabled true\nScale 1.5, Bias -2\n");
-    EXPECT_EQ(fieldsOf(records, "zuCore.zuStencilState"),
+    EXPECT_EQ(listing.fieldsOf("zuCore.zuStencilState"),
               "Enabled true, Compare CF_LEQUAL, Reference 3, Mask 0x000000FF, WriteMask 0xFFFFFFFF\n"
               "OnFail OT_ZERO, OnZFail OT_INCREMENT, OnZPass OT_REPLACE\n");
-    EXPECT_EQ(fieldsOf(records, "zuCore.zuWireframeState"), "Enabled true\n");
-    EXPECT_EQ(fieldsOf(records, "zuCore.zuZBufferState"), "Enabled true, Writable false, Compare CF_GREATER\n");
+    EXPECT_EQ(listing.fieldsOf("zuCore.zuWireframeState"), "Enabled true\n");
+    EXPECT_EQ(listing.fieldsOf("zuCore.zuZBufferState"), "Enabled true, Writable false, Compare CF_GREATER\n");
+    EXPECT_EQ(listing.fieldsOf("zuCore.zuCoreSettings"),
+              "Entries 1:\n"
+              "  [0] Name \"first\", First 1, Second 2, Third 3, Flag true\n"
+              "Strings 2: \"a\" \"say \\\"hi\\\"\"\n"
+              "S1 42, S2 0, S3 0.25, S4 1, S5 1, S6 0, S7 false\n"
+              "Records 1:\n"
+              "  [0] First \"one\", Second \"two\", Values 7 8 9\n"
+              "H1 true, H2 true, H3 false, H4 true\n"
+              "J1 0, J2 0, J3 11, J4 0, J5 5, J6 30\n"
+              "Width1 1024, Height1 600, Width2 320, Height2 240\n");
+    // A record loaded on its own reaches no other: the camera's controller reads as null.
+    EXPECT_EQ(listing.fieldsOf("zuCore.zuCamera"),
+              "name \"main view\", controllers 1 (1 null: a record loaded on its own reaches no other record)\n"
+              "frame: location (0 0 5), D (0 0 -1), U (0 1 0), R (1 0 0)\n"
+              "frustum: dmin 0.5, dmax 100, umin -0.25, umax 0.25, rmin -0.5, rmax 0.5, perspective false\n");
+    EXPECT_EQ(listing.fieldsOf("zuCore.zuLight"),
+              "name \"spot\", controllers 0\n"
+              "type LT_SPOT, on false\n"
+              "frame: location (0 0 0), D (0 0 -1), U (0 1 0), R (1 0 0)\n"
+              "colours: ambient (0 0 0), diffuse (1 0.5 0.25), specular (1 1 1), intensity 2\n"
+              "attenuation: constant 1, linear 0.125, quadratic 0, attenuate true\n"
+              "spot: cutoff 0.5, exponent 4\n");
+    EXPECT_EQ(listing.fieldsOf("zuTest.zuTestController"), "");  // unknown to the tool: no fields
+
+    std::vector<ListedRecord> expected = expectedRecords(sample.topLevel());
+    for (ListedRecord& record : expected)
+        record.unknown = record.type.rfind("zuTest.", 0) == 0;
+    EXPECT_EQ(parse(r.out).records, expected) << r.out;
+    EXPECT_TRUE(has(r.out, "12 records, 11 top-level; types no registered factory knows: zuTest.zuTestController (1)\n"));
+
+    // --no-fields, before or after the file: the file line, the column header, the records
+    // and the summary, nothing else.
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"dump", "--no-fields", path.string()}, {"dump", path.string(), "--no-fields"}}) {
+        const RunResult bare = run(arguments);
+        ASSERT_EQ(bare.status, 0) << bare.err;
+        EXPECT_EQ(parse(bare.out).records, expected);
+        EXPECT_EQ(std::count(bare.out.begin(), bare.out.end(), '\n'), static_cast<long>(2 + expected.size() + 1));
+        EXPECT_EQ(bare.out.find("SBF_"), std::string::npos) << bare.out;
+        for (const std::string& fields : parse(bare.out).fields)
+            EXPECT_EQ(fields, "");
+    }
 }
 
 TEST_F(ZusgDumpFields, ArraysShowTheirQuantityAndTheFirstEightElements)
@@ -527,88 +542,16 @@ TEST_F(ZusgDumpFields, ArraysShowTheirQuantityAndTheFirstEightElements)
     (*planes)[0] = Wm4::Plane3<double>(Wm4::Vector3<double>(0.0, 0.0, 1.0), 5.0);
     zuPointer<zuMatrix2fArray> matrices = new zuMatrix2fArray(1, new Wm4::Matrix2<float>[1]);
     (*matrices)[0] = Wm4::Matrix2<float>(1.0f, 2.0f, 3.0f, 4.0f);
-    const RunResult r = run({"dump", save("arrays.mvk", {sample.floats.get(), sample.ints.get(), empty.get(),
-                                                         vectors.get(), planes.get(), matrices.get()})
-                                         .string()});
+    const RunResult r = dump(save("arrays.mvk", {sample.floats.get(), sample.ints.get(), empty.get(), vectors.get(),
+                                                 planes.get(), matrices.get()}));
     ASSERT_EQ(r.status, 0) << r.err;
-    const std::vector<ListedFields> records = parseFields(r.out);
-    ASSERT_EQ(records.size(), 6u) << r.out;
-    EXPECT_EQ(records[0].fields, "quantity 3: 1 2.5 -4\n");
-    EXPECT_EQ(records[1].fields, "quantity 10: 0 1 2 3 4 5 6 7 ...\n");
-    EXPECT_EQ(records[2].fields, "quantity 0\n");
-    EXPECT_EQ(records[3].fields, "quantity 2: (0 0 0) (1 -2 0.125)\n");
-    EXPECT_EQ(records[4].fields, "quantity 1: (0 0 1; 5)\n");
-    EXPECT_EQ(records[5].fields, "quantity 1: (1 2; 3 4)\n");
-}
-
-TEST_F(ZusgDumpFields, SettingsShowTheirListsAndScalarsByMemberName)
-{
-    FieldSample sample;
-    const RunResult r = run({"dump", save("settings.mvk", {sample.settings.get()}).string()});
-    ASSERT_EQ(r.status, 0) << r.err;
-    EXPECT_EQ(fieldsOf(parseFields(r.out), "zuCore.zuCoreSettings"),
-              "Entries 1:\n"
-              "  [0] Name \"first\", First 1, Second 2, Third 3, Flag true\n"
-              "Strings 2: \"a\" \"say \\\"hi\\\"\"\n"
-              "S1 42, S2 0, S3 0.25, S4 1, S5 1, S6 0, S7 false\n"
-              "Records 1:\n"
-              "  [0] First \"one\", Second \"two\", Values 7 8 9\n"
-              "H1 true, H2 true, H3 false, H4 true\n"
-              "J1 0, J2 0, J3 11, J4 0, J5 5, J6 30\n"
-              "Width1 1024, Height1 600, Width2 320, Height2 240\n");
-}
-
-TEST_F(ZusgDumpFields, CameraAndLightShowFrameFrustumTypeAndColoursAndSayTheirReferencesReadAsNull)
-{
-    FieldSample sample;
-    const RunResult r = run({"dump", save("view.mvk", {sample.camera.get(), sample.light.get()}).string()});
-    ASSERT_EQ(r.status, 0) << r.err;
-    const std::vector<ListedFields> records = parseFields(r.out);
-    EXPECT_EQ(fieldsOf(records, "zuCore.zuCamera"),
-              "name \"main view\", controllers 1 (1 null: a record loaded on its own reaches no other record)\n"
-              "frame: location (0 0 5), D (0 0 -1), U (0 1 0), R (1 0 0)\n"
-              "frustum: dmin 0.5, dmax 100, umin -0.25, umax 0.25, rmin -0.5, rmax 0.5, perspective false\n");
-    EXPECT_EQ(fieldsOf(records, "zuCore.zuLight"),
-              "name \"spot\", controllers 0\n"
-              "type LT_SPOT, on false\n"
-              "frame: location (0 0 0), D (0 0 -1), U (0 1 0), R (1 0 0)\n"
-              "colours: ambient (0 0 0), diffuse (1 0.5 0.25), specular (1 1 1), intensity 2\n"
-              "attenuation: constant 1, linear 0.125, quadratic 0, attenuate true\n"
-              "spot: cutoff 0.5, exponent 4\n");
-    // The controller itself is a type the tool does not know: listed, with no fields.
-    EXPECT_EQ(fieldsOf(records, "zuTest.zuTestController"), "");
-}
-
-TEST_F(ZusgDumpFields, FieldsLeaveTheRecordListingAsItWas)
-{
-    FieldSample sample;
-    const RunResult r = run({"dump", save("fields.mvk", sample.topLevel()).string()});
-    ASSERT_EQ(r.status, 0) << r.err;
-    std::vector<ListedRecord> expected = expectedRecords(sample.topLevel(), zuStreamVersion(6, 32));
-    for (ListedRecord& record : expected)
-        record.unknown = record.type.rfind("zuTest.", 0) == 0;
-    EXPECT_EQ(parseListing(r.out), expected) << r.out;
-    EXPECT_NE(r.out.find("12 records, 11 top-level; types no registered factory knows: zuTest.zuTestController (1)\n"),
-              std::string::npos)
-        << r.out;
-}
-
-TEST_F(ZusgDumpFields, NoFieldsGivesOneLinePerRecord)
-{
-    FieldSample sample;
-    const fs::path path = save("fields.mvk", sample.topLevel());
-    for (const std::vector<std::string>& arguments :
-         {std::vector<std::string>{"dump", "--no-fields", path.string()}, {"dump", path.string(), "--no-fields"}}) {
-        const RunResult r = run(arguments);
-        ASSERT_EQ(r.status, 0) << r.err;
-        const std::vector<ListedRecord> listed = parseListing(r.out);
-        EXPECT_EQ(listed.size(), 12u);
-        // The file line, the column header, the records and the summary: nothing else.
-        EXPECT_EQ(std::count(r.out.begin(), r.out.end(), '\n'), static_cast<long>(2 + listed.size() + 1)) << r.out;
-        EXPECT_EQ(r.out.find("SBF_"), std::string::npos) << r.out;
-        for (const ListedFields& record : parseFields(r.out))
-            EXPECT_EQ(record.fields, "") << record.type;
-    }
+    const std::vector<std::string> fields = parse(r.out).fields;
+    const char* const expected[] = {"quantity 3: 1 2.5 -4\n",          "quantity 10: 0 1 2 3 4 5 6 7 ...\n",
+                                    "quantity 0\n",                    "quantity 2: (0 0 0) (1 -2 0.125)\n",
+                                    "quantity 1: (0 0 1; 5)\n",        "quantity 1: (1 2; 3 4)\n"};
+    ASSERT_EQ(fields.size(), std::size(expected)) << r.out;
+    for (size_t i = 0; i < fields.size(); ++i)
+        EXPECT_EQ(fields[i], expected[i]) << i;
 }
 
 TEST_F(ZusgDumpFields, EnumerationsOutsideTheirRangePrintUnknownWithTheValue)
@@ -617,35 +560,33 @@ TEST_F(ZusgDumpFields, EnumerationsOutsideTheirRangePrintUnknownWithTheValue)
     const std::vector<zuRttiInterface*> topLevel = {sample.alpha.get(), sample.cull.get(), sample.stencil.get(),
                                                     sample.zbuffer.get(), sample.light.get()};
     std::vector<char> bytes = readBytes(save("states.mvk", topLevel));
-    // Each enumeration sits at a fixed distance from the end of its record.
+    // Each state's enumeration sits at a fixed distance from the end of its record.
     const auto end = [&](const zuRttiInterface* object) {
         const ListedRecord record = recordOf(topLevel, object);
         return record.offset + static_cast<uint64_t>(record.size);
     };
-    patchInt32(bytes, end(sample.alpha.get()) - 17, 99);                 // SrcBlend
-    patchInt32(bytes, end(sample.alpha.get()) - 8, -1);                  // Test
+    patchInt32(bytes, end(sample.alpha.get()) - 17, 99);  // SrcBlend
+    patchInt32(bytes, end(sample.alpha.get()) - 8, -1);   // Test
     patchInt32(bytes, end(sample.cull.get()) - 4, zuCullState::CT_QUANTITY);
-    patchInt32(bytes, end(sample.stencil.get()) - 4, -5);                // OnZPass
+    patchInt32(bytes, end(sample.stencil.get()) - 4, -5);  // OnZPass
     patchInt32(bytes, end(sample.zbuffer.get()) - 4, zuZBufferState::CF_QUANTITY);
-    const ListedRecord light = recordOf(topLevel, sample.light.get());
     // The light's type follows its record header and its object part ("spot", no controllers).
+    const ListedRecord light = recordOf(topLevel, sample.light.get());
     patchInt32(bytes, light.offset + 4 + light.type.size() + 4 + 8 + 4 + 4 + 4, zuLight::LT_QUANTITY);
-    writeFile(file("patched.mvk"), bytes);
 
-    const RunResult r = run({"dump", file("patched.mvk").string()});
+    const RunResult r = dumpBytes(bytes);
     ASSERT_EQ(r.status, 0) << r.err;
-    const std::vector<ListedFields> records = parseFields(r.out);
-    EXPECT_EQ(fieldsOf(records, "zuCore.zuAlphaState"),
+    const Listing listing = parse(r.out);
+    EXPECT_EQ(listing.fieldsOf("zuCore.zuAlphaState"),
               "BlendEnabled true, SrcBlend UNKNOWN (99), DstBlend DBF_ONE\n"
               "TestEnabled true, Test UNKNOWN (-1), Reference 0.5\n");
-    EXPECT_EQ(fieldsOf(records, "zuCore.zuCullState"), "Enabled false, FrontFace FT_CW, CullFace UNKNOWN (2)\n");
-    EXPECT_NE(fieldsOf(records, "zuCore.zuStencilState").find("OnZFail OT_INCREMENT, OnZPass UNKNOWN (-5)\n"),
-              std::string::npos);
-    EXPECT_EQ(fieldsOf(records, "zuCore.zuZBufferState"), "Enabled true, Writable false, Compare UNKNOWN (8)\n");
-    EXPECT_NE(fieldsOf(records, "zuCore.zuLight").find("type UNKNOWN (4), on false\n"), std::string::npos);
+    EXPECT_EQ(listing.fieldsOf("zuCore.zuCullState"), "Enabled false, FrontFace FT_CW, CullFace UNKNOWN (2)\n");
+    EXPECT_TRUE(has(listing.fieldsOf("zuCore.zuStencilState"), "OnZFail OT_INCREMENT, OnZPass UNKNOWN (-5)\n"));
+    EXPECT_EQ(listing.fieldsOf("zuCore.zuZBufferState"), "Enabled true, Writable false, Compare UNKNOWN (8)\n");
+    EXPECT_TRUE(has(listing.fieldsOf("zuCore.zuLight"), "type UNKNOWN (4), on false\n"));
 }
 
-TEST_F(ZusgDumpFields, ARecordThatDoesNotLoadOnItsOwnGetsANoteAndTheWalkGoesOn)
+TEST_F(ZusgDumpFields, RecordsThatDoNotLoadOnTheirOwnOrPassTheLoadLimitGetANoteAndTheWalkGoesOn)
 {
     FieldSample sample;
     const std::vector<zuRttiInterface*> topLevel = {sample.floats.get(), sample.alpha.get(), sample.ints.get()};
@@ -656,46 +597,35 @@ TEST_F(ZusgDumpFields, ARecordThatDoesNotLoadOnItsOwnGetsANoteAndTheWalkGoesOn)
     patchInt32(bytes, floats.offset + static_cast<uint64_t>(floats.size) - 3 * 4 - 4, 1000);
     const ListedRecord ints = recordOf(topLevel, sample.ints.get());
     patchInt32(bytes, ints.offset + static_cast<uint64_t>(ints.size) - 10 * 4 - 4, 9);
-    writeFile(file("broken.mvk"), bytes);
 
-    const RunResult r = run({"dump", file("broken.mvk").string()});
+    const RunResult r = dumpBytes(bytes);
     EXPECT_EQ(r.status, 0) << r.err;
-    const std::vector<ListedFields> records = parseFields(r.out);
-    ASSERT_EQ(records.size(), 3u) << r.out;
-    EXPECT_EQ(records[0].fields,
-              "fields not shown: the record does not load on its own (a count exceeds the data that remains)\n");
-    EXPECT_EQ(records[1].fields,
-              "BlendEnabled true, SrcBlend SBF_SRC_ALPHA, DstBlend DBF_ONE\n"
-              "TestEnabled true, Test TF_GREATER, Reference 0.5\n");
-    EXPECT_EQ(records[2].fields,
-              "fields not shown: the record does not load on its own (the record's fields do not fill its size)\n");
-    EXPECT_NE(r.out.find("3 records, 3 top-level; 2 with fields not shown\n"), std::string::npos) << r.out;
+    const std::vector<std::string> fields = parse(r.out).fields;
+    ASSERT_EQ(fields.size(), 3u) << r.out;
+    const std::string note = "fields not shown: the record does not load on its own (";
+    EXPECT_EQ(fields[0], note + "a count exceeds the data that remains)\n");
+    EXPECT_EQ(fields[1], alphaFields);
+    EXPECT_EQ(fields[2], note + "the record's fields do not fill its size)\n");
+    EXPECT_TRUE(has(r.out, "3 records, 3 top-level; 2 with fields not shown\n"));
     // The library's own messages, with offsets inside the record alone, stay out of the output.
     EXPECT_EQ(r.out.find("zuBaseStream"), std::string::npos) << r.out;
     EXPECT_EQ(r.err.find("zuBaseStream"), std::string::npos) << r.err;
-}
 
-TEST_F(ZusgDumpFields, ARecordOverTheLoadLimitIsListedWithANote)
-{
-    // A float array record grown to just over 64 MiB; the file is extended sparsely, with
-    // zero elements.
-    FieldSample sample;
+    // A float array record grown to just over 64 MiB, the file extended sparsely.
     zuPointer<zuFloatArray> one = new zuFloatArray(1, new float[1]{7.0f});
-    const std::vector<zuRttiInterface*> topLevel = {one.get()};
-    std::vector<char> bytes = readBytes(save("one.mvk", topLevel));
-    const ListedRecord record = recordOf(topLevel, one.get());
+    bytes = readBytes(save("one.mvk", {one.get()}));
+    const ListedRecord record = recordOf({one.get()}, one.get());
     const int32_t quantity = 16 * 1024 * 1024 + 1;
     const int32_t size = record.size - 4 + 4 * quantity;
     patchInt32(bytes, record.offset + 4 + record.type.size(), size);
     patchInt32(bytes, record.offset + static_cast<uint64_t>(record.size) - 4 - 4, quantity);
     writeFile(file("big.mvk"), bytes);
     fs::resize_file(file("big.mvk"), record.offset + static_cast<uint64_t>(size));
-
-    const RunResult r = run({"dump", file("big.mvk").string()});
-    EXPECT_EQ(r.status, 0) << r.err;
-    const std::vector<ListedFields> records = parseFields(r.out);
-    ASSERT_EQ(records.size(), 1u) << r.out;
-    EXPECT_EQ(records[0].fields, "fields not shown: the record is larger than 64 MiB\n");
+    const RunResult big = dump(file("big.mvk"));
+    EXPECT_EQ(big.status, 0) << big.err;
+    const std::vector<std::string> bigFields = parse(big.out).fields;
+    ASSERT_EQ(bigFields.size(), 1u) << big.out;
+    EXPECT_EQ(bigFields[0], "fields not shown: the record is larger than 64 MiB\n");
 }
 
 TEST_F(ZusgDumpFields, EveryByteOfAStateRecordPatchedNeverCrashesTheTool)
@@ -710,13 +640,12 @@ TEST_F(ZusgDumpFields, EveryByteOfAStateRecordPatchedNeverCrashesTheTool)
     for (uint64_t at = light.offset + header; at < light.offset + static_cast<uint64_t>(light.size); ++at) {
         std::vector<char> patched = bytes;
         patched[at] = static_cast<char>(0xFF);
-        writeFile(file("patched.mvk"), patched);
-        const RunResult r = run({"dump", file("patched.mvk").string()});
+        const RunResult r = dumpBytes(patched);
         EXPECT_EQ(r.status, 0) << "byte " << at << ": " << r.err;
-        EXPECT_NE(r.out.find("1 records, 1 top-level"), std::string::npos) << "byte " << at << ": " << r.out;
-        const std::vector<ListedFields> records = parseFields(r.out);
-        ASSERT_EQ(records.size(), 1u) << r.out;
-        EXPECT_FALSE(records[0].fields.empty()) << "byte " << at;
+        EXPECT_TRUE(has(r.out, "1 records, 1 top-level")) << "byte " << at;
+        const std::vector<std::string> fields = parse(r.out).fields;
+        ASSERT_EQ(fields.size(), 1u) << r.out;
+        EXPECT_FALSE(fields[0].empty()) << "byte " << at;
     }
 }
 
@@ -725,18 +654,14 @@ TEST_F(ZusgDumpFields, EveryByteOfAStateRecordPatchedNeverCrashesTheTool)
 
 using ZusgFieldPrinters = Zusg;
 
-#ifdef ZUSG_PATH
-std::string printed(const zuGenericTransformation<float>& transformation)
-{
-    std::ostringstream out;
-    zusg::printTransformation(transformation, "local", out);
-    return out.str();
-}
-#endif
-
 TEST_F(ZusgFieldPrinters, TransformationShowsFlagsMatrixRowsTranslateAndScale)
 {
 #ifdef ZUSG_PATH
+    const auto printed = [](const zuGenericTransformation<float>& transformation) {
+        std::ostringstream out;
+        zusg::printTransformation(transformation, "local", out);
+        return out.str();
+    };
     EXPECT_EQ(printed(zuGenericTransformation<float>()),
               "local: IsIdentity true, IsRSMatrix true, IsUniformScale true\n"
               "  matrix row 0: 1 0 0\n"
@@ -762,9 +687,9 @@ TEST_F(ZusgFieldPrinters, TransformationShowsFlagsMatrixRowsTranslateAndScale)
     general.SetMatrix(Wm4::Matrix3<float>(1.0f, 2.0f, 3.0f, 4.0f, 5.0f, 6.0f, 7.0f, 8.0f, 0.1f));
     general.SetScale(Wm4::Vector3<float>(1.0f, 2.0f, 3.0f));
     const std::string text = printed(general);
-    EXPECT_NE(text.find("IsRSMatrix false, IsUniformScale false\n"), std::string::npos) << text;
-    EXPECT_NE(text.find("  matrix row 2: 7 8 0.1\n"), std::string::npos) << text;
-    EXPECT_NE(text.find("  scale (1 2 3)\n"), std::string::npos) << text;
+    EXPECT_TRUE(has(text, "IsRSMatrix false, IsUniformScale false\n"));
+    EXPECT_TRUE(has(text, "  matrix row 2: 7 8 0.1\n"));
+    EXPECT_TRUE(has(text, "  scale (1 2 3)\n"));
 #endif
 }
 
@@ -822,127 +747,90 @@ TEST_F(ZusgFieldPrinters, TextsAreQuotedEscapedAndCut)
 
 using ZusgDumpBroken = Zusg;
 
-TEST_F(ZusgDumpBroken, ATruncatedRecordIsReportedAtItsOffsetAfterTheRecordsBeforeIt)
+TEST_F(ZusgDumpBroken, EveryCutIsReportedAtOrBeforeItAfterTheWholeRecordsBeforeIt)
 {
     SampleGraph g;
     const std::vector<char> bytes = readBytes(save("graph.mvk", g.topLevel()));
-    const std::vector<ListedRecord> expected = expectedRecords(g.topLevel(), zuStreamVersion(6, 32));
-    const ListedRecord& cut = expected[2];
-    writeFile(file("cut.mvk"), std::vector<char>(bytes.begin(), bytes.begin() + static_cast<long>(cut.offset) + 10));
-
-    const RunResult r = run({"dump", file("cut.mvk").string()});
+    const std::vector<ListedRecord> expected = expectedRecords(g.topLevel());
+    const auto cutAt = [&](size_t length) {
+        return dumpBytes(std::vector<char>(bytes.begin(), bytes.begin() + static_cast<long>(length)), "cut.mvk");
+    };
+    // Cut 10 bytes into the third record: reported at its start, with the file's name.
+    const ListedRecord& third = expected[2];
+    const RunResult r = cutAt(third.offset + 10);
     EXPECT_EQ(r.status, 1);
-    EXPECT_EQ(parseListing(r.out), std::vector<ListedRecord>(expected.begin(), expected.begin() + 2)) << r.out;
-    EXPECT_NE(r.err.find("corrupt or truncated at offset " + std::to_string(cut.offset) + ":"), std::string::npos)
-        << r.err;
-    EXPECT_NE(r.err.find(file("cut.mvk").string()), std::string::npos) << r.err;
-}
+    EXPECT_EQ(parse(r.out).records, std::vector<ListedRecord>(expected.begin(), expected.begin() + 2)) << r.out;
+    EXPECT_TRUE(has(r.err, "corrupt or truncated at offset " + std::to_string(third.offset) + ":"));
+    EXPECT_TRUE(has(r.err, file("cut.mvk").string()));
 
-TEST_F(ZusgDumpBroken, EveryCutInsideARecordIsReportedNeverListed)
-{
-    // Whatever the cut, the tool lists only whole records before it; a cut inside a record
-    // fails and names an offset no later than the cut. A cut between two records leaves a
-    // shorter stream that is whole.
-    SampleGraph g;
-    const std::vector<char> bytes = readBytes(save("graph.mvk", g.topLevel()));
-    const std::vector<ListedRecord> expected = expectedRecords(g.topLevel(), zuStreamVersion(6, 32));
+    // Whatever the cut, only whole records before it are listed; a cut between two records
+    // leaves a shorter stream that is whole.
     for (size_t length = 9 + 1; length < bytes.size(); ++length) {
-        writeFile(file("cut.mvk"), std::vector<char>(bytes.begin(), bytes.begin() + static_cast<long>(length)));
-        const RunResult r = run({"dump", file("cut.mvk").string()});
-        const std::vector<ListedRecord> listed = parseListing(r.out);
+        const RunResult cut = cutAt(length);
+        const std::vector<ListedRecord> listed = parse(cut.out).records;
         ASSERT_LE(listed.size(), expected.size());
         for (size_t i = 0; i < listed.size(); ++i) {
             EXPECT_EQ(listed[i], expected[i]) << "cut at " << length;
             EXPECT_LE(listed[i].offset + static_cast<uint64_t>(listed[i].size), length);
         }
-        const bool betweenRecords = !listed.empty() && listed.back().offset + listed.back().size == length;
-        if (betweenRecords) {
-            EXPECT_EQ(r.status, 0) << "cut at " << length << ": " << r.err;
+        if (!listed.empty() && listed.back().offset + listed.back().size == length) {
+            EXPECT_EQ(cut.status, 0) << "cut at " << length << ": " << cut.err;
             continue;
         }
-        EXPECT_EQ(r.status, 1) << "cut at " << length;
-        const size_t at = r.err.find("truncated at offset ");
-        ASSERT_NE(at, std::string::npos) << "cut at " << length << ": " << r.err;
-        EXPECT_LE(std::stoull(r.err.substr(at + 20)), length) << r.err;
+        EXPECT_EQ(cut.status, 1) << "cut at " << length;
+        const size_t at = cut.err.find("truncated at offset ");
+        ASSERT_NE(at, std::string::npos) << "cut at " << length << ": " << cut.err;
+        EXPECT_LE(std::stoull(cut.err.substr(at + 20)), length) << cut.err;
     }
 }
 
-TEST_F(ZusgDumpBroken, TrailingBytesAfterTheLastRecordAreReported)
+TEST_F(ZusgDumpBroken, DamagedRecordHeadersAndTrailingBytesAreReportedWhereTheyBreak)
 {
     SampleGraph g;
-    std::vector<char> bytes = readBytes(save("graph.mvk", g.topLevel()));
-    const uint64_t end = bytes.size();
-    bytes.insert(bytes.end(), {1, 2, 3});
-    writeFile(file("tail.mvk"), bytes);
-    const RunResult r = run({"dump", file("tail.mvk").string()});
-    EXPECT_EQ(r.status, 1);
-    EXPECT_EQ(parseListing(r.out).size(), 5u) << r.out;
-    EXPECT_NE(r.err.find("at offset " + std::to_string(end) + ":"), std::string::npos) << r.err;
+    const std::vector<char> bytes = readBytes(save("graph.mvk", g.topLevel()));
+    const std::vector<ListedRecord> records = expectedRecords(g.topLevel());
+    const uint64_t secondSizeField = records[1].offset + 4 + records[1].type.size();
+    const struct {
+        const char* what;
+        std::function<void(std::vector<char>&)> damage;
+        size_t listed;           // the records listed before the break
+        uint64_t offset;         // where the break is reported
+        const char* errText;
+    } cases[] = {
+        {"three trailing bytes", [](std::vector<char>& b) { b.insert(b.end(), {1, 2, 3}); }, 5, bytes.size(), ""},
+        {"a size smaller than the record header", [&](std::vector<char>& b) { patchInt32(b, secondSizeField, 3); },
+         1, secondSizeField, "announces 3 bytes"},
+        {"a size past the end of the file",
+         [&](std::vector<char>& b) { patchInt32(b, records[0].offset + 4 + records[0].type.size(), 1 << 30); }, 0,
+         records[0].offset, ""},
+        {"a negative type name length", [&](std::vector<char>& b) { patchInt32(b, records[1].offset, -5); }, 1,
+         records[1].offset, ""},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        std::vector<char> damaged = bytes;
+        c.damage(damaged);
+        const RunResult r = dumpBytes(damaged);
+        EXPECT_EQ(r.status, 1);
+        EXPECT_EQ(parse(r.out).records.size(), c.listed) << r.out;
+        EXPECT_TRUE(has(r.err, "at offset " + std::to_string(c.offset) + ":"));
+        EXPECT_TRUE(has(r.err, c.errText));
+    }
 }
 
-TEST_F(ZusgDumpBroken, ASizeFieldSmallerThanTheRecordHeaderIsReportedAtTheField)
+TEST_F(ZusgDumpBroken, FilesWithoutAStreamHeaderOrMissingAreReportedWithStatus1)
 {
-    SampleGraph g;
-    std::vector<char> bytes = readBytes(save("graph.mvk", g.topLevel()));
-    const ListedRecord second = expectedRecords(g.topLevel(), zuStreamVersion(6, 32))[1];
-    const uint64_t sizeField = second.offset + 4 + second.type.size();
-    const int32_t tooSmall = 3;
-    std::memcpy(bytes.data() + sizeField, &tooSmall, 4);
-    writeFile(file("size.mvk"), bytes);
-    const RunResult r = run({"dump", file("size.mvk").string()});
+    RunResult r = dumpBytes({'h', 'e', 'l', 'l', 'o', '\n'});
     EXPECT_EQ(r.status, 1);
-    EXPECT_EQ(parseListing(r.out).size(), 1u) << r.out;
-    EXPECT_NE(r.err.find("at offset " + std::to_string(sizeField) + ":"), std::string::npos) << r.err;
-    EXPECT_NE(r.err.find("announces 3 bytes"), std::string::npos) << r.err;
-}
+    EXPECT_TRUE(has(r.err, "at offset 0: no object-stream header"));
+    EXPECT_EQ(dumpBytes({'M', 'V', 'K', ' ', '6'}).status, 1);
+    EXPECT_EQ(dumpBytes({}).status, 1);
 
-TEST_F(ZusgDumpBroken, ASizeFieldPastTheEndOfTheFileIsReportedAtTheRecord)
-{
-    SampleGraph g;
-    std::vector<char> bytes = readBytes(save("graph.mvk", g.topLevel()));
-    const ListedRecord first = expectedRecords(g.topLevel(), zuStreamVersion(6, 32))[0];
-    const int32_t huge = 1 << 30;
-    std::memcpy(bytes.data() + first.offset + 4 + first.type.size(), &huge, 4);
-    writeFile(file("huge.mvk"), bytes);
-    const RunResult r = run({"dump", file("huge.mvk").string()});
-    EXPECT_EQ(r.status, 1);
-    EXPECT_TRUE(parseListing(r.out).empty()) << r.out;
-    EXPECT_NE(r.err.find("at offset " + std::to_string(first.offset) + ":"), std::string::npos) << r.err;
-}
-
-TEST_F(ZusgDumpBroken, AGarbledTypeNameIsReportedAtTheRecord)
-{
-    SampleGraph g;
-    std::vector<char> bytes = readBytes(save("graph.mvk", g.topLevel()));
-    const ListedRecord second = expectedRecords(g.topLevel(), zuStreamVersion(6, 32))[1];
-    const int32_t negative = -5;
-    std::memcpy(bytes.data() + second.offset, &negative, 4);
-    writeFile(file("name.mvk"), bytes);
-    const RunResult r = run({"dump", file("name.mvk").string()});
-    EXPECT_EQ(r.status, 1);
-    EXPECT_NE(r.err.find("at offset " + std::to_string(second.offset) + ":"), std::string::npos) << r.err;
-}
-
-TEST_F(ZusgDumpBroken, AFileWithoutAStreamHeaderIsReportedAtOffset0)
-{
-    writeFile(file("text.mvk"), {'h', 'e', 'l', 'l', 'o', '\n'});
-    const RunResult r = run({"dump", file("text.mvk").string()});
-    EXPECT_EQ(r.status, 1);
-    EXPECT_NE(r.err.find("at offset 0: no object-stream header"), std::string::npos) << r.err;
-
-    writeFile(file("short.mvk"), {'M', 'V', 'K', ' ', '6'});
-    EXPECT_EQ(run({"dump", file("short.mvk").string()}).status, 1);
-    writeFile(file("empty.mvk"), {});
-    EXPECT_EQ(run({"dump", file("empty.mvk").string()}).status, 1);
-}
-
-TEST_F(ZusgDumpBroken, AMissingFileIsReportedWithStatus1)
-{
     const std::string path = file("absent.mvk").string();
-    const RunResult r = run({"dump", path});
+    r = run({"dump", path});
     EXPECT_EQ(r.status, 1);
-    EXPECT_NE(r.err.find(path), std::string::npos) << r.err;
-    EXPECT_NE(r.err.find("no such file"), std::string::npos) << r.err;
+    EXPECT_TRUE(has(r.err, path));
+    EXPECT_TRUE(has(r.err, "no such file"));
     EXPECT_TRUE(r.out.empty()) << r.out;
 }
 
@@ -951,107 +839,48 @@ TEST_F(ZusgDumpBroken, AMissingFileIsReportedWithStatus1)
 
 using ZusgDumpLegacy = Zusg;
 
-std::vector<char> legacyFile(const std::vector<zuRttiInterface*>& topLevel)
+TEST_F(ZusgDumpLegacy, KnownTopLevelObjectsShowTheirFieldsAndAnUnknownTypeStopsTheLoad)
 {
-    const char header[] = "MVK 5.20";  // written with its NUL
-    std::vector<char> bytes(header, header + sizeof header);
-    const std::vector<char> records = saveToBytes(topLevel, zuStreamVersion(5, 20));
-    bytes.insert(bytes.end(), records.begin(), records.end());
-    return bytes;
-}
-
-TEST_F(ZusgDumpLegacy, AnEmptyOldStreamLoadsAndListsNoObjects)
-{
-    writeFile(file("old.mvk"), legacyFile({}));
-    const RunResult r = run({"dump", file("old.mvk").string()});
+    const auto legacyFile = [](const std::vector<zuRttiInterface*>& topLevel) {
+        const char header[] = "MVK 5.20";  // written with its NUL
+        std::vector<char> bytes(header, header + sizeof header);
+        const std::vector<char> records = saveToBytes(topLevel, zuStreamVersion(5, 20));
+        bytes.insert(bytes.end(), records.begin(), records.end());
+        return bytes;
+    };
+    RunResult r = dumpBytes(legacyFile({}), "old.mvk");
     EXPECT_EQ(r.status, 0) << r.err;
-    EXPECT_NE(r.out.find("\"MVK 5.20\""), std::string::npos) << r.out;
-    EXPECT_NE(r.out.find("0 top-level objects"), std::string::npos) << r.out;
-}
+    EXPECT_TRUE(has(r.out, "\"MVK 5.20\""));
+    EXPECT_TRUE(has(r.out, "0 top-level objects"));
 
-TEST_F(ZusgDumpLegacy, LoadingStopsAtTheFirstRecordOfAnUnknownTypeAndSaysWhere)
-{
-    SampleGraph g;
-    writeFile(file("old.mvk"), legacyFile(g.topLevel()));
-    const RunResult r = run({"dump", file("old.mvk").string()});
-    EXPECT_EQ(r.status, 1);
-    // The first record (its "Top Level" marker) starts right after the 9-byte header.
-    EXPECT_NE(r.err.find("loading stopped at offset 9,"), std::string::npos) << r.err;
-    EXPECT_NE(r.err.find("zuTest.zuTestNode"), std::string::npos) << r.err;
-}
-
-TEST_F(ZusgDumpLegacy, TopLevelObjectsOfKnownTypesShowTheirFields)
-{
     zuPointer<zuAlphaState> alpha = new zuAlphaState;
     alpha->DstBlend = zuAlphaState::DBF_ONE;
     zuPointer<zuFloatArray> floats = new zuFloatArray(2, new float[2]{0.5f, -1.0f});
-    writeFile(file("old.mvk"), legacyFile({alpha.get(), floats.get()}));
-
-    const RunResult r = run({"dump", file("old.mvk").string()});
+    r = dumpBytes(legacyFile({alpha.get(), floats.get()}), "old.mvk");
     EXPECT_EQ(r.status, 0) << r.err;
     // Each object's line, then its fields under the type column.
-    EXPECT_NE(r.out.find("    0  zuCore.zuAlphaState               \"\"\n"
-                         "       BlendEnabled false, SrcBlend SBF_SRC_ALPHA, DstBlend DBF_ONE\n"
-                         "       TestEnabled false, Test TF_ALWAYS, Reference 0\n"
-                         "    1  zuCore.zuFloatArray               \"\"\n"
-                         "       quantity 2: 0.5 -1\n"
-                         "2 top-level objects\n"),
-              std::string::npos)
-        << r.out;
-
+    EXPECT_TRUE(has(r.out, "    0  zuCore.zuAlphaState               \"\"\n"
+                           "       BlendEnabled false, SrcBlend SBF_SRC_ALPHA, DstBlend DBF_ONE\n"
+                           "       TestEnabled false, Test TF_ALWAYS, Reference 0\n"
+                           "    1  zuCore.zuFloatArray               \"\"\n"
+                           "       quantity 2: 0.5 -1\n"
+                           "2 top-level objects\n"));
     const RunResult bare = run({"dump", "--no-fields", file("old.mvk").string()});
     EXPECT_EQ(bare.status, 0) << bare.err;
     EXPECT_EQ(bare.out.find("quantity"), std::string::npos) << bare.out;
+
+    // The first record (its "Top Level" marker) starts right after the 9-byte header.
+    SampleGraph g;
+    r = dumpBytes(legacyFile(g.topLevel()), "old.mvk");
+    EXPECT_EQ(r.status, 1);
+    EXPECT_TRUE(has(r.err, "loading stopped at offset 9,"));
+    EXPECT_TRUE(has(r.err, "zuTest.zuTestNode"));
 }
 
 // ---------------------------------------------------------------------------------------
 // demo
 
-// The demo saves into the temporary directory: here, the test's own, so that the test sees
-// whether the file is left behind.
-class ZusgDemo : public Zusg {
-protected:
-    void SetUp() override
-    {
-        Zusg::SetUp();
-        if (const char* previous = std::getenv("TMPDIR"))
-            mPreviousTmpDir = previous;
-        if (!mDir.empty())
-            ::setenv("TMPDIR", mDir.c_str(), 1);
-    }
-    void TearDown() override
-    {
-        if (mPreviousTmpDir.empty())
-            ::unsetenv("TMPDIR");
-        else
-            ::setenv("TMPDIR", mPreviousTmpDir.c_str(), 1);
-        Zusg::TearDown();
-    }
-
-    // The files the test directory holds besides the captured output.
-    std::set<std::string> leftFiles() const
-    {
-        std::set<std::string> names;
-        for (const fs::directory_entry& entry : fs::directory_iterator(mDir))
-            if (entry.path().filename() != "stdout" && entry.path().filename() != "stderr")
-                names.insert(entry.path().filename().string());
-        return names;
-    }
-
-    std::string mPreviousTmpDir;
-};
-
-// The first word of each line below the title.
-std::vector<std::string> stepNames(const std::string& out)
-{
-    std::vector<std::string> steps;
-    std::istringstream lines(out);
-    std::string line;
-    std::getline(lines, line);
-    while (std::getline(lines, line))
-        steps.push_back(line.substr(0, line.find(' ')));
-    return steps;
-}
+using ZusgDemo = Zusg;
 
 TEST_F(ZusgDemo, AtDepth2EveryStepRunsAndItsFiguresAgreeWithTheSceneBuiltHere)
 {
@@ -1059,8 +888,13 @@ TEST_F(ZusgDemo, AtDepth2EveryStepRunsAndItsFiguresAgreeWithTheSceneBuiltHere)
     ASSERT_EQ(r.status, 0) << r.out << r.err;
     EXPECT_EQ(r.err, "");
     EXPECT_EQ(r.out.rfind("zusg demo: the W1 assembly, depth 2, 8 children per node\n", 0), 0u) << r.out;
-    EXPECT_EQ(stepNames(r.out), (std::vector<std::string>{"build", "update", "cull", "save", "load", "check", "load",
-                                                          "cull", "restore", "check", "file", "demo:"}))
+    // The first word of each line below the title.
+    std::vector<std::string> steps;
+    std::istringstream lines(r.out.substr(r.out.find('\n') + 1));
+    for (std::string line; std::getline(lines, line);)
+        steps.push_back(line.substr(0, line.find(' ')));
+    EXPECT_EQ(steps, (std::vector<std::string>{"build", "update", "cull", "save", "load", "check", "load", "cull",
+                                               "restore", "check", "file", "demo:"}))
         << r.out;
     EXPECT_TRUE(r.out.ends_with("\ndemo: OK\n")) << r.out;
 
@@ -1072,8 +906,9 @@ TEST_F(ZusgDemo, AtDepth2EveryStepRunsAndItsFiguresAgreeWithTheSceneBuiltHere)
     zuCuller culler;
     culler.SetCamera(camera);
     culler.ComputeVisibleSet(root, nullptr, false);
-    const std::string visible = std::to_string(culler.GetVisibleSet().size());
-    ASSERT_GT(culler.GetVisibleSet().size(), 0u);
+    const size_t leaves = culler.GetVisibleSet().size();
+    const std::string visible = std::to_string(leaves);
+    ASSERT_GT(leaves, 0u);
     const fs::path path = save("same.mvk", {root.get()},
                                zuStreamVersion(zuMajorOutputStreamVersion, zuMinorOutputStreamVersion));
     const uintmax_t bytes = fs::file_size(path);
@@ -1088,12 +923,11 @@ TEST_F(ZusgDemo, AtDepth2EveryStepRunsAndItsFiguresAgreeWithTheSceneBuiltHere)
           "\nsave     MVK 6.32, " + grouped + " bytes ", std::string("\nload     full: 128 of 128 buffers in memory "),
           "\ncheck    full: update, cull, the same " + visible + " leaves and buffers ",
           std::string("\nload     lazy: 0 of 128 buffers in memory "), "\ncull     lazy: update, " + visible + " leaves visible ",
-          "\nrestore  lazy: " + std::to_string(2 * culler.GetVisibleSet().size()) + " read back, now "
-              + std::to_string(2 * culler.GetVisibleSet().size()) + " of 128 in memory ",
-          "\ncheck    lazy: the same " + visible + " leaves and buffers "})
-        EXPECT_NE(r.out.find(expected), std::string::npos) << expected << "\n" << r.out;
-    // The temporary file is gone.
-    EXPECT_NE(r.out.find("\nfile     removed " + (mDir / "zusg-demo-").string()), std::string::npos) << r.out;
+          "\nrestore  lazy: " + std::to_string(2 * leaves) + " read back, now " + std::to_string(2 * leaves)
+              + " of 128 in memory ",
+          "\ncheck    lazy: the same " + visible + " leaves and buffers ",
+          "\nfile     removed " + (mDir / "zusg-demo-").string()})
+        EXPECT_TRUE(has(r.out, expected));
     EXPECT_EQ(leftFiles(), std::set<std::string>{});
 }
 
@@ -1102,7 +936,7 @@ TEST_F(ZusgDemo, KeepLeavesTheSavedSceneWhereAsked)
     const fs::path kept = file("kept.mvk");
     const RunResult r = run({"demo", "--keep", kept.string(), "--depth", "1"});
     ASSERT_EQ(r.status, 0) << r.out << r.err;
-    EXPECT_NE(r.out.find("\nfile     kept " + kept.string() + "\ndemo: OK\n"), std::string::npos) << r.out;
+    EXPECT_TRUE(has(r.out, "\nfile     kept " + kept.string() + "\ndemo: OK\n"));
     EXPECT_EQ(leftFiles(), std::set<std::string>{"kept.mvk"});
 
     zuFileStream stream;
@@ -1124,26 +958,20 @@ TEST_F(ZusgDemo, KeepLeavesTheSavedSceneWhereAsked)
 TEST_F(ZusgDemo, BadArgumentsAreUsageErrorsAndAFailedStepSaysWhatFailed)
 {
     for (const std::vector<std::string>& arguments :
-         std::vector<std::vector<std::string>>{{"demo", "--depth", "0"},
-                                               {"demo", "--depth", "7"},
-                                               {"demo", "--depth", "4x"},
-                                               {"demo", "--depth", ""},
-                                               {"demo", "--depth"},
-                                               {"demo", "--keep"},
-                                               {"demo", "--keep", ""},
+         std::vector<std::vector<std::string>>{{"demo", "--depth", "0"}, {"demo", "--depth", "7"},
+                                               {"demo", "--depth", "4x"}, {"demo", "--depth", ""},
+                                               {"demo", "--depth"}, {"demo", "--keep"}, {"demo", "--keep", ""},
                                                {"demo", "--deep", "2"}}) {
         const RunResult r = run(arguments);
         EXPECT_EQ(r.status, 2) << arguments.size() << " " << arguments.back();
-        EXPECT_NE(r.err.find("zusg demo [--depth N] [--keep FILE]"), std::string::npos) << r.err;
+        EXPECT_TRUE(has(r.err, "zusg demo [--depth N] [--keep FILE]"));
         EXPECT_EQ(r.out.find("demo: OK"), std::string::npos) << r.out;
     }
-    EXPECT_NE(run({"demo", "--depth", "7"}).err.find("--depth takes a whole number from 1 to 6, not '7'"),
-              std::string::npos);
+    EXPECT_TRUE(has(run({"demo", "--depth", "7"}).err, "--depth takes a whole number from 1 to 6, not '7'"));
 
     const RunResult r = run({"demo", "--depth", "1", "--keep", file("missing/kept.mvk").string()});
     EXPECT_EQ(r.status, 1);
-    EXPECT_NE(r.err.find("zusg demo: FAILED: could not save " + file("missing/kept.mvk").string()), std::string::npos)
-        << r.err;
+    EXPECT_TRUE(has(r.err, "zusg demo: FAILED: could not save " + file("missing/kept.mvk").string()));
     EXPECT_EQ(r.out.find("demo: OK"), std::string::npos) << r.out;
 }
 

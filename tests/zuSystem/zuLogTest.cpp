@@ -38,7 +38,7 @@ TEST(zuLogTest, SinkMayReplaceItselfWhileWriting)
     EXPECT_EQ(calls, 11);
 }
 
-TEST(zuLogTest, CriticalSectionKeepsMessagesTogether)
+TEST(zuLogTest, CriticalSectionKeepsTheMessagesOfTwoThreadsTogether)
 {
     std::vector<std::string> lines;
     const zuLog::Sink previous = zuLog::instance().setSink(
