@@ -344,8 +344,15 @@ bool zuBaseStream::Load(char* buffer, unsigned long size)
 void zuBaseStream::loadRecords(bool detailedFactoryMessage)
 {
     std::string name;
-    std::string lastType;
-    zuRttiInterface::FactoryFunction lastFactory = nullptr;
+    // The factories of the last few types met: a scene's records cycle through a handful of
+    // types (a mesh, its vertex buffer, its index buffer, the next mesh), so a name is looked
+    // up in the registry about once per load, not once per record.
+    struct RecentFactory {
+        std::string type;
+        zuRttiInterface::FactoryFunction factory = nullptr;
+    };
+    RecentFactory recent[RECENT_FACTORY_COUNT];
+    size_t nextRecent = 0;
     // Progress counts every byte once, the header and the top-level markers included, so
     // that the steps of a complete load add up to the size of the stream.
     uint64_t reported = 0;
@@ -364,11 +371,17 @@ void zuBaseStream::loadRecords(bool detailedFactoryMessage)
             break;
         mRecordType = &name;
         // Records of one type tend to come in runs: look the name up once per run.
-        if (name != lastType || !lastFactory) {
-            lastFactory = zuRttiInterface::GetFactory(name);
-            lastType = name;
+        zuRttiInterface::FactoryFunction factory = nullptr;
+        for (const RecentFactory& entry : recent)
+            if (entry.factory && entry.type == name) {
+                factory = entry.factory;
+                break;
+            }
+        if (!factory && (factory = zuRttiInterface::GetFactory(name))) {
+            RecentFactory& entry = recent[nextRecent++ % RECENT_FACTORY_COUNT];
+            entry.type = name;
+            entry.factory = factory;
         }
-        const zuRttiInterface::FactoryFunction factory = lastFactory;
         if (factory) {
             zuRttiInterface* object = factory(*this);
             if (mStreamError || !object)

@@ -336,6 +336,7 @@ private:
     }
     void readAcrossWindows(void* destination, int size, uint64_t count);
     void writeAcrossWindows(const void* source, int size, uint64_t count);
+    static constexpr size_t RECENT_FACTORY_COUNT = 8;
     zuLink* linkAt(size_t i) const { return mLinkChunks[i >> LINK_CHUNK_SHIFT] + (i & (LINK_CHUNK_SIZE - 1)); }
     void deleteLinks();
     void buildReferenceMap();
