@@ -1,206 +1,448 @@
-// The scene graph's two passes over a large CAD-like assembly: one update from the root
-// (world transformations downward, world bounds upward) and one culling run that collects
-// the visible leaves.
+// The W1 workload of the benchmarks, a large CAD-like assembly, through the whole life of a
+// scene: build, update, cull, save, load with every buffer, and load with the buffers left
+// in the file.
 //
-// The scene is the W1 assembly of the benchmark workloads at depth 6 with 8 children per
-// node: 37,449 grouping nodes and 262,144 leaves, 299,593 spatial objects. Every child
-// moves to the corner (±s, ±s, ±s) of its parent (s = 2^(6 - parent level)) and turns about
-// z by a random angle in [-0.25, 0.25) radians; leaves also take a random uniform scale in
-// [0.5, 0.75). Random numbers come from splitmix64 seeded with 42, drawn depth first,
-// children in slot order, the angle before the scale. Until the geometry leaves exist, a
-// leaf is a renderable spatial with a set model bound (the unit cube about its origin):
-// the passes do the same work per leaf as for a mesh, which only adds its vertex data.
+// The scene is W1Assembly (tools/zusg/zusgW1Assembly.h, the builder `zusg demo` and the
+// tests use too) at depth 6 with 8 children per node: 37,449 grouping nodes and 262,144
+// leaves, 299,593 spatial objects. Every leaf is its own cube mesh (24 vertices of position
+// and normal, 36 32-bit indices), so the scene holds 524,288 buffers. The camera is the
+// one of W1: about a sixth of the leaves are visible.
 //
-// The camera stands at the origin looking down +x (up +z, right -y), perspective, near 0.5,
-// far 256, 90 degrees both ways: about a sixth of the leaves are visible (the pyramid
-// x > |y|, x > |z|).
+// What is measured, each the median of 5 repetitions (the rows "_median"):
+//   BM_Build              building the tree with its meshes; the peak resident memory of
+//                         the process after the build per leaf (VmHWM / leaves) and the
+//                         growth of VmRSS during the build per leaf are counters;
+//   BM_UpdateGS           one UpdateGS from the root (world transformations and bounds);
+//   BM_ComputeVisibleSet  one visible-set computation from the W1 camera, with the number
+//                         of visible leaves;
+//   BM_Save               the tree to a file in the temporary directory through zuFileStream
+//                         and zuFileIoDevice, at the current stream version;
+//   BM_Load/resident      that file back into a tree, every buffer read with it;
+//   BM_Load/lazy          the same file with the load policies of vertex and index buffers
+//                         set to false (the buffers stay in the file), then UpdateGS and one
+//                         visible-set computation; the time is the sum, the three parts are
+//                         counters, and lazy_over_full is the lazy load (without the update
+//                         and the cull) over the median of the resident loads (when those
+//                         ran first), peak_over_full the same for the peak memory.
+// Items are spatial objects; peak_MB of a load is the memory it added at its peak. The file
+// stays in the page cache: save and load measure the stream, not the disk.
 //
-// Figures: items are spatial objects per second; the build time of the scene and the
-// resident memory per leaf after the build (the peak of the process, VmHWM, and the growth
-// of VmRSS during the build) are counters, as is the number of visible leaves. Run with
-// --benchmark_repetitions=5 for medians.
+// Processes. The build and the loads each run in a child process, so that the peak resident
+// memory of one case does not mix with another's: the child does the work, reads its VmHWM
+// and VmRSS from /proc/self/status and reports them with its times through a pipe, then
+// ends without freeing the tree. The builds come first, while this process is still small;
+// the load peaks are the child's VmHWM less its VmRSS before the load (what the load added).
+// This process builds the scene once for the update, the cull and the saves; the saves all
+// write the same file, which the loads read (or which they write once when the saves were
+// filtered out).
 //
 // Targets on one core: UpdateGS under 0.1 s, ComputeVisibleSet under 15 ms.
 
+#include "zusgW1Assembly.h"
+
 #include <zuSceneGraph/culling/zuCuller.h>
+#include <zuSceneGraph/resources/zuDynamicLoadingResource.h>
+#include <zuSceneGraph/resources/zuIndexBuffer.h>
+#include <zuSceneGraph/resources/zuVertexBuffer.h>
+#include <zuSceneGraph/scenegraph/zuBaseGeometry.h>
 #include <zuSceneGraph/scenegraph/zuBaseLODPolicy.h>
 #include <zuSceneGraph/scenegraph/zuLODNode.h>
 #include <zuSceneGraph/scenegraph/zuNode.h>
-#include <zuSceneGraph/scenegraph/zuRenderableSpatial.h>
-#include <zuSceneGraph/states/zuCamera.h>
+#include <zuSceneGraph/stream/zuFileStream.h>
 #include <zuSceneGraph/zuSceneGraph.h>
+#include <zuSystem/zuFileIoDevice.h>
+#include <zuSystem/zuOutputStreamVersion.h>
 
 #include <benchmark/benchmark.h>
 
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
 #include <chrono>
-#include <cmath>
-#include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <string>
 #include <vector>
 
 namespace {
 
-using Vector3 = Wm4::Vector3f;
-using Matrix3 = Wm4::Matrix3f;
+using namespace zu;
 
 constexpr int DEPTH = 6;
 constexpr int FAN_OUT = 8;
+constexpr int RUNS = 5;
 
-// splitmix64 seeded with 42, as every workload draws its numbers.
-class Random {
-public:
-    uint64_t next()
-    {
-        uint64_t z = (mState += 0x9E3779B97F4A7C15ull);
-        z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9ull;
-        z = (z ^ (z >> 27)) * 0x94D049BB133111EBull;
-        return z ^ (z >> 31);
-    }
-    float unit() { return static_cast<float>(next() >> 40) * 0x1.0p-24f; }
-
-private:
-    uint64_t mState = 42;
-};
-
-// A drawable leaf with a fixed model bound, standing in for a triangle mesh: it bounds and
-// inserts itself as a geometry leaf does and marks as one.
-class BoxLeaf : public zu::zuRenderableSpatial {
-public:
-    explicit BoxLeaf(const zu::zuBoundingVolume& modelBound) : mModelBound(modelBound) {}
-
-    void GetVisibleSet(zu::zuCuller& culler, bool, bool) override { culler.Insert(this); }
-    void UpdateWorldBound() override { mModelBound.transformBoxBy(GetWorldTransform(), GetWorldBound()); }
-    uint32_t setDirtyDown(bool down) override
-    {
-        const uint32_t bits = down ? 0x2040u : 0x09u;
-        SetDirtyMask(GetDirtyMask() | bits);
-        SetUpdateMask(GetUpdateMask() | bits);
-        return GetDirtyMask();
-    }
-    bool checkRenderable(bool) override { return true; }
-    void getResources(std::vector<zu::zuDynamicLoadingResource*>& resources) const override { resources.clear(); }
-
-private:
-    zu::zuBoundingVolume mModelBound;
-};
-
-// Resident memory of the process in bytes: the current one (VmRSS) or the peak (VmHWM).
-long residentBytes(const char* key)
+// 8^6 leaves with two buffers each, and 1 + 8 + ... + 8^6 spatial objects.
+constexpr long power(long base, int exponent)
 {
-    FILE* status = std::fopen("/proc/self/status", "r");
-    if (!status)
-        return 0;
-    char line[256];
-    long kilobytes = 0;
-    const size_t length = std::strlen(key);
-    while (std::fgets(line, sizeof line, status))
-        if (std::strncmp(line, key, length) == 0 && line[length] == ':')
-            kilobytes = std::atol(line + length + 1);
-    std::fclose(status);
-    return kilobytes * 1024;
+    return exponent == 0 ? 1 : base * power(base, exponent - 1);
+}
+constexpr long LEAVES = power(FAN_OUT, DEPTH);
+constexpr long OBJECTS = (LEAVES * FAN_OUT - 1) / (FAN_OUT - 1);
+static_assert(OBJECTS == 299593 && LEAVES == 262144);
+
+using Clock = std::chrono::steady_clock;
+
+double secondsSince(Clock::time_point start)
+{
+    return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-struct Assembly {
-    zu::zuPointer<zu::zuNode> root;
-    zu::zuPointer<zu::zuCamera> camera;
-    long objects = 0;
-    long leaves = 0;
-    double buildSeconds = 0;
-    double peakBytesPerLeaf = 0;
-    double grownBytesPerLeaf = 0;
+long statusKB(const char* field)
+{
+    std::ifstream status("/proc/self/status");
+    std::string line;
+    const size_t length = std::strlen(field);
+    while (std::getline(status, line))
+        if (line.compare(0, length, field) == 0)
+            return std::atol(line.c_str() + length);
+    return -1;
+}
 
-    Assembly()
-    {
-        zu::initializeZuSceneGraph();
-        const long before = residentBytes("VmRSS");
-        const auto start = std::chrono::steady_clock::now();
-        Random random;
-        const zu::zuBoundingVolume cube(Vector3(0, 0, 0), Vector3(0.5f, 0.5f, 0.5f));
-        root = new zu::zuNode;
-        objects = 1;
-        addChildren(root, 0, random, cube);
-        buildSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-        peakBytesPerLeaf = static_cast<double>(residentBytes("VmHWM")) / static_cast<double>(leaves);
-        grownBytesPerLeaf = static_cast<double>(residentBytes("VmRSS") - before) / static_cast<double>(leaves);
+double median(std::vector<double> values)
+{
+    std::sort(values.begin(), values.end());
+    return values.empty() ? 0.0 : values[values.size() / 2];
+}
 
-        camera = new zu::zuCamera(true);
-        camera->SetFrame(Vector3(0, 0, 0), Vector3(1, 0, 0), Vector3(0, 0, 1), Vector3(0, -1, 0));
-        camera->SetFrustum(0.5f, 4.0f * std::ldexp(1.0f, DEPTH), -0.5f, 0.5f, -0.5f, 0.5f);
-        // The passes below start from a scene whose bounds are up to date.
-        root->UpdateGS();
-    }
+// What a walk of the whole tree finds.
+struct TreeCount {
+    int objects = 0;
+    int leaves = 0;
+    int buffers = 0;
+    int resident = 0;  // buffers whose data is in memory
+};
 
-    // The children of a node at `level`, each attached before its own children are made,
-    // so that the random numbers follow the depth-first order.
-    void addChildren(zu::zuNode* node, int level, Random& random, const zu::zuBoundingVolume& cube)
-    {
-        const float s = std::ldexp(1.0f, DEPTH - level);
-        const bool leafLevel = level + 1 == DEPTH;
-        for (int k = 0; k < FAN_OUT; ++k) {
-            const int corner = k % 8;
-            zu::zuGenericTransformation<float> local;
-            local.SetRotate(Matrix3(Vector3::UNIT_Z, (random.unit() - 0.5f) * 0.5f));
-            local.SetTranslate(Vector3(corner & 1 ? s : -s, corner & 2 ? s : -s, corner & 4 ? s : -s));
-            ++objects;
-            if (leafLevel) {
-                local.SetUniformScale(0.5f + 0.25f * random.unit());
-                zu::zuPointer<BoxLeaf> leaf = new BoxLeaf(cube);
-                leaf->SetLocalTransform(local);
-                node->attachChild(leaf);
-                ++leaves;
-            } else {
-                zu::zuPointer<zu::zuNode> child = new zu::zuNode;
-                child->SetLocalTransform(local);
-                node->attachChild(child);
-                addChildren(child, level + 1, random, cube);
-            }
+void countTree(const zuSpatial* object, TreeCount& count)
+{
+    ++count.objects;
+    if (object->IsDerived(zuBaseGeometry::TYPE)) {
+        const auto* leaf = static_cast<const zuBaseGeometry*>(object);
+        ++count.leaves;
+        const zuDynamicLoadingResource* buffers[] = {leaf->GetVertices(), leaf->GetIndices()};
+        for (const zuDynamicLoadingResource* buffer : buffers) {
+            count.buffers += buffer ? 1 : 0;
+            count.resident += buffer && buffer->isCPUResident() ? 1 : 0;
         }
+    } else if (object->IsDerived(zuNode::TYPE)) {
+        const auto* node = static_cast<const zuNode*>(object);
+        for (int i = 0; i < node->getNbChildren(); ++i)
+            if (const zuSpatial* child = node->getChild(i))
+                countTree(child, count);
     }
+}
+
+// The visible leaves from the W1 camera. No level-of-detail node in this scene; the policy
+// is the one producers hand over.
+size_t cull(zuCuller& culler, zuNode* root)
+{
+    culler.ComputeVisibleSet(root, zuLODNode::GetBasePolicy(), false);
+    return culler.GetVisibleSet().size();
+}
+
+// ---------------------------------------------------------------------------------------
+// Child processes
+
+// What a child reports.
+struct ChildResult {
+    double seconds = 0.0;        // the work measured
+    double loadSeconds = 0.0;    // lazy load: its three parts
+    double updateSeconds = 0.0;
+    double cullSeconds = 0.0;
+    long rssBeforeKB = 0;
+    long rssAfterKB = 0;
+    long peakKB = 0;
+    TreeCount tree;
+    long visible = 0;
+    bool ok = false;
 };
 
-Assembly& assembly()
+// Sends the result to the parent and ends the child, without freeing the tree: the exit
+// would otherwise take as long as a load.
+[[noreturn]] void finishChild(int pipeEnd, const ChildResult& result)
 {
-    static Assembly scene;
-    return scene;
+    const ssize_t written = ::write(pipeEnd, &result, sizeof(result));
+    ::_exit(written == static_cast<ssize_t>(sizeof(result)) ? 0 : 1);
 }
 
-void addBuildCounters(benchmark::State& state, const Assembly& scene)
+// Runs `body(pipeEnd)` in a forked child; the body ends with finishChild.
+template <class Body>
+ChildResult runInChild(Body body)
 {
-    state.counters["build_s"] = scene.buildSeconds;
-    state.counters["peak_rss_per_leaf_B"] = scene.peakBytesPerLeaf;
-    state.counters["rss_growth_per_leaf_B"] = scene.grownBytesPerLeaf;
-    state.counters["objects"] = static_cast<double>(scene.objects);
+    int pipeEnds[2];
+    if (::pipe(pipeEnds) != 0)
+        return {};
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::close(pipeEnds[0]);
+        initializeZuSceneGraph();
+        body(pipeEnds[1]);
+        ::_exit(1);
+    }
+    ::close(pipeEnds[1]);
+    ChildResult result;
+    const ssize_t got = child > 0 ? ::read(pipeEnds[0], &result, sizeof(result)) : -1;
+    ::close(pipeEnds[0]);
+    int status = 0;
+    if (child > 0)
+        ::waitpid(child, &status, 0);
+    if (got != static_cast<ssize_t>(sizeof(result)))
+        result.ok = false;
+    return result;
 }
+
+// ---------------------------------------------------------------------------------------
+// The scene of this process and its file
+
+class Scene {
+public:
+    static Scene& instance()
+    {
+        static Scene scene;
+        return scene;
+    }
+
+    zuNode* root() const { return mRoot; }
+    const zuCamera* camera() const { return mCamera; }
+
+private:
+    // The passes start from a scene whose bounds are up to date.
+    Scene()
+    {
+        initializeZuSceneGraph();
+        const zusg::W1Assembly workload(DEPTH, FAN_OUT);
+        mRoot = workload.build();
+        mCamera = workload.camera();
+        mRoot->UpdateGS();
+    }
+
+    zuPointer<zuNode> mRoot;
+    zuPointer<zuCamera> mCamera;
+};
+
+class SceneFile {
+public:
+    static SceneFile& instance()
+    {
+        static SceneFile file;
+        return file;
+    }
+
+    const std::string& path() const { return mPath; }
+
+    bool save(zuNode* root)
+    {
+        zuFileStream stream;
+        stream.SetVersion(zuStreamVersion(zuMajorOutputStreamVersion, zuMinorOutputStreamVersion));
+        stream.InsertTopLevel(root);
+        zuFileIoDevice device(mPath, zuFileIoDevice::WriteOnly);
+        const bool saved = device.isOpen() && stream.Save(device, mPath, false);
+        device.close();
+        mSaved = saved && !device.isError();
+        return mSaved;
+    }
+
+    // The file for the loads: the last one saved, or a new one.
+    bool ensureSaved() { return mSaved || save(Scene::instance().root()); }
+
+    // Every save starts from no file, as the first one does.
+    void remove()
+    {
+        std::error_code error;
+        std::filesystem::remove(mPath, error);
+        mSaved = false;
+    }
+
+    uintmax_t size() const
+    {
+        std::error_code error;
+        const uintmax_t bytes = std::filesystem::file_size(mPath, error);
+        return error ? 0 : bytes;
+    }
+
+private:
+    SceneFile()
+        : mPath((std::filesystem::temp_directory_path()
+                 / ("bench_scenegraph-" + std::to_string(::getpid()) + ".mvk"))
+                    .string())
+    {
+    }
+    ~SceneFile() { remove(); }
+
+    std::string mPath;
+    bool mSaved = false;
+};
+
+zuPointer<zuNode> load(const std::string& path)
+{
+    zuFileStream stream;
+    zuFileIoDevice device(path, zuFileIoDevice::ReadOnly);
+    if (!device.isOpen() || !stream.Load(device, path) || stream.GetObjectCount() != 1)
+        return nullptr;
+    zuRttiInterface* object = stream.GetObjectAt(0);
+    return object && object->IsDerived(zuNode::TYPE) ? static_cast<zuNode*>(object) : nullptr;
+}
+
+// ---------------------------------------------------------------------------------------
+// Benchmarks
+
+void BM_Build(benchmark::State& state)
+{
+    ChildResult result;
+    for (auto _ : state) {
+        result = runInChild([](int pipeEnd) {
+            ChildResult built;
+            built.rssBeforeKB = statusKB("VmRSS:");
+            const Clock::time_point start = Clock::now();
+            const zuPointer<zuNode> root = zusg::W1Assembly(DEPTH, FAN_OUT).build();
+            built.seconds = secondsSince(start);
+            built.peakKB = statusKB("VmHWM:");
+            built.rssAfterKB = statusKB("VmRSS:");
+            countTree(root, built.tree);
+            built.ok = true;
+            finishChild(pipeEnd, built);
+        });
+        if (!result.ok || result.tree.objects != OBJECTS || result.tree.resident != 2 * LEAVES) {
+            state.SkipWithError("the build failed");
+            return;
+        }
+        state.SetIterationTime(result.seconds);
+    }
+    state.SetItemsProcessed(state.iterations() * OBJECTS);
+    state.counters["peak_per_leaf_B"] = 1024.0 * static_cast<double>(result.peakKB) / LEAVES;
+    state.counters["growth_per_leaf_B"] = 1024.0 * static_cast<double>(result.rssAfterKB - result.rssBeforeKB) / LEAVES;
+    state.counters["leaves"] = static_cast<double>(result.tree.leaves);
+}
+BENCHMARK(BM_Build)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(1)->Repetitions(RUNS)->DisplayAggregatesOnly();
 
 void BM_UpdateGS(benchmark::State& state)
 {
-    Assembly& scene = assembly();
+    Scene& scene = Scene::instance();
     for (auto _ : state) {
-        scene.root->UpdateGS();
+        scene.root()->UpdateGS();
         benchmark::ClobberMemory();
     }
-    state.SetItemsProcessed(state.iterations() * scene.objects);
-    addBuildCounters(state, scene);
+    state.SetItemsProcessed(state.iterations() * OBJECTS);
 }
-BENCHMARK(BM_UpdateGS)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_UpdateGS)->Unit(benchmark::kMillisecond)->Repetitions(RUNS)->DisplayAggregatesOnly();
 
 void BM_ComputeVisibleSet(benchmark::State& state)
 {
-    Assembly& scene = assembly();
-    zu::zuCuller culler;
-    culler.SetCamera(scene.camera);
-    // No level-of-detail node in this scene; the policy is the one producers hand over.
-    zu::zuLODPolicy* policy = zu::zuLODNode::GetBasePolicy();
+    Scene& scene = Scene::instance();
+    zuCuller culler;
+    culler.SetCamera(scene.camera());
+    size_t visible = 0;
     for (auto _ : state) {
-        culler.ComputeVisibleSet(scene.root, policy, false);
+        visible = cull(culler, scene.root());
         benchmark::DoNotOptimize(culler.GetVisibleSet().data());
     }
-    state.SetItemsProcessed(state.iterations() * scene.objects);
-    state.counters["visible_leaves"] = static_cast<double>(culler.GetVisibleSet().size());
-    addBuildCounters(state, scene);
+    state.SetItemsProcessed(state.iterations() * OBJECTS);
+    state.counters["visible_leaves"] = static_cast<double>(visible);
 }
-BENCHMARK(BM_ComputeVisibleSet)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_ComputeVisibleSet)->Unit(benchmark::kMillisecond)->Repetitions(RUNS)->DisplayAggregatesOnly();
+
+void BM_Save(benchmark::State& state)
+{
+    Scene& scene = Scene::instance();
+    SceneFile& file = SceneFile::instance();
+    file.remove();
+    for (auto _ : state)
+        if (!file.save(scene.root())) {
+            state.SkipWithError("the save failed");
+            return;
+        }
+    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(file.size()));
+    state.counters["file_MB"] = static_cast<double>(file.size()) / (1024.0 * 1024.0);
+}
+BENCHMARK(BM_Save)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(1)->Repetitions(RUNS)->DisplayAggregatesOnly();
+
+// The resident loads' times, for the lazy loads to compare with.
+std::vector<double> fullLoadSeconds;
+std::vector<double> fullLoadPeaksKB;
+
+ChildResult loadInChild(const std::string& path, bool lazy)
+{
+    return runInChild([&path, lazy](int pipeEnd) {
+        ChildResult loaded;
+        if (lazy) {
+            zuDynamicLoadingResource::SetLoadPolicy(zuVertexBuffer::TYPE, false);
+            zuDynamicLoadingResource::SetLoadPolicy(zuIndexBuffer::TYPE, false);
+        }
+        loaded.rssBeforeKB = statusKB("VmRSS:");
+        Clock::time_point start = Clock::now();
+        const zuPointer<zuNode> root = load(path);
+        loaded.loadSeconds = secondsSince(start);
+        if (!root)
+            finishChild(pipeEnd, loaded);
+        if (lazy) {
+            start = Clock::now();
+            root->UpdateGS();
+            loaded.updateSeconds = secondsSince(start);
+            zuCuller culler;
+            const zusg::W1Assembly workload(DEPTH, FAN_OUT);
+            const zuPointer<zuCamera> camera = workload.camera();
+            culler.SetCamera(camera);
+            start = Clock::now();
+            loaded.visible = static_cast<long>(cull(culler, root));
+            loaded.cullSeconds = secondsSince(start);
+        }
+        loaded.seconds = loaded.loadSeconds + loaded.updateSeconds + loaded.cullSeconds;
+        loaded.peakKB = statusKB("VmHWM:");
+        countTree(root, loaded.tree);
+        loaded.ok = true;
+        finishChild(pipeEnd, loaded);
+    });
+}
+
+void BM_Load(benchmark::State& state, bool lazy)
+{
+    SceneFile& file = SceneFile::instance();
+    if (!file.ensureSaved()) {
+        state.SkipWithError("cannot write the file");
+        return;
+    }
+    ChildResult result;
+    for (auto _ : state) {
+        result = loadInChild(file.path(), lazy);
+        const int resident = lazy ? 0 : static_cast<int>(2 * LEAVES);
+        if (!result.ok || result.tree.objects != OBJECTS || result.tree.resident != resident) {
+            state.SkipWithError("the load failed");
+            return;
+        }
+        state.SetIterationTime(result.seconds);
+    }
+    state.SetItemsProcessed(state.iterations() * OBJECTS);
+    const double peakKB = static_cast<double>(result.peakKB - result.rssBeforeKB);
+    state.counters["peak_MB"] = peakKB / 1024.0;
+    state.counters["resident_buffers"] = result.tree.resident;
+    if (!lazy) {
+        fullLoadSeconds.push_back(result.loadSeconds);
+        fullLoadPeaksKB.push_back(peakKB);
+        return;
+    }
+    state.counters["load_ms"] = 1000.0 * result.loadSeconds;
+    state.counters["update_ms"] = 1000.0 * result.updateSeconds;
+    state.counters["cull_ms"] = 1000.0 * result.cullSeconds;
+    state.counters["visible_leaves"] = static_cast<double>(result.visible);
+    if (!fullLoadSeconds.empty()) {
+        state.counters["lazy_over_full"] = result.loadSeconds / median(fullLoadSeconds);
+        state.counters["peak_over_full"] = peakKB / median(fullLoadPeaksKB);
+    }
+}
+BENCHMARK_CAPTURE(BM_Load, resident, false)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(1)
+    ->Repetitions(RUNS)
+    ->DisplayAggregatesOnly();
+BENCHMARK_CAPTURE(BM_Load, lazy, true)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(1)
+    ->Repetitions(RUNS)
+    ->DisplayAggregatesOnly();
 
 } // namespace
