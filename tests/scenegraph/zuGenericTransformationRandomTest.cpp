@@ -171,52 +171,36 @@ zuGenericTransformation<Real> randomTransform(Random& random, Kind kind)
     return t;
 }
 
-template <class Real>
-double tolerance()
+// Within the rounding of Real, relative to the expected value.
+template <class Real, class Value>
+::testing::AssertionResult near(const double* expected, const Value* actual, int count)
 {
-    return sizeof(Real) == sizeof(float) ? 1e-4 : 1e-10;
-}
-
-template <class Real>
-::testing::AssertionResult near(double expected, double actual)
-{
-    if (std::fabs(expected - actual) <= tolerance<Real>() * (1 + std::fabs(expected)))
-        return ::testing::AssertionSuccess();
-    return ::testing::AssertionFailure() << "expected " << expected << ", got " << actual;
+    const double tolerance = sizeof(Real) == sizeof(float) ? 1e-4 : 1e-10;
+    for (int i = 0; i < count; ++i)
+        if (!(std::fabs(expected[i] - actual[i]) <= tolerance * (1 + std::fabs(expected[i]))))
+            return ::testing::AssertionFailure() << "entry " << i << ": expected " << expected[i] << ", got " << actual[i];
+    return ::testing::AssertionSuccess();
 }
 
 template <class Real>
 ::testing::AssertionResult nearMatrix(const Mat4& expected, const Mat4& actual)
 {
-    for (int i = 0; i < 16; ++i) {
-        ::testing::AssertionResult result = near<Real>(expected.e[static_cast<size_t>(i)], actual.e[static_cast<size_t>(i)]);
-        if (!result)
-            return result << " at entry " << i;
-    }
-    return ::testing::AssertionSuccess();
+    return near<Real>(expected.e.data(), actual.e.data(), 16);
 }
 
 template <class Real>
 ::testing::AssertionResult nearPoint(const std::array<double, 4>& expected, const Wm4::Vector3<Real>& actual)
 {
-    for (int i = 0; i < 3; ++i) {
-        ::testing::AssertionResult result = near<Real>(expected[static_cast<size_t>(i)], actual[i]);
-        if (!result)
-            return result << " at component " << i;
-    }
-    return ::testing::AssertionSuccess();
+    return near<Real>(expected.data(), static_cast<const Real*>(actual), 3);
 }
 
 template <class Real>
 class GenericTransformationRandom : public ::testing::Test {
 protected:
-    using Transform = zuGenericTransformation<Real>;
-    using Vector3 = Wm4::Vector3<Real>;
-
-    Vector3 randomPoint()
+    Wm4::Vector3<Real> randomPoint()
     {
-        return Vector3(static_cast<Real>(mRandom.range(-20, 20)), static_cast<Real>(mRandom.range(-20, 20)),
-                       static_cast<Real>(mRandom.range(-20, 20)));
+        return Wm4::Vector3<Real>(static_cast<Real>(mRandom.range(-20, 20)), static_cast<Real>(mRandom.range(-20, 20)),
+                                  static_cast<Real>(mRandom.range(-20, 20)));
     }
     Kind randomKind() { return static_cast<Kind>(mRandom.next() % KIND_COUNT); }
 
@@ -228,13 +212,17 @@ TYPED_TEST_SUITE(GenericTransformationRandom, RealTypes);
 
 constexpr int ROUNDS = 3000;
 
-TYPED_TEST(GenericTransformationRandom, PointsAndArraysMapAsThe4x4AndItsInverse)
+// Points, directions and arrays (into another array and in place), the inverse, normals,
+// planes and the 4x4 round trip of one value.
+TYPED_TEST(GenericTransformationRandom, EachValueMapsAsIts4x4)
 {
     using Real = TypeParam;
+    using Transform = zuGenericTransformation<Real>;
     using Vector3 = Wm4::Vector3<Real>;
+    using Plane3 = Wm4::Plane3<Real>;
     for (int round = 0; round < ROUNDS; ++round) {
         const Kind kind = this->randomKind();
-        const auto t = randomTransform<Real>(this->mRandom, kind);
+        const Transform t = randomTransform<Real>(this->mRandom, kind);
         SCOPED_TRACE(::testing::Message() << "round " << round << ", kind " << kind);
         const Mat4 h = toMatrix(t);
         const Mat4 hInverse = invert(h);
@@ -242,11 +230,15 @@ TYPED_TEST(GenericTransformationRandom, PointsAndArraysMapAsThe4x4AndItsInverse)
         std::vector<Vector3> points(7);
         for (Vector3& p : points)
             p = this->randomPoint();
-        std::vector<Vector3> forward(points.size()), directions(points.size()), inverse(points.size());
         const int count = static_cast<int>(points.size());
+        std::vector<Vector3> forward(points.size()), directions(points.size()), inverse(points.size());
+        std::vector<Vector3> forwardInPlace = points, directionsInPlace = points, inverseInPlace = points;
         t.ApplyForward(count, points.data(), forward.data());
         t.ApplyForward(count, points.data(), directions.data(), false);
         t.ApplyInverse(count, points.data(), inverse.data());
+        t.ApplyForward(count, forwardInPlace.data(), forwardInPlace.data());
+        t.ApplyForward(count, directionsInPlace.data(), directionsInPlace.data(), false);
+        t.ApplyInverse(count, inverseInPlace.data(), inverseInPlace.data());
         for (size_t i = 0; i < points.size(); ++i) {
             const Vector3& p = points[i];
             const auto y = apply(h, p[0], p[1], p[2], 1);
@@ -261,7 +253,59 @@ TYPED_TEST(GenericTransformationRandom, PointsAndArraysMapAsThe4x4AndItsInverse)
             ASSERT_TRUE(nearPoint<Real>(y, forward[i]));
             ASSERT_TRUE(nearPoint<Real>(d, directions[i]));
             ASSERT_TRUE(nearPoint<Real>(x, inverse[i]));
+            ASSERT_EQ(forward[i], forwardInPlace[i]);
+            ASSERT_EQ(directions[i], directionsInPlace[i]);
+            ASSERT_EQ(inverse[i], inverseInPlace[i]);
         }
+        // No count, no work, no access.
+        t.ApplyForward(0, nullptr, nullptr);
+        t.ApplyInverse(-1, nullptr, nullptr);
+
+        // The inverse value; an RS value keeps an RS inverse exactly when its scales share
+        // one magnitude.
+        Transform inverseValue;
+        t.Inverse(inverseValue);
+        ASSERT_TRUE(nearMatrix<Real>(hInverse, toMatrix(inverseValue)));
+        if (t.IsRSMatrix() && !t.IsIdentity()) {
+            const Vector3 s = t.GetScale();
+            ASSERT_EQ(inverseValue.IsRSMatrix(), std::fabs(s[0]) == std::fabs(s[1]) && std::fabs(s[0]) == std::fabs(s[2]));
+        }
+
+        // (n, -c) is a plane as a row vector: it maps by the inverse transpose of H.
+        Vector3 n = this->randomPoint();
+        n.Normalize();
+        const double c = this->mRandom.range(-5, 5);
+        std::array<double, 4> mapped{};
+        for (int j = 0; j < 4; ++j)
+            mapped[static_cast<size_t>(j)] = hInverse(0, j) * n[0] + hInverse(1, j) * n[1] + hInverse(2, j) * n[2]
+                                           - hInverse(3, j) * c;
+        const double length = std::sqrt(mapped[0] * mapped[0] + mapped[1] * mapped[1] + mapped[2] * mapped[2]);
+        const std::array<double, 4> unitNormal = {mapped[0] / length, mapped[1] / length, mapped[2] / length, 0};
+        ASSERT_TRUE(nearPoint<Real>(unitNormal, t.ApplyNormal(n)));
+        // A uniform scale keeps the normal's length and a negative one its orientation, so
+        // compare the plane normalised and oriented like the expected one.
+        const Plane3 plane = t.ApplyForward(Plane3(n, static_cast<Real>(c)));
+        double factor = 1 / std::sqrt(double(plane.Normal.SquaredLength()));
+        if (plane.Normal.Dot(Vector3(Real(unitNormal[0]), Real(unitNormal[1]), Real(unitNormal[2]))) < 0)
+            factor = -factor;
+        ASSERT_TRUE(nearPoint<Real>(unitNormal, plane.Normal * static_cast<Real>(factor)));
+        const double constant[2] = {-mapped[3] / length, plane.Constant * factor};
+        ASSERT_TRUE(near<Real>(&constant[0], &constant[1], 1));
+
+        // The 4x4 holds H transposed, and reads back in both layouts.
+        Wm4::Matrix4<Real> homogeneous;
+        t.GetHomogeneous(homogeneous);
+        Mat4 transposed;
+        for (int i = 0; i < 4; ++i)
+            for (int j = 0; j < 4; ++j)
+                transposed(i, j) = homogeneous[j][i];
+        ASSERT_TRUE(nearMatrix<Real>(h, transposed));
+        Transform back;
+        back.FromHomogeneousMatrix(homogeneous, true);
+        ASSERT_TRUE(nearMatrix<Real>(h, toMatrix(back)));
+        ASSERT_EQ(back.IsRSMatrix(), kind != GENERAL);
+        back.FromHomogeneousMatrix(homogeneous.Transpose(), false);
+        ASSERT_TRUE(nearMatrix<Real>(h, toMatrix(back)));
     }
 }
 
@@ -295,87 +339,6 @@ TYPED_TEST(GenericTransformationRandom, ProductIsThe4x4ProductButForTheAxisAlign
         ASSERT_TRUE(nearMatrix<Real>(expected, toMatrix(product)));
     }
     EXPECT_GT(shortcuts, ROUNDS / 100);
-}
-
-TYPED_TEST(GenericTransformationRandom, InverseIsThe4x4Inverse)
-{
-    using Real = TypeParam;
-    using Transform = zuGenericTransformation<Real>;
-    for (int round = 0; round < ROUNDS; ++round) {
-        const Kind kind = this->randomKind();
-        const Transform t = randomTransform<Real>(this->mRandom, kind);
-        SCOPED_TRACE(::testing::Message() << "round " << round << ", kind " << kind);
-        Transform inverse;
-        t.Inverse(inverse);
-        ASSERT_TRUE(nearMatrix<Real>(invert(toMatrix(t)), toMatrix(inverse)));
-        // An RS value keeps an RS inverse exactly when its scales share one magnitude.
-        if (t.IsRSMatrix() && !t.IsIdentity()) {
-            const Wm4::Vector3<Real> s = t.GetScale();
-            const bool equal = std::fabs(s[0]) == std::fabs(s[1]) && std::fabs(s[0]) == std::fabs(s[2]);
-            ASSERT_EQ(inverse.IsRSMatrix(), equal);
-        }
-    }
-}
-
-TYPED_TEST(GenericTransformationRandom, NormalsAndPlanesMapByTheInverseTranspose)
-{
-    using Real = TypeParam;
-    using Vector3 = Wm4::Vector3<Real>;
-    using Plane3 = Wm4::Plane3<Real>;
-    for (int round = 0; round < ROUNDS; ++round) {
-        const Kind kind = this->randomKind();
-        const auto t = randomTransform<Real>(this->mRandom, kind);
-        SCOPED_TRACE(::testing::Message() << "round " << round << ", kind " << kind);
-        const Mat4 hInverse = invert(toMatrix(t));
-
-        Vector3 n = this->randomPoint();
-        n.Normalize();
-        // (n, -c) is the plane as a row vector: it maps by the inverse transpose of H.
-        const double c = this->mRandom.range(-5, 5);
-        std::array<double, 4> mapped{};
-        for (int j = 0; j < 4; ++j)
-            mapped[static_cast<size_t>(j)] = hInverse(0, j) * n[0] + hInverse(1, j) * n[1] + hInverse(2, j) * n[2]
-                                           - hInverse(3, j) * c;
-        const double length = std::sqrt(mapped[0] * mapped[0] + mapped[1] * mapped[1] + mapped[2] * mapped[2]);
-        const std::array<double, 4> unitNormal = {mapped[0] / length, mapped[1] / length, mapped[2] / length, 0};
-
-        ASSERT_TRUE(nearPoint<Real>(unitNormal, t.ApplyNormal(n)));
-
-        // A uniform scale keeps the normal's length and a negative one its orientation, so
-        // compare the plane normalised and oriented like the expected one.
-        const Plane3 plane = t.ApplyForward(Plane3(n, static_cast<Real>(c)));
-        double factor = 1 / std::sqrt(double(plane.Normal.SquaredLength()));
-        if (plane.Normal.Dot(Vector3(Real(unitNormal[0]), Real(unitNormal[1]), Real(unitNormal[2]))) < 0)
-            factor = -factor;
-        ASSERT_TRUE(nearPoint<Real>(unitNormal, plane.Normal * static_cast<Real>(factor)));
-        ASSERT_TRUE(near<Real>(-mapped[3] / length, plane.Constant * factor));
-    }
-}
-
-TYPED_TEST(GenericTransformationRandom, HomogeneousMatricesRoundTrip)
-{
-    using Real = TypeParam;
-    using Transform = zuGenericTransformation<Real>;
-    for (int round = 0; round < ROUNDS; ++round) {
-        const Kind kind = this->randomKind();
-        const Transform t = randomTransform<Real>(this->mRandom, kind);
-        SCOPED_TRACE(::testing::Message() << "round " << round << ", kind " << kind);
-        const Mat4 expected = toMatrix(t);
-        Wm4::Matrix4<Real> h;
-        t.GetHomogeneous(h);
-        Mat4 transposed;
-        for (int i = 0; i < 4; ++i)
-            for (int j = 0; j < 4; ++j)
-                transposed(i, j) = h[j][i];
-        ASSERT_TRUE(nearMatrix<Real>(expected, transposed));
-
-        Transform back;
-        back.FromHomogeneousMatrix(h, true);
-        ASSERT_TRUE(nearMatrix<Real>(expected, toMatrix(back)));
-        ASSERT_EQ(back.IsRSMatrix(), kind != GENERAL);
-        back.FromHomogeneousMatrix(h.Transpose(), false);
-        ASSERT_TRUE(nearMatrix<Real>(expected, toMatrix(back)));
-    }
 }
 
 } // namespace
