@@ -1,9 +1,11 @@
 #pragma once
 
 // Helpers shared by the scene-graph and culling tests: a stream over a caller's buffer,
-// the bytes of the persisted transformation, and transformations built from angles.
+// the bytes of the persisted transformation, transformations built from angles, and the
+// change marks of a spatial object.
 
 #include <zuSceneGraph/scenegraph/zuGenericTransformation.h>
+#include <zuSceneGraph/scenegraph/zuNode.h>
 #include <zuSceneGraph/stream/zuBaseStream.h>
 
 #include "support/zuTestObjects.h"
@@ -12,6 +14,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <initializer_list>
 #include <vector>
 
 namespace zu::test {
@@ -74,6 +77,42 @@ inline zuGenericTransformation<float> rsTransform(const Wm4::Matrix3<float>& rot
     t.SetScale(scale);
     t.SetTranslate(translate);
     return t;
+}
+
+// Both change masks of an object: the dirty mask `dirty`, the update mask `update`.
+inline ::testing::AssertionResult hasMasks(const zuSpatial* object, uint32_t dirty, uint32_t update)
+{
+    if (object->GetDirtyMask() == dirty && object->GetUpdateMask() == update)
+        return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure() << std::hex << "masks (dirty, update) of \"" << object->GetName() << "\" are (0x"
+                                         << object->GetDirtyMask() << ", 0x" << object->GetUpdateMask() << ")";
+}
+
+// The same mark in both masks, of one object or of each of several.
+inline ::testing::AssertionResult marked(const zuSpatial* object, uint32_t mask)
+{
+    return hasMasks(object, mask, mask);
+}
+
+inline ::testing::AssertionResult marked(std::initializer_list<const zuSpatial*> objects, uint32_t mask)
+{
+    int i = 0;
+    for (const zuSpatial* object : objects) {
+        if (::testing::AssertionResult result = hasMasks(object, mask, mask); !result)
+            return result << " (object " << i << " of the list)";
+        ++i;
+    }
+    return ::testing::AssertionSuccess();
+}
+
+// The child slots of a node, empty ones included.
+using Slots = std::vector<zuSpatial*>;
+inline Slots childrenOf(const zuNode* node)
+{
+    Slots children;
+    for (int i = 0; i < node->getNbChildren(); ++i)
+        children.push_back(node->getChild(i));
+    return children;
 }
 
 } // namespace zu::test
