@@ -103,6 +103,11 @@ inline std::vector<char> recordOf(zuRttiInterface* object, zuStreamVersion versi
     return std::vector<char>(saved.begin() + 4 + 9, saved.end());
 }
 
+inline void appendBytes(zuBytes& out, const std::vector<char>& bytes)
+{
+    out.raw(bytes.data(), bytes.size());
+}
+
 inline int diskUsed(const zuRttiInterface* object, zuStreamVersion version)
 {
     zuBaseStream sizer;

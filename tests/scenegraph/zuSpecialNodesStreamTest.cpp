@@ -22,11 +22,6 @@ protected:
     zuTestFactories factories;
 };
 
-void appendBytes(zuBytes& out, const std::vector<char>& bytes)
-{
-    out.raw(bytes.data(), bytes.size());
-}
-
 // A frame that is not the default one: D = +y, U = +x, R = D x U = -z.
 const Vec D(0, 1, 0), U(1, 0, 0), R(0, 0, -1), LOCATION(1, 2, 3);
 
