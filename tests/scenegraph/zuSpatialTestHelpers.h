@@ -33,7 +33,9 @@ public:
     }
 };
 
-inline uint64_t id(const void* object)
+// The identity a stream writes for an object: the address of its persistable part, which
+// some classes (the buffers) do not have at their start.
+inline uint64_t id(const zuRttiInterface* object)
 {
     return reinterpret_cast<uintptr_t>(object);
 }
