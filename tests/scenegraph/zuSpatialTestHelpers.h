@@ -107,6 +107,13 @@ inline ::testing::AssertionResult marked(std::initializer_list<const zuSpatial*>
     return ::testing::AssertionSuccess();
 }
 
+// Attaches the children to the node in this order.
+inline void attachAll(zuNode* node, std::initializer_list<zuSpatial*> children)
+{
+    for (zuSpatial* child : children)
+        node->attachChild(child);
+}
+
 // The child slots of a node, empty ones included.
 using Slots = std::vector<zuSpatial*>;
 inline Slots childrenOf(const zuNode* node)
