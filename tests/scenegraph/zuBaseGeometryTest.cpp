@@ -201,8 +201,7 @@ TEST_F(BaseGeometry, ALeafWithoutVerticesHasNoBoundAndIsInsertedWhenItsParentIsV
     root->attachChild(group);
     zuPointer<zuTriMesh> cube = zusg::W1Assembly::makeCube();
     // The cube first: a node whose first child has no bound keeps its previous bound.
-    group->attachChild(cube);
-    group->attachChild(mesh);
+    attachAll(group, {cube, mesh});
     // In front of the camera, then behind it: the group is culled and the empty leaf with it.
     group->SetLocalTransform(rsTransform(Wm4::Matrix3<float>::IDENTITY, Vec(1, 1, 1), Vec(5, 0, 0)));
     root->UpdateGS();

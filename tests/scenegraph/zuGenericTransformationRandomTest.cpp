@@ -1,83 +1,28 @@
 // The transformation against plain 4x4 matrices in double precision, on random values of
-// every kind: each value's 4x4 is built here from its fields, products and inverses are
-// plain matrix products and a Gauss-Jordan inverse, independent of the class's own code.
+// every kind: each value's 4x4 is built here from its fields, and products and inverses are
+// those of the 4x4 matrices, independent of the class's own code.
 
 #include <zuSceneGraph/scenegraph/zuGenericTransformation.h>
+
+#include <Wm4/Wm4Matrix4.h>
 
 #include <gtest/gtest.h>
 
 #include <array>
 #include <cmath>
 #include <cstdint>
-#include <utility>
 #include <vector>
 
 namespace zu::test {
 namespace {
 
-// Column-vector convention: Y = H·(X, 1).
-struct Mat4 {
-    std::array<double, 16> e{};
-    double& operator()(int row, int col) { return e[static_cast<size_t>(4 * row + col)]; }
-    double operator()(int row, int col) const { return e[static_cast<size_t>(4 * row + col)]; }
-};
-
-Mat4 identity4()
-{
-    Mat4 m;
-    for (int i = 0; i < 4; ++i)
-        m(i, i) = 1;
-    return m;
-}
-
-Mat4 multiply(const Mat4& a, const Mat4& b)
-{
-    Mat4 m;
-    for (int i = 0; i < 4; ++i)
-        for (int j = 0; j < 4; ++j)
-            for (int k = 0; k < 4; ++k)
-                m(i, j) += a(i, k) * b(k, j);
-    return m;
-}
-
-// Gauss-Jordan with partial pivoting.
-Mat4 invert(Mat4 a)
-{
-    Mat4 inverse = identity4();
-    for (int col = 0; col < 4; ++col) {
-        int pivot = col;
-        for (int row = col + 1; row < 4; ++row)
-            if (std::fabs(a(row, col)) > std::fabs(a(pivot, col)))
-                pivot = row;
-        EXPECT_GT(std::fabs(a(pivot, col)), 1e-9) << "singular test matrix";
-        for (int j = 0; j < 4; ++j) {
-            std::swap(a(col, j), a(pivot, j));
-            std::swap(inverse(col, j), inverse(pivot, j));
-        }
-        const double scale = 1 / a(col, col);
-        for (int j = 0; j < 4; ++j) {
-            a(col, j) *= scale;
-            inverse(col, j) *= scale;
-        }
-        for (int row = 0; row < 4; ++row) {
-            if (row == col)
-                continue;
-            const double factor = a(row, col);
-            for (int j = 0; j < 4; ++j) {
-                a(row, j) -= factor * a(col, j);
-                inverse(row, j) -= factor * inverse(col, j);
-            }
-        }
-    }
-    return inverse;
-}
+// Plain 4x4 matrices in double, column-vector convention: Y = H·(X, 1).
+using Mat4 = Wm4::Matrix4<double>;
 
 std::array<double, 4> apply(const Mat4& m, double x, double y, double z, double w)
 {
-    std::array<double, 4> r{};
-    for (int i = 0; i < 4; ++i)
-        r[static_cast<size_t>(i)] = m(i, 0) * x + m(i, 1) * y + m(i, 2) * z + m(i, 3) * w;
-    return r;
+    const Wm4::Vector4<double> r = m * Wm4::Vector4<double>(x, y, z, w);
+    return {r[0], r[1], r[2], r[3]};
 }
 
 // The 4x4 of a transformation, from its fields alone.
@@ -85,8 +30,8 @@ template <class Real>
 Mat4 toMatrix(const zuGenericTransformation<Real>& t)
 {
     if (t.IsIdentity())
-        return identity4();
-    Mat4 m = identity4();
+        return Mat4::IDENTITY;
+    Mat4 m = Mat4::IDENTITY;
     for (int i = 0; i < 3; ++i) {
         for (int j = 0; j < 3; ++j) {
             m(i, j) = t.GetMatrix()[i][j];
@@ -185,7 +130,7 @@ template <class Real, class Value>
 template <class Real>
 ::testing::AssertionResult nearMatrix(const Mat4& expected, const Mat4& actual)
 {
-    return near<Real>(expected.e.data(), actual.e.data(), 16);
+    return near<Real>(static_cast<const double*>(expected), static_cast<const double*>(actual), 16);
 }
 
 template <class Real>
@@ -225,7 +170,7 @@ TYPED_TEST(GenericTransformationRandom, EachValueMapsAsIts4x4)
         const Transform t = randomTransform<Real>(this->mRandom, kind);
         SCOPED_TRACE(::testing::Message() << "round " << round << ", kind " << kind);
         const Mat4 h = toMatrix(t);
-        const Mat4 hInverse = invert(h);
+        const Mat4 hInverse = h.Inverse();
 
         std::vector<Vector3> points(7);
         for (Vector3& p : points)
@@ -323,13 +268,13 @@ TYPED_TEST(GenericTransformationRandom, ProductIsThe4x4ProductButForTheAxisAlign
         Transform product;
         product.Product(a, b);
 
-        Mat4 expected = multiply(toMatrix(a), toMatrix(b));
+        Mat4 expected = toMatrix(a) * toMatrix(b);
         const bool shortcut = !a.IsIdentity() && !b.IsIdentity() && a.IsRSMatrix() && !a.IsUniformScale()
                            && a.GetRotate() == Wm4::Matrix3<Real>::IDENTITY && b.IsUniformScale();
         if (shortcut) {
             // b's rotation outside a's scale: R_b·diag(S_a·s_b), translation S_a⊙T_b + T_a.
             ++shortcuts;
-            expected = identity4();
+            expected = Mat4::IDENTITY;
             for (int i = 0; i < 3; ++i) {
                 for (int j = 0; j < 3; ++j)
                     expected(i, j) = double(b.GetRotate()[i][j]) * a.GetScale()[j] * b.GetScale()[0];

@@ -645,9 +645,11 @@ TEST(GenericTransformationStream, MatrixByRowsThenTranslationScaleAndThreeFlagBy
     bytes[61] = 2;
     bytes[62] = static_cast<char>(0x80);
     EXPECT_TRUE(hasFlags(read(bytes, error), {false, true, true}));
-    // A truncated value is an error.
+    // A truncated value is an error, and says so.
     bytes.resize(58);
+    ::testing::internal::CaptureStderr();
     read(bytes, error);
+    EXPECT_NE(::testing::internal::GetCapturedStderr().find("truncated"), std::string::npos);
     EXPECT_TRUE(error);
 }
 

@@ -29,17 +29,12 @@ constexpr int DEPTH = 4;
 
 class GeometryW1 : public ::testing::Test {
 protected:
-    GeometryW1()
-        : mPath((std::filesystem::temp_directory_path() / ("zuGeometryW1-" + std::to_string(getpid()) + ".mvk")).string())
-    {
-    }
     ~GeometryW1() override
     {
         zuDynamicLoadingResource::ClearLoadingPolicies();
         std::error_code ignored;
         std::filesystem::remove(mPath, ignored);
     }
-
     bool save(zuNode* root) const
     {
         zuFileStream stream;
@@ -61,23 +56,11 @@ protected:
     }
 
     zuTestFactories factories;
-    std::string mPath;
+    std::string mPath =
+        (std::filesystem::temp_directory_path() / ("zuGeometryW1-" + std::to_string(getpid()) + ".mvk")).string();
 };
 
-// The slots from the root down to the object, as "/k1/k2/...".
-std::string treePath(const zuSpatial* object)
-{
-    std::vector<int> slots;
-    for (; object->GetParent(); object = object->GetParent())
-        slots.push_back(static_cast<const zuNode*>(object->GetParent())->getChildIndex(object));
-    std::string path;
-    for (auto slot = slots.rbegin(); slot != slots.rend(); ++slot) {
-        path += '/';
-        path += std::to_string(*slot);
-    }
-    return path;
-}
-
+// The meshes under an object, and how many of them have both buffers in memory.
 void collectMeshes(const zuSpatial* object, std::vector<const zuTriMesh*>& meshes)
 {
     if (object->IsDerived(zuTriMesh::TYPE)) {
@@ -90,7 +73,18 @@ void collectMeshes(const zuSpatial* object, std::vector<const zuTriMesh*>& meshe
     }
 }
 
-// Updates the tree and culls it from the W1 camera; the visible leaves by tree path.
+int residentMeshes(const zuNode* root)
+{
+    std::vector<const zuTriMesh*> meshes;
+    collectMeshes(root, meshes);
+    int resident = 0;
+    for (const zuTriMesh* mesh : meshes)
+        resident += mesh->GetVertices()->isCPUResident() && mesh->GetIndices()->isCPUResident();
+    return resident;
+}
+
+// Updates the tree and culls it from the W1 camera; the visible leaves by their slots from
+// the root down, as "/k1/k2/...".
 std::map<std::string, zuTriMesh*> visibleMeshes(zuNode* root)
 {
     zuPointer<zuCamera> camera = zusg::W1Assembly(DEPTH).camera();
@@ -101,21 +95,18 @@ std::map<std::string, zuTriMesh*> visibleMeshes(zuNode* root)
     std::map<std::string, zuTriMesh*> visible;
     for (zuRenderableSpatial* leaf : culler.GetVisibleSet()) {
         EXPECT_TRUE(leaf->IsExactly(zuTriMesh::TYPE));
-        visible[treePath(leaf)] = static_cast<zuTriMesh*>(leaf);
+        std::vector<int> slots;
+        for (const zuSpatial* object = leaf; object->GetParent(); object = object->GetParent())
+            slots.push_back(static_cast<const zuNode*>(object->GetParent())->getChildIndex(object));
+        std::string path;
+        for (auto slot = slots.rbegin(); slot != slots.rend(); ++slot) {
+            path += '/';
+            path += std::to_string(*slot);
+        }
+        visible[path] = static_cast<zuTriMesh*>(leaf);
     }
     EXPECT_EQ(visible.size(), culler.GetVisibleSet().size()) << "a leaf was inserted twice";
     return visible;
-}
-
-int residentMeshes(const zuNode* root)
-{
-    std::vector<const zuTriMesh*> meshes;
-    collectMeshes(root, meshes);
-    int resident = 0;
-    for (const zuTriMesh* mesh : meshes)
-        if (mesh->GetVertices()->isCPUResident() && mesh->GetIndices()->isCPUResident())
-            ++resident;
-    return resident;
 }
 
 // The loaded visible leaves are the original ones, with the same bounds and buffers.
@@ -125,13 +116,12 @@ void expectSameLeaves(const std::map<std::string, zuTriMesh*>& loaded, const std
     auto expected = original.begin();
     for (const auto& [path, mesh] : loaded) {
         ASSERT_EQ(path, expected->first);
-        const zuTriMesh* source = expected->second;
+        const zuTriMesh* source = (expected++)->second;
         EXPECT_TRUE(mesh->Equals(source)) << path;
         EXPECT_EQ(mesh->GetModelBound(), source->GetModelBound()) << path;
         EXPECT_EQ(mesh->GetWorldBound(), source->GetWorldBound()) << path;
         EXPECT_TRUE(mesh->GetVertices()->Equals(source->GetVertices())) << path;
         EXPECT_TRUE(mesh->GetIndices()->Equals(source->GetIndices())) << path;
-        ++expected;
     }
 }
 
@@ -141,10 +131,6 @@ TEST_F(GeometryW1, OriginalFullAndLazyLoadsSeeTheSameLeavesWithTheSameBuffers)
     std::vector<const zuTriMesh*> meshes;
     collectMeshes(original, meshes);
     ASSERT_EQ(meshes.size(), 4096u);
-    ASSERT_EQ(meshes[0]->GetVertices()->GetVertexQuantity(), 24);
-    ASSERT_EQ(meshes[0]->GetVertices()->GetVertexSize(), 24);
-    ASSERT_EQ(meshes[0]->GetIndices()->GetIndexQuantity(), 36);
-    ASSERT_EQ(meshes[0]->GetIndices()->GetIndexType(), zuIndexBuffer::INDEX_32);
     ASSERT_NE(meshes[0]->GetVertices(), meshes[1]->GetVertices());
     const std::map<std::string, zuTriMesh*> seen = visibleMeshes(original);
     // About a sixth of the leaves lie in the pyramid x > |y|, x > |z|.

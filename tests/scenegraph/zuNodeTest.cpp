@@ -235,9 +235,7 @@ TEST_F(Node, TheBoundMergesTheChildrenThatAreNotIgnored)
     EXPECT_FALSE(node->GetWorldBound().isValid()) << "no children";
 
     zuPointer<zuTestLeaf> a = new zuTestLeaf, b = new zuTestLeaf, c = new zuTestLeaf;
-    node->attachChild(a);
-    node->attachChild(b);
-    node->attachChild(c);
+    attachAll(node, {a, b, c});
     a->SetWorldBound(zuBoundingVolume(Vec(0, 0, 0), Vec(1, 1, 1)));
     b->SetWorldBound(zuBoundingVolume(Vec(10, 0, 0), Vec(1, 1, 1)));
     c->SetWorldBound(zuBoundingVolume(Vec(0, -20, 0), Vec(1, 1, 1)));

@@ -109,8 +109,7 @@ TEST_F(SpatialStream, AMixedTreeRoundTripsAt632)
     root->setChild(0, nullptr);  // an empty slot survives
     root->setNbChildren(2);
     root->setChild(1, group);
-    group->attachChild(a);
-    group->attachChild(b);
+    attachAll(group, {a, b});
     group->setMetadata(shared);
     a->setMetadata(shared);
     root->UpdateGS();

@@ -133,8 +133,7 @@ TEST_F(Spatial, TheFlagDrivenPassVisitsOnlyMarkedBranches)
     zuPointer<zuNode> root = new zuNode, a = new zuNode, b = new zuNode;
     zuPointer<zuTestLeaf> leafA = new zuTestLeaf(Vec(0, 0, 0), Vec(1, 1, 1));
     zuPointer<zuTestLeaf> leafB = new zuTestLeaf(Vec(0, 0, 0), Vec(1, 1, 1));
-    root->attachChild(a);
-    root->attachChild(b);
+    attachAll(root, {a, b});
     a->attachChild(leafA);
     b->attachChild(leafB);
     root->UpdateGS();

@@ -148,10 +148,8 @@ TEST_F(SpecialNodesStream, AMixedTreeOfSpecialNodesRoundTrips)
     light->SetLightType(zuLight::LT_SPOT);
     zuPointer<zuCamera> camera = new zuCamera;
     zuPointer<zuLightNode> lightNode = new zuLightNode(light);
-    root->attachChild(lightNode);
-    root->attachChild(new zuCameraNode(camera, zuCameraNode::FACING_ALONG_NEGATIVE_Z));
-    root->attachChild(new zuBillboardNode(camera));
-    root->attachChild(new zuXRefNode("library/valve.mvk"));
+    attachAll(root, {lightNode, new zuCameraNode(camera, zuCameraNode::FACING_ALONG_NEGATIVE_Z),
+                     new zuBillboardNode(camera), new zuXRefNode("library/valve.mvk")});
     root->UpdateGS();
 
     Loaded loaded(saveToBytes({root}, V6_32), V6_32);
