@@ -419,18 +419,6 @@ TEST(GenericTransformationInverse, OtherValuesBecomeGeneralAndFollowTheDetermina
 // ---------------------------------------------------------------------------------------
 // 4x4 matrices
 
-TEST(GenericTransformationHomogeneous, RowsHoldTheColumnsOfTheScaledRotationAndTheTranslationLast)
-{
-    Matrix4 h;
-    rs(QUARTER_Z, Vector3(2, 3, 4), Vector3(5, 6, 7)).GetHomogeneous(h);
-    // R·diag(S) = ((0, -3, 0), (2, 0, 0), (0, 0, 4)), by rows.
-    EXPECT_EQ(h, Matrix4(0, 2, 0, 0, -3, 0, 0, 0, 0, 0, 4, 0, 5, 6, 7, 1));
-    general(Matrix3(1, 2, 3, 4, 5, 6, 7, 8, 9), Vector3(-1, -2, -3)).GetHomogeneous(h);
-    EXPECT_EQ(h, Matrix4(1, 4, 7, 0, 2, 5, 8, 0, 3, 6, 9, 0, -1, -2, -3, 1));
-    Transform().GetHomogeneous(h);
-    EXPECT_EQ(h, Matrix4::IDENTITY);
-}
-
 TEST(GenericTransformationHomogeneous, RSMatricesComeBackWithTheirFlags)
 {
     Matrix4 h;
