@@ -15,6 +15,7 @@
 #include <cmath>
 #include <cstdint>
 #include <initializer_list>
+#include <sstream>
 #include <vector>
 
 namespace zu::test {
@@ -86,8 +87,10 @@ inline ::testing::AssertionResult hasMasks(const zuSpatial* object, uint32_t dir
 {
     if (object->GetDirtyMask() == dirty && object->GetUpdateMask() == update)
         return ::testing::AssertionSuccess();
-    return ::testing::AssertionFailure() << std::hex << "masks (dirty, update) of \"" << object->GetName() << "\" are (0x"
-                                         << object->GetDirtyMask() << ", 0x" << object->GetUpdateMask() << ")";
+    std::ostringstream masks;
+    masks << std::hex << "masks (dirty, update) are (0x" << object->GetDirtyMask() << ", 0x" << object->GetUpdateMask()
+          << "), not (0x" << dirty << ", 0x" << update << ")";
+    return ::testing::AssertionFailure() << masks.str();
 }
 
 // The same mark in both masks, of one object or of each of several.
