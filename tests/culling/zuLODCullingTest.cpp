@@ -33,9 +33,7 @@ struct LODScene {
         camera->SetFrame(Vec(0, 0, 0), Vec(1, 0, 0), Vec(0, 0, 1), Vec(0, -1, 0));
         camera->SetFrustum(1, 100, -1, 1, -1, 1);
         culler.SetCamera(camera);
-        zuGenericTransformation<float> at;
-        at.SetTranslate(Vec(10, 0, 0));
-        plain->SetLocalTransform(at);
+        plain->GetLocalTransform().SetTranslate(Vec(10, 0, 0));
         root->attachChild(plain);
         root->attachChild(lod);
         for (int i = 0; i < 4; ++i) {
@@ -45,15 +43,21 @@ struct LODScene {
     }
     void placeAt(float distance)
     {
-        zuGenericTransformation<float> at;
-        at.SetTranslate(Vec(distance, 0, 0));
-        lod->SetLocalTransform(at);
+        lod->GetLocalTransform().SetTranslate(Vec(distance, 0, 0));
         root->UpdateGS();
     }
     std::vector<zuRenderableSpatial*> cull(zuLODPolicy* policy)
     {
         culler.ComputeVisibleSet(root, policy, false);
         return culler.GetVisibleSet();
+    }
+    // The plain leaf and, when given, a level.
+    std::vector<zuRenderableSpatial*> drawn(int level = -1) const
+    {
+        std::vector<zuRenderableSpatial*> set{plain};
+        if (level >= 0)
+            set.push_back(levels[level]);
+        return set;
     }
     zuRenderableSpatial* level(int i) const { return levels[i].get(); }
 };
@@ -91,31 +95,27 @@ TEST(LODCulling, TheBasePolicyMeasuresFromTheCameraToTheBoundCentre)
     EXPECT_EQ(policy->selectItem(empty, scene.camera), nullptr);
 }
 
-TEST(LODCulling, TheWalkDrawsTheLevelOfTheDistanceBand)
+TEST(LODCulling, TheWalkDrawsTheLevelOfTheDistanceBandWhenGivenAPolicy)
 {
     LODScene scene;
     zuLODPolicy* policy = zuLODNode::GetBasePolicy();
+    // Without a policy the node contributes nothing.
     scene.placeAt(30);
-    EXPECT_EQ(scene.cull(policy), (std::vector<zuRenderableSpatial*>{scene.plain, scene.level(1)}));
-    // The far plane cuts the node's bound at 100: still drawn, with the farthest level.
-    scene.placeAt(100);
-    EXPECT_EQ(scene.cull(policy), (std::vector<zuRenderableSpatial*>{scene.plain, scene.level(3)}));
-    scene.placeAt(5);
-    EXPECT_EQ(scene.cull(policy), (std::vector<zuRenderableSpatial*>{scene.plain, scene.level(0)}));
-    // Beyond the far plane the node is culled before any level is chosen.
-    scene.placeAt(150);
-    EXPECT_EQ(scene.cull(policy), (std::vector<zuRenderableSpatial*>{scene.plain}));
-    EXPECT_EQ(scene.lod->getCurrentLOD(), scene.level(0));
-}
-
-TEST(LODCulling, WithoutAPolicyTheNodeContributesNothing)
-{
-    LODScene scene;
-    scene.placeAt(30);
-    EXPECT_EQ(scene.cull(nullptr), (std::vector<zuRenderableSpatial*>{scene.plain}));
+    EXPECT_EQ(scene.cull(nullptr), scene.drawn());
     for (const auto& level : scene.levels)
         EXPECT_EQ(level->mVisits, 0);
     EXPECT_EQ(scene.culler.getLODPolicy(), nullptr);
+
+    EXPECT_EQ(scene.cull(policy), scene.drawn(1));
+    // The far plane cuts the node's bound at 100: still drawn, with the farthest level.
+    scene.placeAt(100);
+    EXPECT_EQ(scene.cull(policy), scene.drawn(3));
+    scene.placeAt(5);
+    EXPECT_EQ(scene.cull(policy), scene.drawn(0));
+    // Beyond the far plane the node is culled before any level is chosen.
+    scene.placeAt(150);
+    EXPECT_EQ(scene.cull(policy), scene.drawn());
+    EXPECT_EQ(scene.lod->getCurrentLOD(), scene.level(0));
 }
 
 // Always the same slot; records what it was asked with.
@@ -140,16 +140,14 @@ TEST(LODCulling, ACallersPolicyChoosesWithTheCullersCamera)
     LODScene scene;
     scene.placeAt(30);
     SlotPolicy policy(2);
-    EXPECT_EQ(scene.cull(&policy), (std::vector<zuRenderableSpatial*>{scene.plain, scene.level(2)}));
+    EXPECT_EQ(scene.cull(&policy), scene.drawn(2));
     EXPECT_EQ(policy.mCalls, 1);
     EXPECT_EQ(policy.mNode, scene.lod.get());
     EXPECT_EQ(policy.mCamera, scene.camera.get());
     // The chosen level is tested like any child: one beyond the far plane is dropped.
-    zuGenericTransformation<float> away;
-    away.SetTranslate(Vec(500, 0, 0));
-    scene.levels[2]->SetLocalTransform(away);
+    scene.levels[2]->GetLocalTransform().SetTranslate(Vec(500, 0, 0));
     scene.root->UpdateGS();
-    EXPECT_EQ(scene.cull(&policy), (std::vector<zuRenderableSpatial*>{scene.plain}));
+    EXPECT_EQ(scene.cull(&policy), scene.drawn());
 }
 
 TEST(LODCulling, TheChosenLevelGetsTheNodesPlaneStateAndNoCullFlag)
@@ -165,7 +163,7 @@ TEST(LODCulling, TheChosenLevelGetsTheNodesPlaneStateAndNoCullFlag)
     // Culling off above it: the level behind the camera is drawn, flagged as untested.
     scene.placeAt(-30);
     scene.root->SetCullingMode(zuSpatial::CULL_NEVER);
-    EXPECT_EQ(scene.cull(policy), (std::vector<zuRenderableSpatial*>{scene.plain, scene.level(1)}));
+    EXPECT_EQ(scene.cull(policy), scene.drawn(1));
     EXPECT_TRUE(scene.levels[1]->mNoCullSeen);
 }
 

@@ -5,7 +5,6 @@
 #include <zuSceneGraph/culling/zuVisibleSetProducer.h>
 #include <zuSceneGraph/scenegraph/zuBaseLODPolicy.h>
 #include <zuSceneGraph/scenegraph/zuLODNode.h>
-#include <zuSceneGraph/scenegraph/zuLODPolicy.h>
 
 #include <gtest/gtest.h>
 
@@ -20,46 +19,32 @@ public:
     std::vector<zuRenderableSpatial*> mSet;
 };
 
-TEST(VisibleSetProducer, RemoveVisibleItemNullsEveryOccurrenceAndKeepsTheLength)
+TEST(VisibleSetProducer, RemoveCopyClearAndTheDefaultPolicy)
 {
+    using Set = std::vector<zuRenderableSpatial*>;
     zuPointer<zuTestLeaf> a = new zuTestLeaf, b = new zuTestLeaf, c = new zuTestLeaf;
     ListProducer producer;
+    // Removing nulls every occurrence and keeps the length.
     producer.mSet = {a, b, a, nullptr};
     EXPECT_TRUE(producer.removeVisibleItem(a));
-    EXPECT_EQ(producer.mSet, (std::vector<zuRenderableSpatial*>{nullptr, b, nullptr, nullptr}));
+    EXPECT_EQ(producer.mSet, (Set{nullptr, b, nullptr, nullptr}));
     EXPECT_FALSE(producer.removeVisibleItem(a));
     EXPECT_FALSE(producer.removeVisibleItem(c));
     EXPECT_EQ(producer.mSet.size(), 4u);
-}
 
-TEST(VisibleSetProducer, CopyAppendsOrReplacesAndClearEmpties)
-{
-    zuPointer<zuTestLeaf> a = new zuTestLeaf, b = new zuTestLeaf;
-    ListProducer producer;
+    // Copying appends or replaces.
     producer.mSet = {a, b};
-    std::vector<zuRenderableSpatial*> out{b};
+    Set out{b};
     producer.copyVisibleSet(out, true);
-    EXPECT_EQ(out, (std::vector<zuRenderableSpatial*>{b, a, b}));
+    EXPECT_EQ(out, (Set{b, a, b}));
     producer.copyVisibleSet(out, false);
     EXPECT_EQ(out, producer.mSet);
     producer.clear();
     EXPECT_TRUE(producer.mSet.empty());
-}
 
-class FixedPolicy : public zuLODPolicy {
-public:
-    zuSpatial* selectItem(zuLODNode*, const zuCamera*) const override { return nullptr; }
-};
-
-TEST(VisibleSetProducer, ThePolicyIsTheProducersChoice)
-{
-    ListProducer producer;
     // The shared distance-band policy of the level-of-detail nodes until a producer
     // chooses another.
     EXPECT_EQ(producer.getLODPolicy(), zuLODNode::GetBasePolicy());
-    FixedPolicy policy;
-    producer.setLODPolicy(&policy);
-    EXPECT_EQ(producer.getLODPolicy(), &policy);
 }
 
 } // namespace

@@ -1,24 +1,28 @@
 // The geometry base: the model bound from the vertex buffer, the world matrix, the order of
-// the model updates, the world bound and culling of a leaf without vertices, the state
-// slots as far as they can be filled without material and texture states, the two
-// readiness tests, the resource list, the look-ups, comparison and cloning.
+// the model updates, the world bound and culling of a leaf without vertices, the marks, the
+// two state slots (their one-based numbering, replacement and the zero-based list that old
+// streams keep), the two readiness tests, the resource list, the look-ups, comparison and
+// cloning.
 
 #include "scenegraph/zuGeometryTestHelpers.h"
+#include "scenegraph/zuSpatialRecords.h"
 #include "scenegraph/zuSpatialTestHelpers.h"
-#include "support/zuTestObjects.h"
 #include "zusgW1Assembly.h"
 
 #include <zuSceneGraph/culling/zuCuller.h>
 #include <zuSceneGraph/resources/zuRendererInterface.h>
+#include <zuSceneGraph/scenegraph/zuGeometry.h>
 #include <zuSceneGraph/scenegraph/zuLine.h>
 #include <zuSceneGraph/scenegraph/zuNode.h>
 #include <zuSceneGraph/scenegraph/zuPoint.h>
 #include <zuSceneGraph/scenegraph/zuTriMesh.h>
 #include <zuSceneGraph/states/zuAlphaState.h>
+#include <zuSceneGraph/states/zuMaterialState.h>
+#include <zuSceneGraph/states/zuTexture.h>
+#include <zuSceneGraph/states/zuTextureState.h>
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <cstring>
 #include <limits>
 #include <string>
@@ -61,34 +65,51 @@ private:
     StateType mType;
 };
 
+zuPointer<zuTextureState> texturesWith(std::initializer_list<zuTexture::Channel> channels)
+{
+    zuPointer<zuTextureState> state = new zuTextureState;
+    for (zuTexture::Channel channel : channels) {
+        zuPointer<zuTexture> texture = new zuTexture;
+        texture->SetChannel(channel);
+        state->AttachTexture(texture);
+    }
+    return state;
+}
+
 // ---------------------------------------------------------------------------------------
-// Model bound
+// Bounds and world data
 
 TEST_F(BaseGeometry, ModelBoundIsTheMinMaxBoxOfThePositions)
 {
     zuPointer<zuTriMesh> mesh = new zuTriMesh(makeVertices({{1, 2, 3}, {-1, 0, 5}, {3, -2, 4}}, false), nullptr);
     expectBox(mesh->GetModelBound(), Vec(1, 0, 4), Vec(2, 2, 1));
-
     // A rotated set keeps the world axes: the box of the points, not an oriented one.
     mesh->SetVertices(makeVertices({{0, 0, 0}, {1, 1, 0}, {2, 2, 0}, {3, 3, 1}}, true));
     mesh->UpdateModelBound();
     expectBox(mesh->GetModelBound(), Vec(1.5f, 1.5f, 0.5f), Vec(1.5f, 1.5f, 0.5f));
-
-    // No vertex buffer, an empty one, one without positions: invalid.
-    mesh->SetVertices(nullptr);
-    mesh->UpdateModelBound();
-    EXPECT_FALSE(mesh->GetModelBound().isValid());
     mesh->SetVertices(makeVertices({{1, 1, 1}}, false));
     mesh->UpdateModelBound();
     expectBox(mesh->GetModelBound(), Vec(1, 1, 1), Vec(0, 0, 0));
-    mesh->SetVertices(makeVertices({}, false));
-    mesh->UpdateModelBound();
-    EXPECT_FALSE(mesh->GetModelBound().isValid());
+
+    // No vertex buffer, an empty one, one without positions: invalid.
     zuAttributes normalsOnly;
     normalsOnly.SetNormalChannels(3);
-    mesh->SetVertices(new zuVertexBuffer(normalsOnly, 4));
+    for (const zuPointer<zuVertexBuffer>& vertices :
+         {zuPointer<zuVertexBuffer>(), makeVertices({}, false), zuPointer<zuVertexBuffer>(new zuVertexBuffer(normalsOnly, 4))}) {
+        mesh->SetVertices(vertices);
+        mesh->UpdateModelBound();
+        EXPECT_FALSE(mesh->GetModelBound().isValid());
+    }
+
+    // A buffer left in its file (without a file the block goes only when forced) keeps the
+    // bound it had.
+    zuPointer<zuVertexBuffer> vertices = makeVertices({{0, 0, 0}, {2, 2, 2}}, false);
+    mesh->SetVertices(vertices);
     mesh->UpdateModelBound();
-    EXPECT_FALSE(mesh->GetModelBound().isValid());
+    ASSERT_TRUE(zuRendererInterface::DeleteCPUData(vertices, true));
+    ASSERT_FALSE(vertices->isCPUResident());
+    mesh->UpdateModelBound();
+    expectBox(mesh->GetModelBound(), Vec(1, 1, 1), Vec(1, 1, 1));
 }
 
 TEST_F(BaseGeometry, ModelBoundReadsPackedLayoutsFlatPositionsAndSkipsNaN)
@@ -121,32 +142,16 @@ TEST_F(BaseGeometry, ModelBoundReadsPackedLayoutsFlatPositionsAndSkipsNaN)
     EXPECT_FALSE(bv.isValid());
 }
 
-TEST_F(BaseGeometry, ModelBoundOfABufferLeftInItsFileStaysAsItWas)
-{
-    zuPointer<zuVertexBuffer> vertices = makeVertices({{0, 0, 0}, {2, 2, 2}}, false);
-    zuPointer<zuTriMesh> mesh = new zuTriMesh(vertices, nullptr);
-    // Without a file the block goes only when forced.
-    ASSERT_TRUE(zuRendererInterface::DeleteCPUData(vertices, true));
-    ASSERT_FALSE(vertices->isCPUResident());
-    mesh->UpdateModelBound();
-    expectBox(mesh->GetModelBound(), Vec(1, 1, 1), Vec(1, 1, 1));
-}
-
-// ---------------------------------------------------------------------------------------
-// World data
-
 TEST_F(BaseGeometry, WorldMatrixHoldsTheColumnsOfTheWorldTransformationAsRows)
 {
     zuPointer<zuNode> parent = new zuNode;
     zuPointer<zuTriMesh> mesh = new zuTriMesh;
     parent->attachChild(mesh);
     // A quarter turn about z, scaled (2, 3, 4), moved to (5, 6, 7).
-    const Wm4::Matrix3<float> quarter(0, -1, 0, 1, 0, 0, 0, 0, 1);
-    mesh->SetLocalTransform(rsTransform(quarter, Vec(2, 3, 4), Vec(5, 6, 7)));
+    mesh->SetLocalTransform(rsTransform(Wm4::Matrix3<float>(0, -1, 0, 1, 0, 0, 0, 0, 1), Vec(2, 3, 4), Vec(5, 6, 7)));
     EXPECT_EQ(mesh->GetWorldMatrix(), Wm4::Matrix4<float>::IDENTITY);
     parent->UpdateGS();
-    const Wm4::Matrix4<float> rotationScale(0, 2, 0, 0, -3, 0, 0, 0, 0, 0, 4, 0, 5, 6, 7, 1);
-    EXPECT_EQ(mesh->GetWorldMatrix(), rotationScale);
+    EXPECT_EQ(mesh->GetWorldMatrix(), Wm4::Matrix4<float>(0, 2, 0, 0, -3, 0, 0, 0, 0, 0, 4, 0, 5, 6, 7, 1));
 
     // A general matrix: row j is its column j. The flag-driven pass refreshes it too.
     zuGenericTransformation<float> general;
@@ -155,71 +160,56 @@ TEST_F(BaseGeometry, WorldMatrixHoldsTheColumnsOfTheWorldTransformationAsRows)
     mesh->SetLocalTransform(general);
     mesh->SetUpdateMask(zuSpatial::UPDATE_WORLD_DATA);
     mesh->UpdateGS_Flags();
-    const Wm4::Matrix4<float> expected(1, 4, 7, 0, 2, 5, 8, 0, 3, 6, 10, 0, -1, -2, -3, 1);
-    EXPECT_EQ(mesh->GetWorldMatrix(), expected);
+    EXPECT_EQ(mesh->GetWorldMatrix(), Wm4::Matrix4<float>(1, 4, 7, 0, 2, 5, 8, 0, 3, 6, 10, 0, -1, -2, -3, 1));
 }
 
 TEST_F(BaseGeometry, UpdateMSRunsTheModelUpdatesItIsAskedFor)
 {
     zuPointer<RecordingMesh> mesh = new RecordingMesh(makeVertices({{0, 0, 0}, {1, 1, 1}}, false), nullptr);
     mesh->GetVertices()->Position3(1) = Vec(3, 3, 3);
-
     mesh->UpdateMS(false, false, -2);
     EXPECT_TRUE(mesh->calls.empty());
     expectBox(mesh->GetModelBound(), Vec(1.5f, 1.5f, 1.5f), Vec(1.5f, 1.5f, 1.5f));
 
-    mesh->UpdateMS(true, false, -1);
-    EXPECT_EQ(mesh->calls, (std::vector<std::string>{"normals", "tangent -1"}));
-    mesh->calls.clear();
-    mesh->UpdateMS(false, false, 2);
-    EXPECT_EQ(mesh->calls, (std::vector<std::string>{"tangent 2"}));
-    mesh->calls.clear();
-    // Inverting does nothing else.
-    mesh->UpdateMS(true, true, 5);
-    EXPECT_EQ(mesh->calls, (std::vector<std::string>{"invert 5"}));
-    mesh->calls.clear();
-    // The triangle form never inverts.
-    mesh->UpdateMS(true, 0);
-    EXPECT_EQ(mesh->calls, (std::vector<std::string>{"normals", "tangent 0"}));
+    using Calls = std::vector<std::string>;
+    const auto run = [&](auto... arguments) {
+        mesh->calls.clear();
+        mesh->UpdateMS(arguments...);
+        return mesh->calls;
+    };
+    EXPECT_EQ(run(true, false, -1), (Calls{"normals", "tangent -1"}));
+    EXPECT_EQ(run(false, false, 2), (Calls{"tangent 2"}));
+    EXPECT_EQ(run(true, true, 5), (Calls{"invert 5"})) << "inverting does nothing else";
+    EXPECT_EQ(run(true, 0), (Calls{"normals", "tangent 0"})) << "the triangle form never inverts";
 }
 
-TEST_F(BaseGeometry, WorldBoundFollowsTheModelBoundAndBecomesInvalidWithoutVertices)
+TEST_F(BaseGeometry, ALeafWithoutVerticesHasNoBoundAndIsInsertedWhenItsParentIsVisible)
 {
     zuPointer<zuTriMesh> mesh = new zuTriMesh(makeVertices({{-1, -1, -1}, {1, 1, 1}}, false), nullptr);
     mesh->SetLocalTransform(rsTransform(Wm4::Matrix3<float>::IDENTITY, Vec(2, 2, 2), Vec(10, 0, 0)));
     mesh->UpdateGS();
     expectBox(mesh->GetWorldBound(), Vec(10, 0, 0), Vec(2, 2, 2));
-
     mesh->SetVertices(makeVertices({}, false));
     mesh->UpdateMS(false, false, -2);
     mesh->UpdateGS();
     EXPECT_FALSE(mesh->GetModelBound().isValid());
     EXPECT_FALSE(mesh->GetWorldBound().isValid());
-}
 
-TEST_F(BaseGeometry, ALeafWithoutVerticesIsInsertedWhenItsParentIsVisible)
-{
     zuPointer<zuCamera> camera = zusg::W1Assembly(2).camera();
     zuPointer<zuNode> root = new zuNode;
     zuPointer<zuNode> group = new zuNode;
     root->attachChild(group);
-    zuPointer<zuTriMesh> empty = new zuTriMesh(makeVertices({}, true), makeIndices({}));
     zuPointer<zuTriMesh> cube = zusg::W1Assembly::makeCube();
     // The cube first: a node whose first child has no bound keeps its previous bound.
-    group->attachChild(cube);
-    group->attachChild(empty);
-    // In front of the camera.
+    attachAll(group, {cube, mesh});
+    // In front of the camera, then behind it: the group is culled and the empty leaf with it.
     group->SetLocalTransform(rsTransform(Wm4::Matrix3<float>::IDENTITY, Vec(1, 1, 1), Vec(5, 0, 0)));
     root->UpdateGS();
-    ASSERT_FALSE(empty->GetWorldBound().isValid());
     ASSERT_TRUE(group->GetWorldBound().isValid());
-
     zuCuller culler;
     culler.SetCamera(camera);
     culler.ComputeVisibleSet(root, nullptr, false);
-    EXPECT_EQ(culler.GetVisibleSet(), (std::vector<zuRenderableSpatial*>{cube.get(), empty.get()}));
-
-    // Behind the camera, the group is culled and the empty leaf with it.
+    EXPECT_EQ(culler.GetVisibleSet(), (std::vector<zuRenderableSpatial*>{cube.get(), mesh.get()}));
     group->SetLocalTransform(rsTransform(Wm4::Matrix3<float>::IDENTITY, Vec(1, 1, 1), Vec(-5, 0, 0)));
     root->UpdateGS();
     culler.ComputeVisibleSet(root, nullptr, false);
@@ -237,6 +227,13 @@ TEST_F(BaseGeometry, EveryLeafMarksItsBoundGoingDownAndItsWorldDataGoingUp)
     line->SetDirtyMask(0x100);
     EXPECT_EQ(line->setDirtyDown(false), 0x109u);
     EXPECT_EQ(line->GetUpdateMask(), 0x09u);
+
+    zuPointer<zuGeometry> geometry = new zuGeometry;
+    geometry->SetDirtyMask(0x100);
+    EXPECT_EQ(geometry->setDirtyDown(true), 0x2140u);
+    EXPECT_EQ(geometry->GetUpdateMask(), 0x2040u);
+    EXPECT_EQ(geometry->setDirtyDown(false), 0x2149u);
+    EXPECT_EQ(geometry->GetUpdateMask(), 0x2049u);
 }
 
 // ---------------------------------------------------------------------------------------
@@ -248,10 +245,8 @@ TEST_F(BaseGeometry, OnlyRealMaterialAndTextureStatesTakeASlot)
     zuPointer<zuAlphaState> alpha = new zuAlphaState;
     zuPointer<PretendState> material = new PretendState(zuGlobalState::MATERIAL);
     zuPointer<PretendState> texture = new PretendState(zuGlobalState::TEXTURE);
-    point->setGlobalState(nullptr);
-    point->setGlobalState(alpha);
-    point->setGlobalState(material);
-    point->setGlobalState(texture);
+    for (zuGlobalState* state : std::initializer_list<zuGlobalState*>{nullptr, alpha, material, texture})
+        point->setGlobalState(state);
     EXPECT_EQ(point->getGlobalStateQuantity(), 0);
     for (int i = -1; i <= 3; ++i)
         EXPECT_EQ(point->getGlobalState(i), nullptr) << i;
@@ -261,8 +256,73 @@ TEST_F(BaseGeometry, OnlyRealMaterialAndTextureStatesTakeASlot)
     EXPECT_EQ(material->GetReferences(), 1);
 }
 
+TEST_F(BaseGeometry, StateNumberingIsOneBasedAndTheTextureMovesUpWithoutAMaterial)
+{
+    zuPointer<zuTriMesh> mesh = new zuTriMesh;
+    zuPointer<zuMaterialState> material = new zuMaterialState;
+    zuPointer<zuTextureState> textures = texturesWith({zuTexture::CH_DIFFUSE});
+    const auto slots = [&](const zuTriMesh* leaf) {
+        return std::vector<zuGlobalState*>{leaf->getGlobalState(0), leaf->getGlobalState(1), leaf->getGlobalState(2),
+                                           leaf->getGlobalState(3)};
+    };
+    mesh->setGlobalState(textures);
+    EXPECT_EQ(mesh->getGlobalStateQuantity(), 1);
+    EXPECT_EQ(slots(mesh), (std::vector<zuGlobalState*>{nullptr, textures, nullptr, nullptr}));
+    mesh->setGlobalState(material);
+    EXPECT_EQ(mesh->getGlobalStateQuantity(), 2);
+    EXPECT_EQ(slots(mesh), (std::vector<zuGlobalState*>{nullptr, material, textures, nullptr}));
+    EXPECT_EQ(mesh->GetMaterialState(), material.get());
+    EXPECT_EQ(mesh->GetTextureState(), textures.get());
+    zuPointer<zuTriMesh> materialOnly = new zuTriMesh;
+    materialOnly->setGlobalState(material);
+    EXPECT_EQ(materialOnly->getGlobalStateQuantity(), 1);
+    EXPECT_EQ(slots(materialOnly), (std::vector<zuGlobalState*>{nullptr, material, nullptr, nullptr}));
+
+    // A second state of a kind replaces and releases the first; an alpha state and null
+    // leave both slots.
+    zuPointer<zuTextureState> second = texturesWith({});
+    EXPECT_EQ(textures->GetReferences(), 2);
+    mesh->setGlobalState(second);
+    EXPECT_EQ(textures->GetReferences(), 1);
+    EXPECT_EQ(mesh->GetTextureState(), second.get());
+    zuPointer<zuAlphaState> alpha = new zuAlphaState;
+    mesh->setGlobalState(alpha);
+    mesh->setGlobalState(nullptr);
+    EXPECT_EQ(mesh->GetTextureState(), second.get());
+    EXPECT_EQ(mesh->GetMaterialState(), material.get());
+    EXPECT_EQ(alpha->GetReferences(), 1);
+}
+
+TEST_F(BaseGeometry, StatesRoundTripFrom66AndFollowTheZeroBasedListBefore)
+{
+    zuPointer<zuGeometry> both = new zuGeometry;
+    zuPointer<zuMaterialState> material = new zuMaterialState;
+    material->Opacity = 0.25f;
+    both->setGlobalState(material);
+    both->setGlobalState(texturesWith({zuTexture::CH_DIFFUSE}));
+    zuPointer<zuGeometry> textureOnly = new zuGeometry;
+    textureOnly->setGlobalState(texturesWith({zuTexture::CH_BUMP}));
+
+    // Before 6.6 the spatial part lists getGlobalState(0 .. quantity - 1): a null entry and
+    // the material for a leaf with both, a null entry alone for a texture state only.
+    for (zuStreamVersion version : {V6_32, zuStreamVersion(6, 6), zuStreamVersion(5, 25)}) {
+        SCOPED_TRACE(version.GetMinor());
+        const bool current = version >= zuStreamVersion(6, 6);
+        Loaded loaded(saveToBytes({both, textureOnly}, version), version);
+        ASSERT_TRUE(loaded.ok);
+        const zuGeometry* copy = loaded.top<zuGeometry>(0);
+        ASSERT_TRUE(copy && copy->GetMaterialState());
+        EXPECT_TRUE(copy->GetMaterialState()->Equals(material));
+        EXPECT_TRUE(copy->hasDescriptionFlag(zuGeometry::DESCRIPTION_TRANSLUCENT));
+        EXPECT_EQ(copy->GetTextureState() != nullptr, current);
+        EXPECT_EQ(copy->getShaderKey(), current ? "Diff" : "");
+        EXPECT_EQ(loaded.top<zuGeometry>(1)->getShaderKey(), current ? "Bump" : "");
+        EXPECT_EQ(loaded.top<zuGeometry>(1)->getGlobalStateQuantity(), current ? 1 : 0);
+    }
+}
+
 // ---------------------------------------------------------------------------------------
-// Rendering
+// Rendering and resources
 
 TEST_F(BaseGeometry, CheckRenderableTestsTheVerticesThenTheIndices)
 {
@@ -277,7 +337,6 @@ TEST_F(BaseGeometry, CheckRenderableTestsTheVerticesThenTheIndices)
     EXPECT_FALSE(mesh->checkRenderable(false));
     EXPECT_EQ(mesh->getRenderFlag(zuRenderableSpatial::RENDERABLE_FIRST), 1);
     EXPECT_EQ(mesh->getRenderFlag(zuRenderableSpatial::RENDERABLE_SECOND), 0);
-
     mesh->SetIndices(makeIndices({}));
     mesh->checkRenderable(false);
     EXPECT_EQ(mesh->getRenderFlag(zuRenderableSpatial::RENDERABLE_FIRST), 0);
@@ -299,31 +358,41 @@ TEST_F(BaseGeometry, CheckRenderableTestsTheVerticesThenTheIndices)
     EXPECT_EQ(mesh->getRenderFlag(zuRenderableSpatial::RENDERABLE_FIRST), 1);
     EXPECT_TRUE(mesh->checkRenderable(false));
     EXPECT_EQ(mesh->getRenderFlag(zuRenderableSpatial::RENDERABLE_FIRST), 0);
-
     vertices->release();
     EXPECT_FALSE(mesh->checkRenderable(true));
     EXPECT_EQ(mesh->getRenderFlag(zuRenderableSpatial::RENDERABLE_SECOND), 0);
 }
 
-TEST_F(BaseGeometry, ResourcesAreTheVerticesThenTheIndicesOrANullEntry)
+TEST_F(BaseGeometry, ResourcesAreTheVerticesThenTheIndicesOrANullEntryThenTheTextures)
 {
+    using Resources = std::vector<zuDynamicLoadingResource*>;
     zuPointer<zuVertexBuffer> vertices = makeVertices({{0, 0, 0}}, false);
     zuPointer<zuIndexBuffer> indices = makeIndices({0});
     zuPointer<zuTriMesh> mesh = new zuTriMesh;
-    std::vector<zuDynamicLoadingResource*> resources{indices.get()};
+    Resources resources{indices.get()};
     mesh->getResources(resources);
     EXPECT_TRUE(resources.empty());
-
     mesh->SetIndices(indices);
     mesh->getResources(resources);
-    EXPECT_TRUE(resources.empty());
-
+    EXPECT_TRUE(resources.empty()) << "no vertices, nothing to draw";
     mesh->SetVertices(vertices);
     mesh->getResources(resources);
-    EXPECT_EQ(resources, (std::vector<zuDynamicLoadingResource*>{vertices.get(), indices.get()}));
+    EXPECT_EQ(resources, (Resources{vertices.get(), indices.get()}));
     mesh->SetIndices(nullptr);
     mesh->getResources(resources);
-    EXPECT_EQ(resources, (std::vector<zuDynamicLoadingResource*>{vertices.get(), nullptr}));
+    EXPECT_EQ(resources, (Resources{vertices.get(), nullptr}));
+
+    zuPointer<zuTextureState> textures = texturesWith({zuTexture::CH_DIFFUSE, zuTexture::CH_BUMP});
+    mesh->setGlobalState(textures);
+    Resources expected{vertices.get(), nullptr};
+    for (int i = 0; i < textures->GetTextureQuantity(); ++i) {
+        Resources own;
+        if (!textures->GetTexture(i)->getResources(own))
+            own.push_back(textures->GetTexture(i)->GetResource());
+        expected.insert(expected.end(), own.begin(), own.end());
+    }
+    mesh->getResources(resources);
+    EXPECT_EQ(resources, expected);
 }
 
 // ---------------------------------------------------------------------------------------
@@ -347,12 +416,9 @@ TEST_F(BaseGeometry, LookUpsSearchTheLeafThenItsVerticesThenItsIndices)
     std::vector<zuObject*> unnamed;
     mesh->GetAllObjectsByName("", unnamed);
     EXPECT_EQ(unnamed, (std::vector<zuObject*>{vertices.get(), indices.get()}));
-
     EXPECT_EQ(mesh->GetObjectByID(mesh->GetID()), mesh.get());
     EXPECT_EQ(mesh->GetObjectByID(vertices->GetID()), vertices.get());
-    EXPECT_EQ(mesh->GetObjectByID(indices->GetID()), indices.get());
     EXPECT_EQ(mesh->GetObjectByID(zuObject::GetNextID()), nullptr);
-
     // Found through the tree as well.
     zuPointer<zuNode> root = new zuNode;
     root->attachChild(mesh);
@@ -364,10 +430,7 @@ TEST_F(BaseGeometry, EqualsComparesModeFlagsAndWorldMatrixButNotBuffers)
     zuPointer<zuTriMesh> a = new zuTriMesh(makeVertices({{0, 0, 0}}, false), nullptr);
     zuPointer<zuTriMesh> b = new zuTriMesh;
     EXPECT_EQ(a->GetModeByte(), 4);
-    EXPECT_FALSE(a->GetGeometryFlag(0));
-    EXPECT_FALSE(a->GetGeometryFlag(1));
     EXPECT_TRUE(a->Equals(b));
-
     b->SetModeByte(5);
     EXPECT_FALSE(a->Equals(b));
     b->SetModeByte(4);
@@ -416,7 +479,6 @@ TEST_F(BaseGeometry, CloneSharesTheBuffersAndCopiesTheFields)
     EXPECT_EQ(copy->GetIndices(), indices.get());
     EXPECT_EQ(copy->GetModelBound(), line->GetModelBound());
     EXPECT_EQ(copy->GetLineType(), zuLine::STRIP);
-
     // Into a leaf of another class: refused.
     zuRttiInterface* point = new zuPoint;
     zuPointer<zuRttiInterface> heldPoint = point;

@@ -1,83 +1,28 @@
 // The transformation against plain 4x4 matrices in double precision, on random values of
-// every kind: each value's 4x4 is built here from its fields, products and inverses are
-// plain matrix products and a Gauss-Jordan inverse, independent of the class's own code.
+// every kind: each value's 4x4 is built here from its fields, and products and inverses are
+// those of the 4x4 matrices, independent of the class's own code.
 
 #include <zuSceneGraph/scenegraph/zuGenericTransformation.h>
+
+#include <Wm4/Wm4Matrix4.h>
 
 #include <gtest/gtest.h>
 
 #include <array>
 #include <cmath>
 #include <cstdint>
-#include <utility>
 #include <vector>
 
 namespace zu::test {
 namespace {
 
-// Column-vector convention: Y = H·(X, 1).
-struct Mat4 {
-    std::array<double, 16> e{};
-    double& operator()(int row, int col) { return e[static_cast<size_t>(4 * row + col)]; }
-    double operator()(int row, int col) const { return e[static_cast<size_t>(4 * row + col)]; }
-};
-
-Mat4 identity4()
-{
-    Mat4 m;
-    for (int i = 0; i < 4; ++i)
-        m(i, i) = 1;
-    return m;
-}
-
-Mat4 multiply(const Mat4& a, const Mat4& b)
-{
-    Mat4 m;
-    for (int i = 0; i < 4; ++i)
-        for (int j = 0; j < 4; ++j)
-            for (int k = 0; k < 4; ++k)
-                m(i, j) += a(i, k) * b(k, j);
-    return m;
-}
-
-// Gauss-Jordan with partial pivoting.
-Mat4 invert(Mat4 a)
-{
-    Mat4 inverse = identity4();
-    for (int col = 0; col < 4; ++col) {
-        int pivot = col;
-        for (int row = col + 1; row < 4; ++row)
-            if (std::fabs(a(row, col)) > std::fabs(a(pivot, col)))
-                pivot = row;
-        EXPECT_GT(std::fabs(a(pivot, col)), 1e-9) << "singular test matrix";
-        for (int j = 0; j < 4; ++j) {
-            std::swap(a(col, j), a(pivot, j));
-            std::swap(inverse(col, j), inverse(pivot, j));
-        }
-        const double scale = 1 / a(col, col);
-        for (int j = 0; j < 4; ++j) {
-            a(col, j) *= scale;
-            inverse(col, j) *= scale;
-        }
-        for (int row = 0; row < 4; ++row) {
-            if (row == col)
-                continue;
-            const double factor = a(row, col);
-            for (int j = 0; j < 4; ++j) {
-                a(row, j) -= factor * a(col, j);
-                inverse(row, j) -= factor * inverse(col, j);
-            }
-        }
-    }
-    return inverse;
-}
+// Plain 4x4 matrices in double, column-vector convention: Y = H·(X, 1).
+using Mat4 = Wm4::Matrix4<double>;
 
 std::array<double, 4> apply(const Mat4& m, double x, double y, double z, double w)
 {
-    std::array<double, 4> r{};
-    for (int i = 0; i < 4; ++i)
-        r[static_cast<size_t>(i)] = m(i, 0) * x + m(i, 1) * y + m(i, 2) * z + m(i, 3) * w;
-    return r;
+    const Wm4::Vector4<double> r = m * Wm4::Vector4<double>(x, y, z, w);
+    return {r[0], r[1], r[2], r[3]};
 }
 
 // The 4x4 of a transformation, from its fields alone.
@@ -85,8 +30,8 @@ template <class Real>
 Mat4 toMatrix(const zuGenericTransformation<Real>& t)
 {
     if (t.IsIdentity())
-        return identity4();
-    Mat4 m = identity4();
+        return Mat4::IDENTITY;
+    Mat4 m = Mat4::IDENTITY;
     for (int i = 0; i < 3; ++i) {
         for (int j = 0; j < 3; ++j) {
             m(i, j) = t.GetMatrix()[i][j];
@@ -171,52 +116,36 @@ zuGenericTransformation<Real> randomTransform(Random& random, Kind kind)
     return t;
 }
 
-template <class Real>
-double tolerance()
+// Within the rounding of Real, relative to the expected value.
+template <class Real, class Value>
+::testing::AssertionResult near(const double* expected, const Value* actual, int count)
 {
-    return sizeof(Real) == sizeof(float) ? 1e-4 : 1e-10;
-}
-
-template <class Real>
-::testing::AssertionResult near(double expected, double actual)
-{
-    if (std::fabs(expected - actual) <= tolerance<Real>() * (1 + std::fabs(expected)))
-        return ::testing::AssertionSuccess();
-    return ::testing::AssertionFailure() << "expected " << expected << ", got " << actual;
+    const double tolerance = sizeof(Real) == sizeof(float) ? 1e-4 : 1e-10;
+    for (int i = 0; i < count; ++i)
+        if (!(std::fabs(expected[i] - actual[i]) <= tolerance * (1 + std::fabs(expected[i]))))
+            return ::testing::AssertionFailure() << "entry " << i << ": expected " << expected[i] << ", got " << actual[i];
+    return ::testing::AssertionSuccess();
 }
 
 template <class Real>
 ::testing::AssertionResult nearMatrix(const Mat4& expected, const Mat4& actual)
 {
-    for (int i = 0; i < 16; ++i) {
-        ::testing::AssertionResult result = near<Real>(expected.e[static_cast<size_t>(i)], actual.e[static_cast<size_t>(i)]);
-        if (!result)
-            return result << " at entry " << i;
-    }
-    return ::testing::AssertionSuccess();
+    return near<Real>(static_cast<const double*>(expected), static_cast<const double*>(actual), 16);
 }
 
 template <class Real>
 ::testing::AssertionResult nearPoint(const std::array<double, 4>& expected, const Wm4::Vector3<Real>& actual)
 {
-    for (int i = 0; i < 3; ++i) {
-        ::testing::AssertionResult result = near<Real>(expected[static_cast<size_t>(i)], actual[i]);
-        if (!result)
-            return result << " at component " << i;
-    }
-    return ::testing::AssertionSuccess();
+    return near<Real>(expected.data(), static_cast<const Real*>(actual), 3);
 }
 
 template <class Real>
 class GenericTransformationRandom : public ::testing::Test {
 protected:
-    using Transform = zuGenericTransformation<Real>;
-    using Vector3 = Wm4::Vector3<Real>;
-
-    Vector3 randomPoint()
+    Wm4::Vector3<Real> randomPoint()
     {
-        return Vector3(static_cast<Real>(mRandom.range(-20, 20)), static_cast<Real>(mRandom.range(-20, 20)),
-                       static_cast<Real>(mRandom.range(-20, 20)));
+        return Wm4::Vector3<Real>(static_cast<Real>(mRandom.range(-20, 20)), static_cast<Real>(mRandom.range(-20, 20)),
+                                  static_cast<Real>(mRandom.range(-20, 20)));
     }
     Kind randomKind() { return static_cast<Kind>(mRandom.next() % KIND_COUNT); }
 
@@ -228,25 +157,33 @@ TYPED_TEST_SUITE(GenericTransformationRandom, RealTypes);
 
 constexpr int ROUNDS = 3000;
 
-TYPED_TEST(GenericTransformationRandom, PointsAndArraysMapAsThe4x4AndItsInverse)
+// Points, directions and arrays (into another array and in place), the inverse, normals,
+// planes and the 4x4 round trip of one value.
+TYPED_TEST(GenericTransformationRandom, EachValueMapsAsIts4x4)
 {
     using Real = TypeParam;
+    using Transform = zuGenericTransformation<Real>;
     using Vector3 = Wm4::Vector3<Real>;
+    using Plane3 = Wm4::Plane3<Real>;
     for (int round = 0; round < ROUNDS; ++round) {
         const Kind kind = this->randomKind();
-        const auto t = randomTransform<Real>(this->mRandom, kind);
+        const Transform t = randomTransform<Real>(this->mRandom, kind);
         SCOPED_TRACE(::testing::Message() << "round " << round << ", kind " << kind);
         const Mat4 h = toMatrix(t);
-        const Mat4 hInverse = invert(h);
+        const Mat4 hInverse = h.Inverse();
 
         std::vector<Vector3> points(7);
         for (Vector3& p : points)
             p = this->randomPoint();
-        std::vector<Vector3> forward(points.size()), directions(points.size()), inverse(points.size());
         const int count = static_cast<int>(points.size());
+        std::vector<Vector3> forward(points.size()), directions(points.size()), inverse(points.size());
+        std::vector<Vector3> forwardInPlace = points, directionsInPlace = points, inverseInPlace = points;
         t.ApplyForward(count, points.data(), forward.data());
         t.ApplyForward(count, points.data(), directions.data(), false);
         t.ApplyInverse(count, points.data(), inverse.data());
+        t.ApplyForward(count, forwardInPlace.data(), forwardInPlace.data());
+        t.ApplyForward(count, directionsInPlace.data(), directionsInPlace.data(), false);
+        t.ApplyInverse(count, inverseInPlace.data(), inverseInPlace.data());
         for (size_t i = 0; i < points.size(); ++i) {
             const Vector3& p = points[i];
             const auto y = apply(h, p[0], p[1], p[2], 1);
@@ -261,7 +198,59 @@ TYPED_TEST(GenericTransformationRandom, PointsAndArraysMapAsThe4x4AndItsInverse)
             ASSERT_TRUE(nearPoint<Real>(y, forward[i]));
             ASSERT_TRUE(nearPoint<Real>(d, directions[i]));
             ASSERT_TRUE(nearPoint<Real>(x, inverse[i]));
+            ASSERT_EQ(forward[i], forwardInPlace[i]);
+            ASSERT_EQ(directions[i], directionsInPlace[i]);
+            ASSERT_EQ(inverse[i], inverseInPlace[i]);
         }
+        // No count, no work, no access.
+        t.ApplyForward(0, nullptr, nullptr);
+        t.ApplyInverse(-1, nullptr, nullptr);
+
+        // The inverse value; an RS value keeps an RS inverse exactly when its scales share
+        // one magnitude.
+        Transform inverseValue;
+        t.Inverse(inverseValue);
+        ASSERT_TRUE(nearMatrix<Real>(hInverse, toMatrix(inverseValue)));
+        if (t.IsRSMatrix() && !t.IsIdentity()) {
+            const Vector3 s = t.GetScale();
+            ASSERT_EQ(inverseValue.IsRSMatrix(), std::fabs(s[0]) == std::fabs(s[1]) && std::fabs(s[0]) == std::fabs(s[2]));
+        }
+
+        // (n, -c) is a plane as a row vector: it maps by the inverse transpose of H.
+        Vector3 n = this->randomPoint();
+        n.Normalize();
+        const double c = this->mRandom.range(-5, 5);
+        std::array<double, 4> mapped{};
+        for (int j = 0; j < 4; ++j)
+            mapped[static_cast<size_t>(j)] = hInverse(0, j) * n[0] + hInverse(1, j) * n[1] + hInverse(2, j) * n[2]
+                                           - hInverse(3, j) * c;
+        const double length = std::sqrt(mapped[0] * mapped[0] + mapped[1] * mapped[1] + mapped[2] * mapped[2]);
+        const std::array<double, 4> unitNormal = {mapped[0] / length, mapped[1] / length, mapped[2] / length, 0};
+        ASSERT_TRUE(nearPoint<Real>(unitNormal, t.ApplyNormal(n)));
+        // A uniform scale keeps the normal's length and a negative one its orientation, so
+        // compare the plane normalised and oriented like the expected one.
+        const Plane3 plane = t.ApplyForward(Plane3(n, static_cast<Real>(c)));
+        double factor = 1 / std::sqrt(double(plane.Normal.SquaredLength()));
+        if (plane.Normal.Dot(Vector3(Real(unitNormal[0]), Real(unitNormal[1]), Real(unitNormal[2]))) < 0)
+            factor = -factor;
+        ASSERT_TRUE(nearPoint<Real>(unitNormal, plane.Normal * static_cast<Real>(factor)));
+        const double constant[2] = {-mapped[3] / length, plane.Constant * factor};
+        ASSERT_TRUE(near<Real>(&constant[0], &constant[1], 1));
+
+        // The 4x4 holds H transposed, and reads back in both layouts.
+        Wm4::Matrix4<Real> homogeneous;
+        t.GetHomogeneous(homogeneous);
+        Mat4 transposed;
+        for (int i = 0; i < 4; ++i)
+            for (int j = 0; j < 4; ++j)
+                transposed(i, j) = homogeneous[j][i];
+        ASSERT_TRUE(nearMatrix<Real>(h, transposed));
+        Transform back;
+        back.FromHomogeneousMatrix(homogeneous, true);
+        ASSERT_TRUE(nearMatrix<Real>(h, toMatrix(back)));
+        ASSERT_EQ(back.IsRSMatrix(), kind != GENERAL);
+        back.FromHomogeneousMatrix(homogeneous.Transpose(), false);
+        ASSERT_TRUE(nearMatrix<Real>(h, toMatrix(back)));
     }
 }
 
@@ -279,13 +268,13 @@ TYPED_TEST(GenericTransformationRandom, ProductIsThe4x4ProductButForTheAxisAlign
         Transform product;
         product.Product(a, b);
 
-        Mat4 expected = multiply(toMatrix(a), toMatrix(b));
+        Mat4 expected = toMatrix(a) * toMatrix(b);
         const bool shortcut = !a.IsIdentity() && !b.IsIdentity() && a.IsRSMatrix() && !a.IsUniformScale()
                            && a.GetRotate() == Wm4::Matrix3<Real>::IDENTITY && b.IsUniformScale();
         if (shortcut) {
             // b's rotation outside a's scale: R_b·diag(S_a·s_b), translation S_a⊙T_b + T_a.
             ++shortcuts;
-            expected = identity4();
+            expected = Mat4::IDENTITY;
             for (int i = 0; i < 3; ++i) {
                 for (int j = 0; j < 3; ++j)
                     expected(i, j) = double(b.GetRotate()[i][j]) * a.GetScale()[j] * b.GetScale()[0];
@@ -295,87 +284,6 @@ TYPED_TEST(GenericTransformationRandom, ProductIsThe4x4ProductButForTheAxisAlign
         ASSERT_TRUE(nearMatrix<Real>(expected, toMatrix(product)));
     }
     EXPECT_GT(shortcuts, ROUNDS / 100);
-}
-
-TYPED_TEST(GenericTransformationRandom, InverseIsThe4x4Inverse)
-{
-    using Real = TypeParam;
-    using Transform = zuGenericTransformation<Real>;
-    for (int round = 0; round < ROUNDS; ++round) {
-        const Kind kind = this->randomKind();
-        const Transform t = randomTransform<Real>(this->mRandom, kind);
-        SCOPED_TRACE(::testing::Message() << "round " << round << ", kind " << kind);
-        Transform inverse;
-        t.Inverse(inverse);
-        ASSERT_TRUE(nearMatrix<Real>(invert(toMatrix(t)), toMatrix(inverse)));
-        // An RS value keeps an RS inverse exactly when its scales share one magnitude.
-        if (t.IsRSMatrix() && !t.IsIdentity()) {
-            const Wm4::Vector3<Real> s = t.GetScale();
-            const bool equal = std::fabs(s[0]) == std::fabs(s[1]) && std::fabs(s[0]) == std::fabs(s[2]);
-            ASSERT_EQ(inverse.IsRSMatrix(), equal);
-        }
-    }
-}
-
-TYPED_TEST(GenericTransformationRandom, NormalsAndPlanesMapByTheInverseTranspose)
-{
-    using Real = TypeParam;
-    using Vector3 = Wm4::Vector3<Real>;
-    using Plane3 = Wm4::Plane3<Real>;
-    for (int round = 0; round < ROUNDS; ++round) {
-        const Kind kind = this->randomKind();
-        const auto t = randomTransform<Real>(this->mRandom, kind);
-        SCOPED_TRACE(::testing::Message() << "round " << round << ", kind " << kind);
-        const Mat4 hInverse = invert(toMatrix(t));
-
-        Vector3 n = this->randomPoint();
-        n.Normalize();
-        // (n, -c) is the plane as a row vector: it maps by the inverse transpose of H.
-        const double c = this->mRandom.range(-5, 5);
-        std::array<double, 4> mapped{};
-        for (int j = 0; j < 4; ++j)
-            mapped[static_cast<size_t>(j)] = hInverse(0, j) * n[0] + hInverse(1, j) * n[1] + hInverse(2, j) * n[2]
-                                           - hInverse(3, j) * c;
-        const double length = std::sqrt(mapped[0] * mapped[0] + mapped[1] * mapped[1] + mapped[2] * mapped[2]);
-        const std::array<double, 4> unitNormal = {mapped[0] / length, mapped[1] / length, mapped[2] / length, 0};
-
-        ASSERT_TRUE(nearPoint<Real>(unitNormal, t.ApplyNormal(n)));
-
-        // A uniform scale keeps the normal's length and a negative one its orientation, so
-        // compare the plane normalised and oriented like the expected one.
-        const Plane3 plane = t.ApplyForward(Plane3(n, static_cast<Real>(c)));
-        double factor = 1 / std::sqrt(double(plane.Normal.SquaredLength()));
-        if (plane.Normal.Dot(Vector3(Real(unitNormal[0]), Real(unitNormal[1]), Real(unitNormal[2]))) < 0)
-            factor = -factor;
-        ASSERT_TRUE(nearPoint<Real>(unitNormal, plane.Normal * static_cast<Real>(factor)));
-        ASSERT_TRUE(near<Real>(-mapped[3] / length, plane.Constant * factor));
-    }
-}
-
-TYPED_TEST(GenericTransformationRandom, HomogeneousMatricesRoundTrip)
-{
-    using Real = TypeParam;
-    using Transform = zuGenericTransformation<Real>;
-    for (int round = 0; round < ROUNDS; ++round) {
-        const Kind kind = this->randomKind();
-        const Transform t = randomTransform<Real>(this->mRandom, kind);
-        SCOPED_TRACE(::testing::Message() << "round " << round << ", kind " << kind);
-        const Mat4 expected = toMatrix(t);
-        Wm4::Matrix4<Real> h;
-        t.GetHomogeneous(h);
-        Mat4 transposed;
-        for (int i = 0; i < 4; ++i)
-            for (int j = 0; j < 4; ++j)
-                transposed(i, j) = h[j][i];
-        ASSERT_TRUE(nearMatrix<Real>(expected, transposed));
-
-        Transform back;
-        back.FromHomogeneousMatrix(h, true);
-        ASSERT_TRUE(nearMatrix<Real>(expected, toMatrix(back)));
-        ASSERT_EQ(back.IsRSMatrix(), kind != GENERAL);
-        back.FromHomogeneousMatrix(h.Transpose(), false);
-        ASSERT_TRUE(nearMatrix<Real>(expected, toMatrix(back)));
-    }
 }
 
 } // namespace

@@ -1,11 +1,9 @@
 // The leaves: triangles over their buffers, area-weighted vertex normals against values
 // computed by hand, inversion, lines, points, and the geometry's transparency class and
-// description without states.
+// description, with and without states.
 
 #include "scenegraph/zuGeometryTestHelpers.h"
 #include "scenegraph/zuSpatialTestHelpers.h"
-#include "support/zuTestObjects.h"
-#include "zusgW1Assembly.h"
 
 #include <zuSceneGraph/resources/zuRendererInterface.h>
 #include <zuSceneGraph/scenegraph/zuGenericGeometry.h>
@@ -13,6 +11,9 @@
 #include <zuSceneGraph/scenegraph/zuLine.h>
 #include <zuSceneGraph/scenegraph/zuPoint.h>
 #include <zuSceneGraph/scenegraph/zuTriMesh.h>
+#include <zuSceneGraph/states/zuMaterialState.h>
+#include <zuSceneGraph/states/zuTexture.h>
+#include <zuSceneGraph/states/zuTextureState.h>
 
 #include <gtest/gtest.h>
 
@@ -74,7 +75,7 @@ TEST_F(GeometryLeaves, TrianglesAreIndexTriplesOrVertexTriples)
 }
 
 // ---------------------------------------------------------------------------------------
-// Normals
+// Normals and inversion
 
 TEST_F(GeometryLeaves, NormalsOfAKnownMeshAreWeightedByArea)
 {
@@ -95,22 +96,6 @@ TEST_F(GeometryLeaves, NormalsOfAKnownMeshAreWeightedByArea)
         expectVector(vertices->Normal3(i), expected[i], "normal", i);
 }
 
-TEST_F(GeometryLeaves, NormalsOfTheCubeAreItsFaceNormals)
-{
-    zuPointer<zuTriMesh> cube = zusg::W1Assembly::makeCube();
-    zuVertexBuffer* vertices = cube->GetVertices();
-    std::vector<Vec> faces;
-    for (int i = 0; i < 24; ++i) {
-        faces.push_back(vertices->Normal3(i));
-        vertices->Normal3(i) = Vec(1, 2, 3);
-    }
-    // The triangle form of UpdateMS: bound and normals, no tangent space asked.
-    cube->UpdateMS(true, -2);
-    for (int i = 0; i < 24; ++i)
-        expectVector(vertices->Normal3(i), faces[static_cast<size_t>(i)], "normal", i);
-    EXPECT_EQ(cube->GetModelBound(), zuBoundingVolume(Vec(0, 0, 0), Vec(0.5f, 0.5f, 0.5f)));
-}
-
 TEST_F(GeometryLeaves, NormalsNeedANormalChannelAndResidentBuffers)
 {
     zuPointer<zuVertexBuffer> vertices = makeVertices({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, false);
@@ -127,9 +112,6 @@ TEST_F(GeometryLeaves, NormalsNeedANormalChannelAndResidentBuffers)
     mesh->UpdateModelNormals();
     expectVector(withNormals->Normal3(0), Vec(0, 0, 0), "normal", 0);
 }
-
-// ---------------------------------------------------------------------------------------
-// Inversion
 
 TEST_F(GeometryLeaves, InvertingSwapsTheLastTwoCornersAndNegatesTheNormals)
 {
@@ -233,18 +215,9 @@ TEST_F(GeometryLeaves, TransparencyClassFollowsTranslucencyOpacityMapAndFlagBit4
     }
 }
 
-TEST_F(GeometryLeaves, GeometryMarksAsEveryLeafDoes)
+TEST_F(GeometryLeaves, DescriptionComesFromTheMaterialAndTheTextureRoles)
 {
-    zuPointer<zuGeometry> geometry = new zuGeometry;
-    geometry->SetDirtyMask(0x100);
-    EXPECT_EQ(geometry->setDirtyDown(true), 0x2140u);
-    EXPECT_EQ(geometry->GetUpdateMask(), 0x2040u);
-    EXPECT_EQ(geometry->setDirtyDown(false), 0x2149u);
-    EXPECT_EQ(geometry->GetUpdateMask(), 0x2049u);
-}
-
-TEST_F(GeometryLeaves, DescriptionWithoutStatesKeepsOnlyTheApplicationsFlags)
-{
+    // Without states only the application's flags stay.
     zuPointer<zuGeometry> geometry = new zuGeometry;
     geometry->setDescriptionFlags(zuGeometry::DESCRIPTION_DIFFUSE_MAP | zuGeometry::DESCRIPTION_TRANSLUCENT | 0x80000000u);
     geometry->updateObjectDescription();
@@ -252,11 +225,38 @@ TEST_F(GeometryLeaves, DescriptionWithoutStatesKeepsOnlyTheApplicationsFlags)
     EXPECT_EQ(geometry->getShaderDefines(), "");
     EXPECT_EQ(geometry->getShaderKey(), "");
 
+    geometry->setDescriptionFlags(0);
+    zuPointer<zuMaterialState> material = new zuMaterialState;
+    material->Opacity = 0.5f;
+    geometry->setGlobalState(material);
+    EXPECT_EQ(geometry->getDescriptionFlags(), zuGeometry::DESCRIPTION_MATERIAL | zuGeometry::DESCRIPTION_TRANSLUCENT);
+    EXPECT_EQ(geometry->getMeshTransparency(), 1);
+    // Bump before diffuse in the state: the defines still come diffuse first, once each.
+    const auto textures = [](std::initializer_list<zuTexture::Channel> channels) {
+        zuPointer<zuTextureState> state = new zuTextureState;
+        for (zuTexture::Channel channel : channels) {
+            zuPointer<zuTexture> texture = new zuTexture;
+            texture->SetChannel(channel);
+            state->AttachTexture(texture);
+        }
+        return state;
+    };
+    geometry->setGlobalState(textures({zuTexture::CH_BUMP, zuTexture::CH_DIFFUSE, zuTexture::CH_BUMP}));
+    EXPECT_EQ(geometry->getShaderDefines(), "#define DIFFUSE_MAP\n#define BUMP_MAP\n");
+    EXPECT_EQ(geometry->getShaderKey(), "DiffBump");
+    EXPECT_TRUE(geometry->hasDescriptionFlag(zuGeometry::DESCRIPTION_DIFFUSE_MAP | zuGeometry::DESCRIPTION_BUMP_MAP));
+    // An opaque material with an opacity map.
+    material->Opacity = 1.0f;
+    geometry->setGlobalState(textures({zuTexture::CH_OPACITY}));
+    EXPECT_EQ(geometry->getShaderKey(), "");
+    EXPECT_EQ(geometry->getDescriptionFlags(), zuGeometry::DESCRIPTION_MATERIAL | zuGeometry::DESCRIPTION_OPACITY_MAP);
+    EXPECT_EQ(geometry->getMeshTransparency(), 3);
+
+    // The application's own shader part, not repeated when composed again.
     zuPointer<zuGenericGeometry> generic = new zuGenericGeometry;
     generic->setUserShader("#define SECTION_COLOR\n", "Sect");
     EXPECT_EQ(generic->getShaderDefines(), "#define SECTION_COLOR\n");
     EXPECT_EQ(generic->getShaderKey(), "Sect");
-    // Composed again, the application's part is not repeated.
     generic->updateObjectDescription();
     EXPECT_EQ(generic->getShaderKey(), "Sect");
 }

@@ -38,11 +38,6 @@ inline zuPointer<zuIndexBuffer> makeIndices(std::initializer_list<unsigned int> 
     return buffer;
 }
 
-inline Wm4::Vector3<float> normalOf(const zuVertexBuffer& buffer, int i)
-{
-    return buffer.Normal3(i);
-}
-
 // A renderer's identifier, and a release function that answers as a renderer does.
 struct zuFakeIdentifier : zuResourceIdentifier {};
 

@@ -3,6 +3,7 @@
 // alone.
 
 #include "scenegraph/zuGeometryTestHelpers.h"
+#include "scenegraph/zuSpatialTestHelpers.h"
 #include "support/zuTestObjects.h"
 
 #include <zuSceneGraph/scenegraph/zuGeometry.h>
@@ -31,13 +32,6 @@ zuPointer<zuTriMesh> namedMesh(const std::string& name)
     zuPointer<zuTriMesh> mesh = new zuTriMesh(makeVertices({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, false), makeIndices({0, 1, 2}));
     mesh->SetName(name);
     return mesh;
-}
-
-zuPointer<zuTestController> controller(const std::string& name)
-{
-    zuPointer<zuTestController> result = new zuTestController;
-    result->SetName(name);
-    return result;
 }
 
 std::vector<std::string> controllerNames(const zuObject* object)
@@ -69,30 +63,20 @@ struct TwoLevels {
 TEST_F(LODBuilder, EveryMeshOfASubtreeTakesALevelOfDetailNodeInItsSlot)
 {
     // root: [group, c]; group: [a, x, b, edge]; x: [d].
-    zuPointer<zuNode> root = new zuNode;
-    zuPointer<zuNode> group = new zuNode;
-    zuPointer<zuNode> x = new zuNode;
-    zuPointer<zuTriMesh> a = namedMesh("a");
-    zuPointer<zuTriMesh> b = namedMesh("b");
-    zuPointer<zuTriMesh> c = namedMesh("c");
+    zuPointer<zuNode> root = new zuNode, group = new zuNode, x = new zuNode;
+    zuPointer<zuTriMesh> a = namedMesh("a"), b = namedMesh("b"), c = namedMesh("c");
     zuPointer<zuGeometry> d = new zuGeometry;
     d->SetName("d");
     zuPointer<zuLine> edge = new zuLine;
-    root->attachChild(group);
-    root->attachChild(c);
-    group->attachChild(a);
-    group->attachChild(x);
-    group->attachChild(b);
-    group->attachChild(edge);
+    attachAll(root, {group, c});
+    attachAll(group, {a, x, b, edge});
     x->attachChild(d);
 
     TwoLevels levels;
     zuLODBuilder::BuildLOD(root.get(), levels.functor());
     ASSERT_EQ(levels.calls.size(), 4u);
-    EXPECT_EQ(levels.calls[0].second, "a");
-    EXPECT_EQ(levels.calls[1].second, "d");
-    EXPECT_EQ(levels.calls[2].second, "b");
-    EXPECT_EQ(levels.calls[3].second, "c");
+    for (size_t i = 0; i < 4; ++i)
+        EXPECT_EQ(levels.calls[i].second, std::string(1, "adbc"[i]));
 
     const std::pair<zuNode*, int> slots[] = {{group, 0}, {x, 0}, {group, 2}, {root, 1}};
     const zuSpatial* meshes[] = {a, d, b, c};
@@ -110,10 +94,16 @@ TEST_F(LODBuilder, EveryMeshOfASubtreeTakesALevelOfDetailNodeInItsSlot)
     EXPECT_EQ(group->getChild(3), edge.get());
     EXPECT_EQ(group->getChild(1), x.get());
 
-    // A mesh whose parent is a level-of-detail node already is not replaced again.
+    // A mesh whose parent is a level-of-detail node already is not replaced again, nor one
+    // without a parent.
     zuLODBuilder::BuildLOD(a.get(), levels.functor());
     zuLODBuilder::BuildLOD(root.get(), levels.functor());
+    zuPointer<zuTriMesh> alone = namedMesh("alone");
+    zuLODBuilder::BuildLOD(alone.get(), levels.functor());
+    zuLODBuilder::BuildLOD(static_cast<zuTriMesh*>(nullptr), levels.functor());
+    zuLODBuilder::BuildLOD(static_cast<zuNode*>(nullptr), levels.functor());
     EXPECT_EQ(levels.calls.size(), 4u);
+    EXPECT_EQ(alone->GetParent(), nullptr);
 }
 
 TEST_F(LODBuilder, EverySecondControllerMovesToTheNode)
@@ -123,7 +113,8 @@ TEST_F(LODBuilder, EverySecondControllerMovesToTheNode)
     root->attachChild(mesh);
     std::vector<zuPointer<zuTestController>> controllers;
     for (const char* name : {"a", "b", "c", "d", "e"}) {
-        controllers.push_back(controller(name));
+        controllers.push_back(new zuTestController);
+        controllers.back()->SetName(name);
         mesh->AttachController(controllers.back());
     }
 
@@ -146,17 +137,6 @@ TEST_F(LODBuilder, EverySecondControllerMovesToTheNode)
     ASSERT_EQ(levels.calls.size(), 2u);
     ASSERT_EQ(levels.calls[1].first->GetControllerQuantity(), 1);
     EXPECT_EQ(levels.calls[1].first->GetController(0)->GetObject(), levels.calls[1].first);
-}
-
-TEST_F(LODBuilder, AMeshWithoutAParentIsLeftAlone)
-{
-    zuPointer<zuTriMesh> mesh = namedMesh("alone");
-    TwoLevels levels;
-    zuLODBuilder::BuildLOD(mesh.get(), levels.functor());
-    zuLODBuilder::BuildLOD(static_cast<zuTriMesh*>(nullptr), levels.functor());
-    zuLODBuilder::BuildLOD(static_cast<zuNode*>(nullptr), levels.functor());
-    EXPECT_TRUE(levels.calls.empty());
-    EXPECT_EQ(mesh->GetParent(), nullptr);
 }
 
 } // namespace

@@ -15,6 +15,8 @@
 
 namespace zu::test {
 
+const zuStreamVersion V6_32(6, 32);
+
 // One record: the type name, the record size from 6.0 on, the identity, then the body.
 inline void appendRecord(zuBytes& out, const std::string& type, uint64_t identity, const zuBytes& body,
                          zuStreamVersion version, bool topLevel = false)
@@ -53,7 +55,7 @@ struct SpatialPart {
     float droppedFloat = 0.0f;              // up to 5.0
     std::vector<uint64_t> metadata;         // ten entries from 5.1 to 5.12
 
-    SpatialPart()
+    explicit SpatialPart(const std::string& objectName = "") : name(objectName)
     {
         identityBytes(local);
         identityBytes(world);
@@ -92,6 +94,25 @@ inline zuBytes nodeBody(const SpatialPart& part, const std::vector<uint64_t>& ch
     for (uint64_t child : children)
         body.u64(child);
     return body;
+}
+
+// The record of an object saved on its own, without the top-level marker before it.
+inline std::vector<char> recordOf(zuRttiInterface* object, zuStreamVersion version)
+{
+    const std::vector<char> saved = saveToBytes({object}, version);
+    return std::vector<char>(saved.begin() + 4 + 9, saved.end());
+}
+
+inline void appendBytes(zuBytes& out, const std::vector<char>& bytes)
+{
+    out.raw(bytes.data(), bytes.size());
+}
+
+inline int diskUsed(const zuRttiInterface* object, zuStreamVersion version)
+{
+    zuBaseStream sizer;
+    sizer.SetVersion(version);
+    return object->GetDiskUsed(sizer);
 }
 
 // Loads `bytes`; the loaded top-level objects stay alive with the stream.

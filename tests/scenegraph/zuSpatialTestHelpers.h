@@ -1,9 +1,11 @@
 #pragma once
 
 // Helpers shared by the scene-graph and culling tests: a stream over a caller's buffer,
-// the bytes of the persisted transformation, and transformations built from angles.
+// the bytes of the persisted transformation, transformations built from angles, and the
+// change marks of a spatial object.
 
 #include <zuSceneGraph/scenegraph/zuGenericTransformation.h>
+#include <zuSceneGraph/scenegraph/zuNode.h>
 #include <zuSceneGraph/stream/zuBaseStream.h>
 
 #include "support/zuTestObjects.h"
@@ -12,6 +14,8 @@
 
 #include <cmath>
 #include <cstdint>
+#include <initializer_list>
+#include <sstream>
 #include <vector>
 
 namespace zu::test {
@@ -30,7 +34,9 @@ public:
     }
 };
 
-inline uint64_t id(const void* object)
+// The identity a stream writes for an object: the address of its persistable part, which
+// some classes (the buffers) do not have at their start.
+inline uint64_t id(const zuRttiInterface* object)
 {
     return reinterpret_cast<uintptr_t>(object);
 }
@@ -74,6 +80,51 @@ inline zuGenericTransformation<float> rsTransform(const Wm4::Matrix3<float>& rot
     t.SetScale(scale);
     t.SetTranslate(translate);
     return t;
+}
+
+// Both change masks of an object: the dirty mask `dirty`, the update mask `update`.
+inline ::testing::AssertionResult hasMasks(const zuSpatial* object, uint32_t dirty, uint32_t update)
+{
+    if (object->GetDirtyMask() == dirty && object->GetUpdateMask() == update)
+        return ::testing::AssertionSuccess();
+    std::ostringstream masks;
+    masks << std::hex << "masks (dirty, update) are (0x" << object->GetDirtyMask() << ", 0x" << object->GetUpdateMask()
+          << "), not (0x" << dirty << ", 0x" << update << ")";
+    return ::testing::AssertionFailure() << masks.str();
+}
+
+// The same mark in both masks, of one object or of each of several.
+inline ::testing::AssertionResult marked(const zuSpatial* object, uint32_t mask)
+{
+    return hasMasks(object, mask, mask);
+}
+
+inline ::testing::AssertionResult marked(std::initializer_list<const zuSpatial*> objects, uint32_t mask)
+{
+    int i = 0;
+    for (const zuSpatial* object : objects) {
+        if (::testing::AssertionResult result = hasMasks(object, mask, mask); !result)
+            return result << " (object " << i << " of the list)";
+        ++i;
+    }
+    return ::testing::AssertionSuccess();
+}
+
+// Attaches the children to the node in this order.
+inline void attachAll(zuNode* node, std::initializer_list<zuSpatial*> children)
+{
+    for (zuSpatial* child : children)
+        node->attachChild(child);
+}
+
+// The child slots of a node, empty ones included.
+using Slots = std::vector<zuSpatial*>;
+inline Slots childrenOf(const zuNode* node)
+{
+    Slots children;
+    for (int i = 0; i < node->getNbChildren(); ++i)
+        children.push_back(node->getChild(i));
+    return children;
 }
 
 } // namespace zu::test

@@ -17,24 +17,10 @@
 namespace zu::test {
 namespace {
 
-const zuStreamVersion V6_32(6, 32);
-
 class SpecialNodesStream : public ::testing::Test {
 protected:
     zuTestFactories factories;
 };
-
-// The record of an object saved on its own, without the top-level marker before it.
-std::vector<char> recordOf(zuRttiInterface* object, zuStreamVersion version)
-{
-    const std::vector<char> saved = saveToBytes({object}, version);
-    return std::vector<char>(saved.begin() + 4 + 9, saved.end());
-}
-
-void appendBytes(zuBytes& out, const std::vector<char>& bytes)
-{
-    out.raw(bytes.data(), bytes.size());
-}
 
 // A frame that is not the default one: D = +y, U = +x, R = D x U = -z.
 const Vec D(0, 1, 0), U(1, 0, 0), R(0, 0, -1), LOCATION(1, 2, 3);
@@ -50,60 +36,48 @@ SpatialPart framePart(const Wm4::Matrix3<float>& rotate)
 
 TEST_F(SpecialNodesStream, OneRecordOfEachClassAt632)
 {
-    // Level of detail with an empty slot and a dummy.
     zuPointer<zuLODNode> lod = new zuLODNode;
     lod->SetName("lod");
     zuPointer<zuDummy> dummy = new zuDummy;
     dummy->SetName("hook");
     lod->attachLODChild(1, dummy);
-    SpatialPart lodPart, dummyPart;
-    lodPart.name = "lod";
-    dummyPart.name = "hook";
-    zuBytes dummyBody;
-    dummyPart.append(dummyBody, V6_32);
-    zuBytes expected;
-    appendRecord(expected, "zuCore.zuLODNode", id(lod), nodeBody(lodPart, {0, id(dummy)}, V6_32), V6_32, true);
-    appendRecord(expected, "zuCore.zuDummy", id(dummy), dummyBody, V6_32);
-    EXPECT_EQ(saveToBytes({lod}, V6_32), expected.bytes());
-
-    // Light node: the node part with the light's frame, then the light's reference.
     zuPointer<zuLight> light = new zuLight;
     light->SetFrame(LOCATION, D, U, R);
-    zuPointer<zuLightNode> lightNode = new zuLightNode(light);
-    zuBytes body = nodeBody(framePart(Wm4::Matrix3<float>(D, U, R, true)), {}, V6_32);
-    body.u64(id(light));
-    expected = zuBytes();
-    appendRecord(expected, "zuCore.zuLightNode", id(lightNode), body, V6_32, true);
-    appendBytes(expected, recordOf(light, V6_32));
-    EXPECT_EQ(saveToBytes({lightNode}, V6_32), expected.bytes());
-
-    // Camera node: the camera's reference, then the convention.
     zuPointer<zuCamera> camera = new zuCamera;
     camera->SetFrame(LOCATION, D, U, R);
+    zuPointer<zuLightNode> lightNode = new zuLightNode(light);
     zuPointer<zuCameraNode> cameraNode = new zuCameraNode(camera, zuCameraNode::FACING_ALONG_NEGATIVE_Z);
-    body = nodeBody(framePart(Wm4::Matrix3<float>(R, U, -D, true)), {}, V6_32);
-    body.u64(id(camera)).i32(1);
-    expected = zuBytes();
-    appendRecord(expected, "zuCore.zuCameraNode", id(cameraNode), body, V6_32, true);
-    appendBytes(expected, recordOf(camera, V6_32));
-    EXPECT_EQ(saveToBytes({cameraNode}, V6_32), expected.bytes());
-
-    // Billboard: the camera's reference.
     zuPointer<zuBillboardNode> billboard = new zuBillboardNode(camera);
-    body = nodeBody(SpatialPart(), {}, V6_32);
-    body.u64(id(camera));
-    expected = zuBytes();
-    appendRecord(expected, "zuCore.zuBillboardNode", id(billboard), body, V6_32, true);
-    appendBytes(expected, recordOf(camera, V6_32));
-    EXPECT_EQ(saveToBytes({billboard}, V6_32), expected.bytes());
-
-    // External reference: the string.
     zuPointer<zuXRefNode> xref = new zuXRefNode("parts/bolt.mvk");
-    body = nodeBody(SpatialPart(), {}, V6_32);
-    body.str("parts/bolt.mvk");
-    expected = zuBytes();
-    appendRecord(expected, "zuCore.zuXRefNode", id(xref), body, V6_32, true);
-    EXPECT_EQ(saveToBytes({xref}, V6_32), expected.bytes());
+
+    // Each class's fields after the node part, and the records that follow its own.
+    zuBytes dummyBody;
+    SpatialPart("hook").append(dummyBody, V6_32);
+    zuBytes dummyRecord;
+    appendRecord(dummyRecord, "zuCore.zuDummy", id(dummy), dummyBody, V6_32);
+    const std::vector<char> cameraRecord = recordOf(camera, V6_32);
+    struct Case {
+        zuRttiInterface* object;
+        zuBytes body;
+        std::vector<char> after;
+    };
+    Case cases[] = {
+        {lod, nodeBody(SpatialPart("lod"), {0, id(dummy)}, V6_32), dummyRecord.bytes()},
+        // The light and camera nodes take their local frame from the light or camera.
+        {lightNode, nodeBody(framePart(Wm4::Matrix3<float>(D, U, R, true)), {}, V6_32).u64(id(light)),
+         recordOf(light, V6_32)},
+        {cameraNode, nodeBody(framePart(Wm4::Matrix3<float>(R, U, -D, true)), {}, V6_32).u64(id(camera)).i32(1),
+         cameraRecord},
+        {billboard, nodeBody(SpatialPart(), {}, V6_32).u64(id(camera)), cameraRecord},
+        {xref, nodeBody(SpatialPart(), {}, V6_32).str("parts/bolt.mvk"), {}},
+    };
+    for (Case& c : cases) {
+        const std::string type = c.object->GetType().GetName();
+        zuBytes expected;
+        appendRecord(expected, type, id(c.object), c.body, V6_32, true);
+        appendBytes(expected, c.after);
+        EXPECT_EQ(saveToBytes({c.object}, V6_32), expected.bytes()) << type;
+    }
 }
 
 TEST_F(SpecialNodesStream, TheCameraConventionIsWrittenFromVersion514)
@@ -114,8 +88,7 @@ TEST_F(SpecialNodesStream, TheCameraConventionIsWrittenFromVersion514)
     for (const zuStreamVersion version : {zuStreamVersion(5, 13), zuStreamVersion(5, 14)}) {
         SCOPED_TRACE(version.GetMinor());
         const bool gated = version >= zuStreamVersion(5, 14);
-        zuBytes body = nodeBody(framePart(Wm4::Matrix3<float>(R, U, -D, true)), {}, version);
-        body.u64(id(camera));
+        zuBytes body = nodeBody(framePart(Wm4::Matrix3<float>(R, U, -D, true)), {}, version).u64(id(camera));
         if (gated)
             body.i32(1);
         zuBytes expected;
@@ -128,9 +101,8 @@ TEST_F(SpecialNodesStream, TheCameraConventionIsWrittenFromVersion514)
         Loaded loaded(saved, version);
         ASSERT_TRUE(loaded.ok);
         auto* copy = loaded.top<zuCameraNode>(0);
-        ASSERT_NE(copy, nullptr);
+        ASSERT_TRUE(copy && copy->GetCamera());
         EXPECT_EQ(copy->GetFacingConvention(), gated ? zuCameraNode::FACING_ALONG_NEGATIVE_Z : zuCameraNode::FACING_ALONG_X);
-        ASSERT_NE(copy->GetCamera(), nullptr);
         EXPECT_TRUE(copy->GetCamera()->Equals(camera));
         EXPECT_TRUE(copy->GetLocalTransform().Equals(node->GetLocalTransform()));
     }
@@ -140,98 +112,62 @@ TEST_F(SpecialNodesStream, BelowVersion66TheLevelListIsReadAndDropped)
 {
     const zuStreamVersion v60(6, 0);
     zuPointer<zuLODNode> lod = new zuLODNode;
-    zuBytes body = nodeBody(SpatialPart(), {}, v60);
-    body.i32(0);
     zuBytes expected;
-    appendRecord(expected, "zuCore.zuLODNode", id(lod), body, v60, true);
+    appendRecord(expected, "zuCore.zuLODNode", id(lod), nodeBody(SpatialPart(), {}, v60).i32(0), v60, true);
     EXPECT_EQ(saveToBytes({lod}, v60), expected.bytes());
     // From 6.6 on the record is a plain node's (with a type name 3 characters longer).
     zuPointer<zuNode> plain = new zuNode;
-    zuBaseStream at60, at66;
-    at60.SetVersion(v60);
-    at66.SetVersion(zuStreamVersion(6, 6));
-    EXPECT_EQ(lod->GetDiskUsed(at60), plain->GetDiskUsed(at60) + 3 + 4);
-    EXPECT_EQ(lod->GetDiskUsed(at66), plain->GetDiskUsed(at66) + 3);
+    EXPECT_EQ(diskUsed(lod, v60), diskUsed(plain, v60) + 3 + 4);
+    EXPECT_EQ(diskUsed(lod, zuStreamVersion(6, 6)), diskUsed(plain, zuStreamVersion(6, 6)) + 3);
 
-    // A list of three values between the children and the next record.
-    const auto lodWithList = [&](int count, const std::vector<uint32_t>& values) {
-        zuBytes lodBody = nodeBody(SpatialPart(), {0xD0}, v60);
-        lodBody.i32(count);
-        for (uint32_t value : values)
-            lodBody.raw(&value, 4);
-        SpatialPart hook;
-        hook.name = "hook";
+    // A list of three values between the children and the next record; a count the record
+    // cannot hold fails the load without reading past it.
+    for (int count : {3, 1 << 30, -1, 4}) {
+        zuBytes lodBody = nodeBody(SpatialPart(), {0xD0}, v60).i32(count).i32(7).i32(8).i32(9);
         zuBytes dummyBody;
-        hook.append(dummyBody, v60);
+        SpatialPart("hook").append(dummyBody, v60);
         zuBytes bytes;
         appendRecord(bytes, "zuCore.zuLODNode", 0xC0, lodBody, v60, true);
         appendRecord(bytes, "zuCore.zuDummy", 0xD0, dummyBody, v60);
-        return bytes.bytes();
-    };
-    Loaded loaded(lodWithList(3, {7, 8, 9}), v60);
-    ASSERT_TRUE(loaded.ok);
-    auto* copy = loaded.top<zuLODNode>(0);
-    ASSERT_NE(copy, nullptr);
-    ASSERT_EQ(copy->getNbChildren(), 1);
-    ASSERT_NE(copy->getChild(0), nullptr);
-    EXPECT_EQ(copy->getChild(0)->GetName(), "hook");
-    EXPECT_EQ(copy->getChild(0)->GetParent(), copy);
-
-    // A count the record cannot hold fails the load without reading past it.
-    for (int count : {1 << 30, -1, 4}) {
-        Loaded bad(lodWithList(count, {7, 8, 9}), v60);
-        EXPECT_FALSE(bad.ok) << count;
+        Loaded loaded(bytes.bytes(), v60);
+        ASSERT_EQ(loaded.ok, count == 3) << count;
+        if (count != 3)
+            continue;
+        auto* copy = loaded.top<zuLODNode>(0);
+        ASSERT_TRUE(copy && copy->getNbChildren() == 1 && copy->getChild(0));
+        EXPECT_EQ(copy->getChild(0)->GetName(), "hook");
+        EXPECT_EQ(copy->getChild(0)->GetParent(), copy);
     }
 }
 
 TEST_F(SpecialNodesStream, AMixedTreeOfSpecialNodesRoundTrips)
 {
     zuPointer<zuNode> root = new zuNode;
-    zuPointer<zuLODNode> lod = new zuLODNode;
-    zuPointer<zuDummy> fine = new zuDummy, coarse = new zuDummy;
     zuPointer<zuLight> light = new zuLight;
     light->SetFrame(LOCATION, D, U, R);
     light->SetLightType(zuLight::LT_SPOT);
     zuPointer<zuCamera> camera = new zuCamera;
     zuPointer<zuLightNode> lightNode = new zuLightNode(light);
-    zuPointer<zuCameraNode> cameraNode = new zuCameraNode(camera, zuCameraNode::FACING_ALONG_NEGATIVE_Z);
-    zuPointer<zuBillboardNode> billboard = new zuBillboardNode(camera);
-    zuPointer<zuXRefNode> xref = new zuXRefNode("library/valve.mvk");
-    lod->attachLODChild(0, fine);
-    lod->attachLODChild(2, coarse);
-    for (zuSpatial* child : std::initializer_list<zuSpatial*>{lod, lightNode, cameraNode, billboard, xref})
-        root->attachChild(child);
+    attachAll(root, {lightNode, new zuCameraNode(camera, zuCameraNode::FACING_ALONG_NEGATIVE_Z),
+                     new zuBillboardNode(camera), new zuXRefNode("library/valve.mvk")});
     root->UpdateGS();
 
     Loaded loaded(saveToBytes({root}, V6_32), V6_32);
     ASSERT_TRUE(loaded.ok);
     zuNode* copy = loaded.top<zuNode>(0);
-    ASSERT_NE(copy, nullptr);
-    ASSERT_EQ(copy->getNbChildren(), 5);
-    const auto childAs = [&](int i, const zuRtti& type) {
-        zuSpatial* child = copy->getChild(i);
-        EXPECT_TRUE(child && child->IsExactly(type)) << "slot " << i;
-        return child;
-    };
-    auto* lodCopy = static_cast<zuLODNode*>(childAs(0, zuLODNode::TYPE));
-    auto* lightCopy = static_cast<zuLightNode*>(childAs(1, zuLightNode::TYPE));
-    auto* cameraCopy = static_cast<zuCameraNode*>(childAs(2, zuCameraNode::TYPE));
-    auto* billboardCopy = static_cast<zuBillboardNode*>(childAs(3, zuBillboardNode::TYPE));
-    auto* xrefCopy = static_cast<zuXRefNode*>(childAs(4, zuXRefNode::TYPE));
-    ASSERT_TRUE(lodCopy && lightCopy && cameraCopy && billboardCopy && xrefCopy);
-
-    ASSERT_EQ(lodCopy->getNbChildren(), 3);
-    EXPECT_TRUE(lodCopy->getChild(0) && lodCopy->getChild(0)->IsExactly(zuDummy::TYPE));
-    EXPECT_EQ(lodCopy->getChild(1), nullptr);
-    EXPECT_TRUE(lodCopy->getChild(2) != nullptr);
+    ASSERT_TRUE(copy && copy->getNbChildren() == 4);
+    for (int i = 0; i < 4; ++i)
+        ASSERT_TRUE(copy->getChild(i) && copy->getChild(i)->IsExactly(root->getChild(i)->GetType())) << i;
+    auto* lightCopy = static_cast<zuLightNode*>(copy->getChild(0));
+    auto* cameraCopy = static_cast<zuCameraNode*>(copy->getChild(1));
     ASSERT_NE(lightCopy->GetLight(), nullptr);
     EXPECT_TRUE(lightCopy->GetLight()->Equals(light));
     EXPECT_TRUE(lightCopy->Equals(lightNode));
     EXPECT_EQ(cameraCopy->GetFacingConvention(), zuCameraNode::FACING_ALONG_NEGATIVE_Z);
     ASSERT_NE(cameraCopy->GetCamera(), nullptr);
-    EXPECT_EQ(billboardCopy->GetCamera(), cameraCopy->GetCamera()) << "one camera, shared as it was";
-    EXPECT_EQ(xrefCopy->GetReference(), "library/valve.mvk");
-
+    EXPECT_EQ(static_cast<zuBillboardNode*>(copy->getChild(2))->GetCamera(), cameraCopy->GetCamera())
+        << "one camera, shared as it was";
+    EXPECT_EQ(static_cast<zuXRefNode*>(copy->getChild(3))->GetReference(), "library/valve.mvk");
     // The loaded light node drives its light as the original did.
     copy->UpdateGS();
     EXPECT_TRUE(lightCopy->GetLight()->Equals(light));
@@ -243,29 +179,21 @@ TEST_F(SpecialNodesStream, AReferenceOfTheWrongKindLeavesTheNodeWithout)
     zuPointer<zuLight> light = new zuLight;
     zuPointer<zuCamera> camera = new zuCamera;
     zuBytes bytes;
-    zuBytes lightNodeBody = nodeBody(SpatialPart(), {}, V6_32);
-    lightNodeBody.u64(id(camera));
-    appendRecord(bytes, "zuCore.zuLightNode", 0x10, lightNodeBody, V6_32, true);
-    zuBytes cameraNodeBody = nodeBody(SpatialPart(), {}, V6_32);
-    cameraNodeBody.u64(id(light)).i32(0);
-    appendRecord(bytes, "zuCore.zuCameraNode", 0x20, cameraNodeBody, V6_32, true);
-    zuBytes billboardBody = nodeBody(SpatialPart(), {}, V6_32);
-    billboardBody.u64(id(light));
-    appendRecord(bytes, "zuCore.zuBillboardNode", 0x30, billboardBody, V6_32, true);
+    appendRecord(bytes, "zuCore.zuLightNode", 0x10, nodeBody(SpatialPart(), {}, V6_32).u64(id(camera)), V6_32, true);
+    appendRecord(bytes, "zuCore.zuCameraNode", 0x20, nodeBody(SpatialPart(), {}, V6_32).u64(id(light)).i32(0), V6_32,
+                 true);
+    appendRecord(bytes, "zuCore.zuBillboardNode", 0x30, nodeBody(SpatialPart(), {}, V6_32).u64(id(light)), V6_32, true);
     appendBytes(bytes, recordOf(camera, V6_32));
     appendBytes(bytes, recordOf(light, V6_32));
 
     Loaded loaded(bytes.bytes(), V6_32);
     ASSERT_TRUE(loaded.ok);
-    ASSERT_NE(loaded.top<zuLightNode>(0), nullptr);
+    ASSERT_TRUE(loaded.top<zuLightNode>(0) && loaded.top<zuCameraNode>(1) && loaded.top<zuBillboardNode>(2));
     EXPECT_EQ(loaded.top<zuLightNode>(0)->GetLight(), nullptr);
-    ASSERT_NE(loaded.top<zuCameraNode>(1), nullptr);
     EXPECT_EQ(loaded.top<zuCameraNode>(1)->GetCamera(), nullptr);
-    ASSERT_NE(loaded.top<zuBillboardNode>(2), nullptr);
     EXPECT_EQ(loaded.top<zuBillboardNode>(2)->GetCamera(), nullptr);
-    loaded.top<zuNode>(0)->UpdateGS();
-    loaded.top<zuNode>(1)->UpdateGS();
-    loaded.top<zuNode>(2)->UpdateGS();
+    for (int i = 0; i < 3; ++i)
+        loaded.top<zuNode>(i)->UpdateGS();
 }
 
 } // namespace
