@@ -124,61 +124,6 @@ protected:
     std::vector<zuPointer<zuObject>> originals;
 };
 
-TEST_F(ResourceBuffersLazyLoad, EveryBufferStaysOnDiskWithItsPlaceRecordedAndComesBack)
-{
-    std::vector<zuPointer<zuObject>> loaded = loadLazily(path);
-    ASSERT_EQ(loaded.size(), originals.size());
-
-    uint64_t previousOffset = 0;
-    for (size_t i = 0; i < loaded.size(); ++i) {
-        SCOPED_TRACE(i);
-        ASSERT_TRUE(loaded[i]->IsExactly(originals[i]->GetType()));
-        zuDynamicLoadingResource* resource = resourceOf(loaded[i]);
-        ASSERT_NE(resource, nullptr);
-        EXPECT_FALSE(resource->isCPUResident());
-        EXPECT_EQ(resource->getResourceFilePath(), path);
-        EXPECT_EQ(resource->getStreamVersion(), zuStreamVersion(6, 32));
-        EXPECT_GT(resource->getStreamOffset(), previousOffset);
-        previousOffset = resource->getStreamOffset();
-
-        // The recorded offset is where the data lies in the file: the vertices, or the
-        // packed width and first index (raw 16-bit indices).
-        if (loaded[i]->IsExactly(zuVertexBuffer::TYPE)) {
-            const auto* original = static_cast<const zuVertexBuffer*>(originals[i].get());
-            EXPECT_EQ(readFileBytes(path, resource->getStreamOffset(), resource->getCPUSize()),
-                      std::vector<char>(original->GetData(), original->GetData() + original->GetDataSize()));
-        } else {
-            const auto* original = static_cast<const zuIndexBuffer*>(originals[i].get());
-            const std::vector<char> head = readFileBytes(path, resource->getStreamOffset(), 5);
-            ASSERT_EQ(head.size(), 5u);
-            if (const unsigned int* indices = original->GetIndices32()) {
-                EXPECT_EQ(head[0], zuIndexBuffer::PackedDeltaWidth(original->GetIndexQuantity(), indices));
-                EXPECT_EQ(std::memcmp(head.data() + 1, indices, 4), 0);
-            } else {
-                EXPECT_EQ(std::memcmp(head.data(), original->GetIndices16(), 4), 0);
-            }
-        }
-    }
-
-    // Saving them writes their data, bringing each in for the write and dropping it again;
-    // they then refer to the new file, and come back from it.
-    std::vector<zuRttiInterface*> objects(loaded.begin(), loaded.end());
-    const std::string copy = dir.file("copy.mvk");
-    ASSERT_TRUE(saveResources(copy, objects));
-    for (size_t i = 0; i < loaded.size(); ++i) {
-        zuDynamicLoadingResource* resource = resourceOf(loaded[i]);
-        ASSERT_FALSE(resource->isCPUResident()) << i;
-        ASSERT_EQ(resource->getResourceFilePath(), copy) << i;
-        ASSERT_TRUE(zuRendererInterface::LoadCPUData(resource)) << i;
-        ASSERT_TRUE(loaded[i]->Equals(originals[i])) << i;
-    }
-    zuDynamicLoadingResource::ClearLoadingPolicies();
-    std::vector<zuPointer<zuObject>> again = loadObjects(copy);
-    ASSERT_EQ(again.size(), originals.size());
-    for (size_t i = 0; i < again.size(); ++i)
-        ASSERT_TRUE(again[i]->Equals(originals[i])) << i;
-}
-
 // Counts the bytes read and the seeks past the start; can refuse those seeks.
 class SeekCountingDevice : public zuDelegateIoDevice {
 public:
@@ -208,44 +153,85 @@ private:
     bool mRefuse;
 };
 
-TEST_F(ResourceBuffersLazyLoad, SmallBlocksSeekOverTheBlocksLeftOnDiskAndShareOnePath)
+// A load with 64-byte blocks (every vertex block, 128 to 384 bytes, runs past the window)
+// seeks over the blocks it leaves on disk, and records where each lies in the file.
+TEST_F(ResourceBuffersLazyLoad, EveryBufferStaysOnDiskWithItsPlaceRecordedAndComesBack)
 {
-    const std::vector<zuPointer<zuObject>> reference = loadLazily(path);
-    ASSERT_EQ(reference.size(), originals.size());
+    zuDynamicLoadingResource::SetLoadPolicy(zuVertexBuffer::TYPE, false);
+    zuDynamicLoadingResource::SetLoadPolicy(zuIndexBuffer::TYPE, false);
+    std::vector<zuPointer<zuObject>> loaded;
+    {
+        zuFileStream stream(64);
+        zuFileIoDevice file(path, zuFileIoDevice::ReadOnly);
+        SeekCountingDevice device(&file, false);
+        ASSERT_TRUE(stream.Load(device, path));
+        EXPECT_GT(device.skips, 0);
+        EXPECT_LT(device.bytesRead, static_cast<int64_t>(std::filesystem::file_size(path)));
+        for (int i = 0; i < stream.GetObjectCount(); ++i)
+            loaded.emplace_back(static_cast<zuObject*>(stream.GetObjectAt(i)));
+    }
+    ASSERT_EQ(loaded.size(), originals.size());
 
-    // 64-byte blocks: every vertex block (128 to 384 bytes) runs past the window.
-    zuFileStream stream(64);
-    zuFileIoDevice file(path, zuFileIoDevice::ReadOnly);
-    SeekCountingDevice device(&file, false);
-    ASSERT_TRUE(stream.Load(device, path));
-    ASSERT_EQ(stream.GetObjectCount(), static_cast<int>(originals.size()));
-    EXPECT_GT(device.skips, 0);
-    EXPECT_LT(device.bytesRead, static_cast<int64_t>(std::filesystem::file_size(path)));
-
-    const std::string* shared = nullptr;
-    for (int i = 0; i < stream.GetObjectCount(); ++i) {
+    uint64_t previousOffset = 0;
+    const std::string* sharedPath = nullptr;
+    for (size_t i = 0; i < loaded.size(); ++i) {
         SCOPED_TRACE(i);
-        zuObject* object = static_cast<zuObject*>(stream.GetObjectAt(i));
-        ASSERT_TRUE(object->IsExactly(originals[i]->GetType()));
-        zuDynamicLoadingResource* resource = resourceOf(object);
+        ASSERT_TRUE(loaded[i]->IsExactly(originals[i]->GetType()));
+        zuDynamicLoadingResource* resource = resourceOf(loaded[i]);
         EXPECT_FALSE(resource->isCPUResident());
-        // The offsets the seeking load records are those of the load that reads through.
-        EXPECT_EQ(resource->getStreamOffset(), resourceOf(reference[i])->getStreamOffset());
         EXPECT_EQ(resource->getResourceFilePath(), path);
-        if (!shared)
-            shared = &resource->getResourceFilePath();
-        EXPECT_EQ(&resource->getResourceFilePath(), shared);
-        ASSERT_TRUE(zuRendererInterface::LoadCPUData(resource));
-        EXPECT_TRUE(object->Equals(originals[i]));
+        // One path string for the whole load.
+        if (!sharedPath)
+            sharedPath = &resource->getResourceFilePath();
+        EXPECT_EQ(&resource->getResourceFilePath(), sharedPath);
+        EXPECT_EQ(resource->getStreamVersion(), zuStreamVersion(6, 32));
+        EXPECT_GT(resource->getStreamOffset(), previousOffset);
+        previousOffset = resource->getStreamOffset();
+
+        // The recorded offset is where the data lies in the file: the vertices, or the
+        // packed width and first index (raw 16-bit indices).
+        if (loaded[i]->IsExactly(zuVertexBuffer::TYPE)) {
+            const auto* original = static_cast<const zuVertexBuffer*>(originals[i].get());
+            EXPECT_EQ(readFileBytes(path, resource->getStreamOffset(), resource->getCPUSize()),
+                      std::vector<char>(original->GetData(), original->GetData() + original->GetDataSize()));
+        } else {
+            const auto* original = static_cast<const zuIndexBuffer*>(originals[i].get());
+            const std::vector<char> head = readFileBytes(path, resource->getStreamOffset(), 5);
+            ASSERT_EQ(head.size(), 5u);
+            if (const unsigned int* indices = original->GetIndices32()) {
+                EXPECT_EQ(head[0], zuIndexBuffer::PackedDeltaWidth(original->GetIndexQuantity(), indices));
+                EXPECT_EQ(std::memcmp(head.data() + 1, indices, 4), 0);
+            } else {
+                EXPECT_EQ(std::memcmp(head.data(), original->GetIndices16(), 4), 0);
+            }
+        }
     }
 
+    // Saving them writes their data, bringing each in for the write and dropping it again;
+    // they then refer to the new file, and come back from it.
+    std::vector<zuRttiInterface*> objects(loaded.begin(), loaded.end());
+    const std::string copy = dir.file("copy.mvk");
+    ASSERT_TRUE(saveResources(copy, objects));
     // A device that cannot seek fails the load at the first block left on disk.
     zuFileStream refused(64);
-    zuFileIoDevice again(path, zuFileIoDevice::ReadOnly);
-    SeekCountingDevice noSeek(&again, true);
+    zuFileIoDevice file(path, zuFileIoDevice::ReadOnly);
+    SeekCountingDevice noSeek(&file, true);
     EXPECT_FALSE(refused.Load(noSeek, path));
     EXPECT_EQ(noSeek.skips, 1);
     EXPECT_TRUE(refused.isStreamError());
+
+    for (size_t i = 0; i < loaded.size(); ++i) {
+        zuDynamicLoadingResource* resource = resourceOf(loaded[i]);
+        ASSERT_FALSE(resource->isCPUResident()) << i;
+        ASSERT_EQ(resource->getResourceFilePath(), copy) << i;
+        ASSERT_TRUE(zuRendererInterface::LoadCPUData(resource)) << i;
+        ASSERT_TRUE(loaded[i]->Equals(originals[i])) << i;
+    }
+    zuDynamicLoadingResource::ClearLoadingPolicies();
+    std::vector<zuPointer<zuObject>> again = loadObjects(copy);
+    ASSERT_EQ(again.size(), originals.size());
+    for (size_t i = 0; i < again.size(); ++i)
+        ASSERT_TRUE(again[i]->Equals(originals[i])) << i;
 }
 
 TEST_F(ResourceBuffersLazyLoad, TheControllerLoadsThemOnTwoWorkersAndFinalisesOnThisThread)

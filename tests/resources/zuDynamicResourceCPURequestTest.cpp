@@ -5,6 +5,7 @@
 
 #include <zuSceneGraph/resources/zuDynamicResourceCPUDeleteRequest.h>
 #include <zuSceneGraph/resources/zuDynamicResourceCPULoadRequest.h>
+#include <zuSceneGraph/resources/zuIndexBuffer.h>
 #include <zuSceneGraph/resources/zuRendererInterface.h>
 
 #include <gtest/gtest.h>
@@ -154,39 +155,48 @@ TEST_F(ResourceCPURequest, LoadIsNotHandedToAResourceOfAnotherSize)
     request->finalizeDynamicResourceRequest(nullptr, true, false);
 }
 
-TEST_F(ResourceCPURequest, LoadDecodesPackedBlocksThroughTheHandler)
+// The index buffer's handler reads its data in the file's form: 32-bit indices of a 6.32
+// stream packed as a width byte, the first index and the differences; 16-bit indices of a
+// stream before 5.2 widened to ints. The files are written by hand, the data at offset 10.
+TEST_F(ResourceCPURequest, LoadDecodesIndicesThroughTheIndexBufferHandler)
 {
-    // 5 values of 32 bits stored as the first value and 4 one-byte differences, at offset 10.
-    const int32_t values[] = {1000, 1001, 999, 1126, 998};
-    std::vector<char> file(10, 'x');
-    file.push_back(1);
-    file.insert(file.end(), reinterpret_cast<const char*>(&values[0]), reinterpret_cast<const char*>(&values[0]) + 4);
+    const std::string indexPath = dir.file("indices.bin");
+    auto loadFrom = [&](const std::vector<char>& data, zuIndexBuffer* buffer, zuStreamVersion version) {
+        std::vector<char> file = data;
+        file.insert(file.begin(), 10, 'x');
+        writeFileBytes(indexPath, file);
+        zuPositionedStream stream(indexPath, 10, version);
+        buffer->storeStreamInfo(&stream);
+        EXPECT_TRUE(zuRendererInterface::DeleteCPUData(buffer, false));
+        std::unique_ptr<LoadRequest> request = loadRequest(buffer);
+        request->execute(nullptr);
+        request->finalizeDynamicResourceRequest(buffer, true, false);
+        return request->getStatus();
+    };
+    zuPointer<zuIndexBuffer> packed = new zuIndexBuffer(5, zuIndexBuffer::INDEX_32);
+    zuBytes deltas = zuBytes().u8(1).i32(1000);
     for (signed char delta : {1, -2, 127, -128})
-        file.push_back(static_cast<char>(delta));
-    const std::string packedPath = dir.file("packed.bin");
-    writeFileBytes(packedPath, file);
+        deltas.u8(static_cast<uint8_t>(delta));
+    ASSERT_EQ(LoadRequest::STATUS_DONE, loadFrom(deltas.bytes(), packed, {6, 32}));
+    const unsigned int values[] = {1000, 1001, 999, 1126, 998};
+    ASSERT_TRUE(packed->isCPUResident());
+    EXPECT_EQ(0, std::memcmp(values, packed->GetIndices32(), sizeof values));
 
-    zuPointer<zuTestBlockResource> packed = new zuTestBlockResource(20, 0);
-    zuPositionedStream stream(packedPath, 10, zuStreamVersion(6, 32));
-    packed->storeStreamInfo(&stream);
-    packed->SetPackedInFile(true);
-    ASSERT_TRUE(zuRendererInterface::DeleteCPUData(packed, false));
-    ASSERT_TRUE(zuRendererInterface::LoadCPUData(packed));
-    EXPECT_EQ(0, std::memcmp(values, packed->GetData(), sizeof values));
+    zuPointer<zuIndexBuffer> widened = new zuIndexBuffer(3, zuIndexBuffer::INDEX_16);
+    ASSERT_EQ(LoadRequest::STATUS_DONE, loadFrom(ints({65535, 0, 7}).bytes(), widened, {5, 1}));
+    const unsigned short shorts[] = {65535, 0, 7};
+    ASSERT_TRUE(widened->isCPUResident());
+    EXPECT_EQ(0, std::memcmp(shorts, widened->GetIndices16(), sizeof shorts));
 
     // An unknown width is invalid data; so is a packed run cut short.
-    ASSERT_TRUE(zuRendererInterface::DeleteCPUData(packed, false));
-    file[10] = 2;
-    writeFileBytes(packedPath, file);
-    std::unique_ptr<LoadRequest> request = loadRequest(packed);
-    request->execute(nullptr);
-    EXPECT_EQ(LoadRequest::STATUS_IO_ERROR, request->getStatus());
-    file[10] = 1;
-    file.pop_back();
-    writeFileBytes(packedPath, file);
-    request = loadRequest(packed);
-    request->execute(nullptr);
-    EXPECT_EQ(LoadRequest::STATUS_IO_ERROR, request->getStatus());
+    std::vector<char> bad = deltas.bytes();
+    bad[0] = 3;
+    EXPECT_EQ(LoadRequest::STATUS_IO_ERROR, loadFrom(bad, packed, {6, 32}));
+    EXPECT_FALSE(packed->isCPUResident());
+    bad = deltas.bytes();
+    bad.pop_back();
+    EXPECT_EQ(LoadRequest::STATUS_IO_ERROR, loadFrom(bad, packed, {6, 32}));
+    EXPECT_FALSE(packed->isCPUResident());
 }
 
 TEST_F(ResourceCPURequest, DeleteOfABlockWithoutAFileNeedsForce)

@@ -349,24 +349,6 @@ TEST_F(ResourceController, RefusedRequestsLeaveTheResourceAsItWas)
     EXPECT_TRUE(controller.isIdle());
 }
 
-TEST_F(ResourceController, DeleteRequestsDropOnlyBlocksThatCanComeBack)
-{
-    std::vector<zuPointer<zuTestBlockResource>> resources = resourcesOnDisk(1, [](int) { return 40; });
-    ASSERT_TRUE(zuRendererInterface::LoadCPUData(resources[0]));
-    zuPointer<zuTestBlockResource> memoryOnly = new zuTestBlockResource(40, 5);
-    Controller controller(2);
-    ASSERT_TRUE(controller.start());
-    ASSERT_NE(0u, controller.requestCPUDelete(resources[0]));
-    ASSERT_NE(0u, controller.requestCPUDelete(memoryOnly));
-    ASSERT_TRUE(finalizeUntilIdle(controller));
-    EXPECT_FALSE(resources[0]->isCPUResident());
-    EXPECT_TRUE(memoryOnly->HasPattern(5));
-    // And back again.
-    ASSERT_NE(0u, controller.requestCPULoad(resources[0]));
-    ASSERT_TRUE(finalizeUntilIdle(controller));
-    EXPECT_TRUE(resources[0]->HasPattern(0));
-}
-
 TEST_F(ResourceController, StopAndDestructionCancelWhatIsLeft)
 {
     std::vector<zuPointer<zuTestBlockResource>> resources = resourcesOnDisk(20, [](int i) { return 100 + i; });
