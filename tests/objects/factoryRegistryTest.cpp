@@ -27,6 +27,7 @@ protected:
         mOwnsRegistry = true;
         zuRttiInterface::DestroyFactoryMap();
     }
+    // A started library keeps its registry.
     void TearDown() override
     {
         if (mOwnsRegistry)
@@ -36,7 +37,7 @@ protected:
     bool mOwnsRegistry = false;
 };
 
-TEST_F(FactoryRegistry, TheMapIsCreatedOnceAndDestroyedWithItsEntries)
+TEST_F(FactoryRegistry, TheMapIsCreatedOnceAndANameKeepsItsFirstFactoryUntilUnregistered)
 {
     EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.Probe"), nullptr);
     EXPECT_TRUE(zuRttiInterface::GetFactoryNames().empty());
@@ -49,11 +50,8 @@ TEST_F(FactoryRegistry, TheMapIsCreatedOnceAndDestroyedWithItsEntries)
     EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.Probe"), nullptr);
     EXPECT_TRUE(zuRttiInterface::CreateFactoryMap());
     EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.Probe"), nullptr);
-}
 
-TEST_F(FactoryRegistry, ANameKeepsItsFirstFactory)
-{
-    ASSERT_TRUE(zuRttiInterface::CreateFactoryMap());
+    // A name keeps its first factory.
     EXPECT_TRUE(zuRttiInterface::RegisterFactoryFunction("zuTest.Probe", firstFactory));
     EXPECT_FALSE(zuRttiInterface::RegisterFactoryFunction("zuTest.Probe", secondFactory));
     EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.Probe"), firstFactory);

@@ -52,9 +52,14 @@ TEST(zuNamedObjectTest, AControllerPointsAtTheObjectItControlsOnlyWhileAttached)
     EXPECT_EQ(kept->GetObject(), nullptr);
     EXPECT_EQ(kept->GetReferences(), 1);
 
-    // A controller carries no controllers of its own through AttachController.
+    // A controller carries no controllers of its own.
     EXPECT_FALSE(kept->AttachController(other));
+    kept->SetControllerQuantity(3);
+    kept->SetController(0, other);
     EXPECT_EQ(kept->GetControllerQuantity(), 0);
+    EXPECT_EQ(kept->GetController(0), nullptr);
+    EXPECT_EQ(other->GetObject(), nullptr);
+    EXPECT_EQ(other->GetReferences(), 1);
 }
 
 TEST(zuNamedObjectTest, UnnamedObjectsIgnoreNamesAndControllers)

@@ -191,10 +191,8 @@ TEST(zuObjectTest, LookUpsVisitTheObjectThenItsControllersInSlotOrder)
     ControlledNode graph("twin", "twin");
     EXPECT_EQ(graph.node->GetObjectByName("node"), graph.node);
     EXPECT_EQ(graph.node->GetObjectByName("twin"), graph.first);
-    EXPECT_EQ(graph.node->GetObjectByName("twi"), nullptr);
-    EXPECT_EQ(graph.node->GetObjectByName("twins"), nullptr);
-    EXPECT_EQ(graph.node->GetObjectByName(""), nullptr);
-
+    for (const char* other : {"twi", "twins", ""})
+        EXPECT_EQ(graph.node->GetObjectByName(other), nullptr) << other;
     EXPECT_EQ(graph.node->GetObjectByID(graph.node->GetID()), graph.node);
     EXPECT_EQ(graph.node->GetObjectByID(graph.second->GetID()), graph.second);
     EXPECT_EQ(graph.node->GetObjectByID(zuObject::GetNextID()), nullptr);
@@ -205,23 +203,17 @@ TEST(zuObjectTest, LookUpsVisitTheObjectThenItsControllersInSlotOrder)
     EXPECT_EQ(unnamed.GetObjectByName(""), &unnamed);
     ControlledNode emptyInside("a", "");
     EXPECT_EQ(emptyInside.node->GetObjectByName(""), emptyInside.second);
-}
 
-TEST(zuObjectTest, GetAllObjectsByNameListsTheObjectBeforeItsControllersAndAppends)
-{
-    ControlledNode graph("same", "same");
-    graph.node->SetName("same");
+    // GetAllObjectsByName lists the object before its controllers, and appends.
+    graph.node->SetName("twin");
     std::vector<zuObject*> found{nullptr};
-    graph.node->GetAllObjectsByName("same", found);
-    const std::vector<zuObject*> expected{nullptr, graph.node, graph.first, graph.second};
-    EXPECT_EQ(found, expected);
-
-    ControlledNode some("x", "x");
+    graph.node->GetAllObjectsByName("twin", found);
+    EXPECT_EQ(found, (std::vector<zuObject*>{nullptr, graph.node, graph.first, graph.second}));
     found.clear();
-    some.node->GetAllObjectsByName("x", found);
-    EXPECT_EQ(found, (std::vector<zuObject*>{some.first, some.second}));
+    emptyInside.node->GetAllObjectsByName("a", found);
+    EXPECT_EQ(found, (std::vector<zuObject*>{emptyInside.first}));
     found.clear();
-    some.node->GetAllObjectsByName("none", found);
+    graph.node->GetAllObjectsByName("none", found);
     EXPECT_TRUE(found.empty());
 }
 
