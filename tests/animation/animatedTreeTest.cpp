@@ -41,9 +41,6 @@ struct Tree {
     {
         zuPointer<zuFloatArray> t1 = floats({0.0f, 1.0f, 2.0f, 3.0f, 4.0f});
         zuPointer<zuFloatArray> t2 = floats({0.5f, 1.25f, 3.0f});
-        auto turn = [](double ax, double ay, double az, double degrees) {
-            return toQuaternion(refAxisAngle(ax, ay, az, degrees));
-        };
 
         root->GetLocalTransform().SetTranslate(Vec(10, 0, 0));
         root->attachChild(arm);

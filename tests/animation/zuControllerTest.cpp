@@ -26,9 +26,6 @@ protected:
     zuTestFactories factories;
 };
 
-// ---------------------------------------------------------------------------------------
-// Time mapping
-
 TEST_F(Controller, TimeMappingClampsWrapsOrCyclesTheScaledTime)
 {
     struct TimeCase {
@@ -88,9 +85,6 @@ TEST_F(Controller, TimeMappingClampsWrapsOrCyclesTheScaledTime)
     EXPECT_TRUE(std::isnan(cycle.GetControlTime(std::numeric_limits<double>::quiet_NaN())));
 }
 
-// ---------------------------------------------------------------------------------------
-// Update gate
-
 TEST_F(Controller, TheSameTimeTwiceUpdatesOnceUnlessItIsTheForcingTime)
 {
     PlainController controller;
@@ -133,9 +127,6 @@ TEST_F(Controller, TheSameTimeTwiceUpdatesOnceUnlessItIsTheForcingTime)
     inactive.active = true;
     EXPECT_TRUE(inactive.Update(2.0));
 }
-
-// ---------------------------------------------------------------------------------------
-// Record
 
 void configure(zuController& controller, int repeatType, double minTime, double maxTime, double phase,
                double frequency, bool active)
@@ -234,9 +225,6 @@ TEST_F(Controller, ALoadedReferenceToAnObjectThatDoesNotHoldTheControllerIsDropp
     EXPECT_FALSE(loadInto(refused, data));
     EXPECT_EQ(refused.GetObjectCount(), 0);
 }
-
-// ---------------------------------------------------------------------------------------
-// Equals and Clone
 
 TEST_F(Controller, EqualsComparesTheMappingButNotTheObjectOrTheLastTime)
 {

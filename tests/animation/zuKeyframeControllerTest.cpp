@@ -25,9 +25,6 @@ protected:
     zuTestFactories factories;
 };
 
-// ---------------------------------------------------------------------------------------
-// Key search
-
 struct SearchStep {
     float t;
     int lastIndex;
@@ -167,9 +164,6 @@ TEST_F(KeyframeController, SearchesNeverLeaveTheArray)
     }
 }
 
-// ---------------------------------------------------------------------------------------
-// Interpolation
-
 TEST_F(KeyframeController, TranslationAndScaleAreLinearBetweenTheirKeys)
 {
     zuPointer<zuKeyframeController> controller = new zuKeyframeController;
@@ -233,8 +227,7 @@ TEST_F(KeyframeController, RotationIsTheSphericalInterpolationOfTheKeysAsGiven)
     // The long way, pinned: halfway from 0 to 340 degrees is 170 degrees, not -10.
     zuPointer<zuKeyframeController> controller = new zuKeyframeController;
     controller->rotationTimes = floats({0.0f, 1.0f});
-    controller->rotationKeys =
-        quaternions({toQuaternion(refAxisAngle(0, 0, 1, 0.0)), toQuaternion(refAxisAngle(0, 0, 1, 340.0))});
+    controller->rotationKeys = quaternions({turn(0, 0, 1, 0.0), turn(0, 0, 1, 340.0)});
     const Wm4::Vector3<float> x = controller->GetRotate(0.5f, 0, 1) * Wm4::Vector3<float>(1, 0, 0);
     EXPECT_NEAR(x[0], std::cos(170.0 * Wm4::Math<double>::DEG_TO_RAD), 1e-5);
     EXPECT_NEAR(x[1], std::sin(170.0 * Wm4::Math<double>::DEG_TO_RAD), 1e-5);
@@ -260,9 +253,6 @@ TEST_F(KeyframeController, KeysWhoseDotProductReachesOneGiveTheFirstKey)
     EXPECT_EQ(controller->GetRotate(1.0f, 2, 3), Wm4::Matrix3<float>::IDENTITY) << "the first key, even at its end";
 }
 
-// ---------------------------------------------------------------------------------------
-// Update
-
 TEST_F(KeyframeController, UpdateWritesEveryTrackIntoTheLocalTransformation)
 {
     zuPointer<zuNode> node = new zuNode;
@@ -270,8 +260,7 @@ TEST_F(KeyframeController, UpdateWritesEveryTrackIntoTheLocalTransformation)
     controller->translationTimes = floats({0.0f, 2.0f});
     controller->translationKeys = vectors({Vec(0, 0, 0), Vec(4, -2, 6)});
     controller->rotationTimes = floats({0.0f, 4.0f});
-    controller->rotationKeys =
-        quaternions({toQuaternion(refAxisAngle(0, 0, 1, 0.0)), toQuaternion(refAxisAngle(0, 0, 1, 120.0))});
+    controller->rotationKeys = quaternions({turn(0, 0, 1, 0.0), turn(0, 0, 1, 120.0)});
     controller->scaleTimes = floats({1.0f, 3.0f});
     controller->scaleKeys = vectors({Vec(1, 1, 1), Vec(3, 3, 3)});
     controller->maxTime = 10.0;
@@ -312,8 +301,8 @@ TEST_F(KeyframeController, UpdateWritesEveryTrackIntoTheLocalTransformation)
 TEST_F(KeyframeController, AbsentTracksOrObjectsChangeNothing)
 {
     zuPointer<zuNode> node = new zuNode;
-    const Wm4::Matrix3<float> turn(Vec(0, 1, 0), 0.5f);
-    node->GetLocalTransform().SetRotate(turn);
+    const Wm4::Matrix3<float> rotation(Vec(0, 1, 0), 0.5f);
+    node->GetLocalTransform().SetRotate(rotation);
     node->GetLocalTransform().SetTranslate(Vec(7, 8, 9));
     node->GetLocalTransform().SetScale(Vec(1, 2, 3));
 
@@ -328,7 +317,7 @@ TEST_F(KeyframeController, AbsentTracksOrObjectsChangeNothing)
     EXPECT_TRUE(controller->Update(0.6));
     controller->rotationTimes = floats({0.0f});
     EXPECT_TRUE(controller->Update(0.7));
-    EXPECT_EQ(node->GetLocalTransform().GetRotate(), turn);
+    EXPECT_EQ(node->GetLocalTransform().GetRotate(), rotation);
     EXPECT_EQ(node->GetLocalTransform().GetTranslate(), Vec(7, 8, 9));
     EXPECT_EQ(node->GetLocalTransform().GetScale(), Vec(1, 2, 3));
 
@@ -336,7 +325,7 @@ TEST_F(KeyframeController, AbsentTracksOrObjectsChangeNothing)
     controller->translationKeys = vectors({Vec(0, 0, 0), Vec(10, 0, 0)});
     EXPECT_TRUE(controller->Update(0.8));
     EXPECT_EQ(node->GetLocalTransform().GetTranslate(), Vec(8, 0, 0));
-    EXPECT_EQ(node->GetLocalTransform().GetRotate(), turn);
+    EXPECT_EQ(node->GetLocalTransform().GetRotate(), rotation);
     EXPECT_EQ(node->GetLocalTransform().GetScale(), Vec(1, 2, 3));
 
     // Without an object, or on an object that is not spatial, nothing changes.
@@ -375,10 +364,8 @@ TEST_F(KeyframeController, TracksSharingTimesSearchOnceAndGiveTheSameResult)
     zuPointer<zuFloatArray> shared = floats({0.0f, 1.0f, 2.0f, 3.0f, 4.0f, 5.0f});
     zuPointer<zuVector3fArray> moves = vectors({Vec(0, 0, 0), Vec(1, 1, 0), Vec(2, 0, 1), Vec(3, 3, 3),
                                                 Vec(4, 0, 0), Vec(5, 5, 5)});
-    zuPointer<zuQuaternionfArray> turns = quaternions(
-        {toQuaternion(refAxisAngle(0, 0, 1, 0.0)), toQuaternion(refAxisAngle(0, 0, 1, 30.0)),
-         toQuaternion(refAxisAngle(0, 1, 0, 60.0)), toQuaternion(refAxisAngle(1, 0, 0, 90.0)),
-         toQuaternion(refAxisAngle(0, 0, 1, 120.0)), toQuaternion(refAxisAngle(1, 1, 1, 150.0))});
+    zuPointer<zuQuaternionfArray> turns = quaternions({turn(0, 0, 1, 0.0), turn(0, 0, 1, 30.0), turn(0, 1, 0, 60.0),
+                                                       turn(1, 0, 0, 90.0), turn(0, 0, 1, 120.0), turn(1, 1, 1, 150.0)});
     zuPointer<zuVector3fArray> sizes = vectors({Vec(1, 1, 1), Vec(2, 2, 2), Vec(1, 2, 3), Vec(3, 3, 3),
                                                 Vec(1, 1, 1), Vec(4, 4, 4)});
 
@@ -418,7 +405,7 @@ TEST_F(KeyframeController, TracksSharingTimesSearchOnceAndGiveTheSameResult)
     joining->translationTimes = shared;
     joining->translationKeys = moves;
     joining->rotationTimes = floats({0.0f, 5.0f});
-    joining->rotationKeys = quaternions({toQuaternion(refAxisAngle(0, 0, 1, 0.0)), toQuaternion(refAxisAngle(0, 0, 1, 50.0))});
+    joining->rotationKeys = quaternions({turn(0, 0, 1, 0.0), turn(0, 0, 1, 50.0)});
     ASSERT_TRUE(joining->Update(4.5));
     EXPECT_EQ(joining->GetLastTranslationIndex(), 4);
     EXPECT_EQ(joining->GetLastRotationIndex(), 0);
@@ -428,14 +415,11 @@ TEST_F(KeyframeController, TracksSharingTimesSearchOnceAndGiveTheSameResult)
     EXPECT_EQ(joining->GetLastRotationIndex(), 4);
 
     // Sharing a times array with a shorter keys array searches on its own.
-    joining->rotationKeys = quaternions({toQuaternion(refAxisAngle(0, 0, 1, 0.0)), toQuaternion(refAxisAngle(0, 0, 1, 50.0))});
+    joining->rotationKeys = quaternions({turn(0, 0, 1, 0.0), turn(0, 0, 1, 50.0)});
     ASSERT_TRUE(joining->Update(4.7));
     EXPECT_EQ(joining->GetLastTranslationIndex(), 4);
     EXPECT_EQ(joining->GetLastRotationIndex(), 1);
 }
-
-// ---------------------------------------------------------------------------------------
-// Record, links
 
 TEST_F(KeyframeController, RecordAt632IsTheControllerThenSixTypeCheckedReferences)
 {
@@ -532,9 +516,6 @@ TEST_F(KeyframeController, TruncatedRecordsFailCleanly)
                 loaded->UpdateControllers(0.5);
     }
 }
-
-// ---------------------------------------------------------------------------------------
-// Equals and Clone
 
 TEST_F(KeyframeController, EqualsIgnoresTheKeysOnPurpose)
 {

@@ -80,9 +80,6 @@ bool sameBytes(const zuTSharedArray<T>& a, const zuTSharedArray<T>& b)
         && (a.GetQuantity() == 0 || std::memcmp(a.GetData(), b.GetData(), sizeof(T) * a.GetQuantity()) == 0);
 }
 
-// ---------------------------------------------------------------------------------------
-// Instantiations
-
 struct Instantiation {
     const zuRtti* type;
     const char* name;
@@ -146,9 +143,6 @@ TEST_F(SharedArray, EveryInstantiationHasItsTypeNameElementSizeAndRegisteredFact
             }
     }
 }
-
-// ---------------------------------------------------------------------------------------
-// Records
 
 // The quantity, then each element's components in order (a plane is its normal, then its
 // constant; matrices row by row); loaded back, every bit returns.
@@ -250,9 +244,6 @@ TEST_F(SharedArray, RoundTripsThroughAFileStreamWithElementsAcrossBlocks)
     EXPECT_EQ(static_cast<zuColorRGBArray*>(in.GetObjectAt(2))->GetQuantity(), 0);
 }
 
-// ---------------------------------------------------------------------------------------
-// Equality
-
 // Floating-point components are equal when they differ by less than 1e-6 (compared in
 // double), every component counts, integers compare exactly, NaN is never equal.
 TEST_F(SharedArray, EqualityIsWithinOneMillionthForEveryFloatingPointComponent)
@@ -326,9 +317,6 @@ TEST_F(SharedArray, ArraysOfDifferentKindsOrLengthsNeverCompareEqual)
     EXPECT_FALSE(floats->Equals(nullptr));
     EXPECT_FALSE(empty->Equals(settings));
 }
-
-// ---------------------------------------------------------------------------------------
-// Copies, clones and the active quantity
 
 TEST_F(SharedArray, CopiesAndClonesAreDeep)
 {
@@ -427,9 +415,6 @@ TEST_F(SharedArray, TheActiveQuantityShortensWhatIsSavedAndCompared)
     zuPointer<zuFloatArray> noData = new zuFloatArray(5, nullptr);
     EXPECT_EQ(noData->GetQuantity(), 0);
 }
-
-// ---------------------------------------------------------------------------------------
-// Hostile and broken records
 
 // One top-level array record at 6.32 that claims `quantity` elements and carries
 // `elementBytes` bytes of them.
