@@ -1,16 +1,13 @@
 // Type and handler numbers, the request-builder table, load policies and stream info.
 
 #include "resources/zuResourceTestSupport.h"
-#include "support/zuTestObjects.h"
 
 #include <zuSceneGraph/resources/zuDynamicLoadingResource.h>
-#include <zuSceneGraph/resources/zuRendererInterface.h>
 #include <zuSceneGraph/resources/zuRequestInterfaceForDynamicResource.h>
 #include <zuSceneGraph/resources/zuResourceRequestClientInterface.h>
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <memory>
 
 namespace zu::test {
