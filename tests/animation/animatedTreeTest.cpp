@@ -41,9 +41,6 @@ struct Tree {
     {
         zuPointer<zuFloatArray> t1 = floats({0.0f, 1.0f, 2.0f, 3.0f, 4.0f});
         zuPointer<zuFloatArray> t2 = floats({0.5f, 1.25f, 3.0f});
-        auto turn = [](double ax, double ay, double az, double degrees) {
-            return toQuaternion(refAxisAngle(ax, ay, az, degrees));
-        };
 
         root->GetLocalTransform().SetTranslate(Vec(10, 0, 0));
         root->attachChild(arm);
@@ -192,54 +189,39 @@ TEST_F(AnimatedTree, SubtreeUpdatesReachEveryObjectButUpdateControllersStaysWith
     EXPECT_TRUE(chain.Equals(tree.finger->GetWorldTransform()));
 }
 
-TEST_F(AnimatedTree, AReloadedTreeMovesAsTheOriginal)
+// Saved and loaded through a plain stream or a file container.
+zuPointer<zuNode> reload(zuNode* root, bool throughFile)
 {
-    Tree tree;
-    // Move the original first: its last key indices differ from the fresh ones of the
-    // loaded tree, which must not matter.
-    tree.root->UpdateSubtreeControllers(3.5);
-    tree.root->UpdateGS();
-
-    const std::vector<char> saved = saveToBytes({tree.root}, zuStreamVersion(6, 32));
-    ASSERT_FALSE(saved.empty());
-    zuPointer<zuNode> loaded;
-    {
-        std::vector<char> copy = saved;
-        zuBaseStream stream;
-        stream.SetVersion(zuStreamVersion(6, 32));
-        ASSERT_TRUE(stream.Load(copy.data(), copy.size()));
-        ASSERT_EQ(stream.GetObjectCount(), 1);
-        ASSERT_TRUE(stream.GetObjectAt(0)->IsExactly(zuNode::TYPE));
-        loaded = static_cast<zuNode*>(stream.GetObjectAt(0));
-    }
-    expectSharedArrays(loaded);
-    // The original's controllers have seen 3.5 already; so must the copy's.
-    loaded->UpdateSubtreeControllers(3.5);
-    loaded->UpdateGS();
-    expectSameMotion(tree.root, loaded);
+    const zuStreamVersion version(6, 32);
+    std::vector<char> bytes = throughFile ? saveToFileBytes({root}, version, 256) : saveToBytes({root}, version);
+    zuMemoryIoDevice input(bytes);
+    zuFileStream file(256);
+    zuBaseStream plain;
+    plain.SetVersion(version);
+    zuBaseStream& stream = throughFile ? static_cast<zuBaseStream&>(file) : plain;
+    if (!(throughFile ? file.Load(input, "tree") : plain.Load(bytes.data(), bytes.size()))
+        || stream.GetObjectCount() != 1 || !stream.GetObjectAt(0)->IsExactly(zuNode::TYPE))
+        return nullptr;
+    return static_cast<zuNode*>(stream.GetObjectAt(0));
 }
 
-TEST_F(AnimatedTree, AReloadedFileMovesAsTheOriginal)
+TEST_F(AnimatedTree, AReloadedTreeMovesAsTheOriginal)
 {
-    Tree tree;
-    zuMemoryIoDevice device;
-    {
-        zuFileStream out(256);
-        out.SetVersion(zuStreamVersion(6, 32));
-        out.InsertTopLevel(tree.root);
-        ASSERT_TRUE(out.Save(device, "tree", false));
+    for (bool throughFile : {false, true}) {
+        SCOPED_TRACE(throughFile ? "file container" : "plain stream");
+        Tree tree;
+        // Move the original first: its last key indices differ from the fresh ones of the
+        // loaded tree, which must not matter.
+        tree.root->UpdateSubtreeControllers(3.5);
+        tree.root->UpdateGS();
+        zuPointer<zuNode> loaded = reload(tree.root, throughFile);
+        ASSERT_TRUE(loaded);
+        expectSharedArrays(loaded);
+        // The original's controllers have seen 3.5 already; so must the copy's.
+        loaded->UpdateSubtreeControllers(3.5);
+        loaded->UpdateGS();
+        expectSameMotion(tree.root, loaded);
     }
-    zuPointer<zuNode> loaded;
-    {
-        zuMemoryIoDevice input(device.data());
-        zuFileStream in(256);
-        ASSERT_TRUE(in.Load(input, "tree"));
-        ASSERT_EQ(in.GetObjectCount(), 1);
-        ASSERT_TRUE(in.GetObjectAt(0)->IsExactly(zuNode::TYPE));
-        loaded = static_cast<zuNode*>(in.GetObjectAt(0));
-    }
-    expectSharedArrays(loaded);
-    expectSameMotion(tree.root, loaded);
 }
 
 } // namespace

@@ -75,6 +75,12 @@ inline Wm4::Quaternion<float> toQuaternion(const RefQuat& q)
                                   static_cast<float>(q.z));
 }
 
+// The rotation by `degrees` about (ax, ay, az) as a float quaternion.
+inline Wm4::Quaternion<float> turn(double ax, double ay, double az, double degrees)
+{
+    return toQuaternion(refAxisAngle(ax, ay, az, degrees));
+}
+
 // Slerp as in the textbooks, with the quaternions as given:
 // (sin((1 - t) theta) q0 + sin(t theta) q1) / sin(theta), cos(theta) = q0 . q1.
 inline RefQuat refSlerp(const RefQuat& q0, const RefQuat& q1, double t)

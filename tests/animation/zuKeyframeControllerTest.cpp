@@ -25,9 +25,6 @@ protected:
     zuTestFactories factories;
 };
 
-// ---------------------------------------------------------------------------------------
-// Key search
-
 struct SearchStep {
     float t;
     int lastIndex;
@@ -167,9 +164,6 @@ TEST_F(KeyframeController, SearchesNeverLeaveTheArray)
     }
 }
 
-// ---------------------------------------------------------------------------------------
-// Interpolation
-
 TEST_F(KeyframeController, TranslationAndScaleAreLinearBetweenTheirKeys)
 {
     zuPointer<zuKeyframeController> controller = new zuKeyframeController;
@@ -233,8 +227,7 @@ TEST_F(KeyframeController, RotationIsTheSphericalInterpolationOfTheKeysAsGiven)
     // The long way, pinned: halfway from 0 to 340 degrees is 170 degrees, not -10.
     zuPointer<zuKeyframeController> controller = new zuKeyframeController;
     controller->rotationTimes = floats({0.0f, 1.0f});
-    controller->rotationKeys =
-        quaternions({toQuaternion(refAxisAngle(0, 0, 1, 0.0)), toQuaternion(refAxisAngle(0, 0, 1, 340.0))});
+    controller->rotationKeys = quaternions({turn(0, 0, 1, 0.0), turn(0, 0, 1, 340.0)});
     const Wm4::Vector3<float> x = controller->GetRotate(0.5f, 0, 1) * Wm4::Vector3<float>(1, 0, 0);
     EXPECT_NEAR(x[0], std::cos(170.0 * Wm4::Math<double>::DEG_TO_RAD), 1e-5);
     EXPECT_NEAR(x[1], std::sin(170.0 * Wm4::Math<double>::DEG_TO_RAD), 1e-5);
@@ -260,9 +253,6 @@ TEST_F(KeyframeController, KeysWhoseDotProductReachesOneGiveTheFirstKey)
     EXPECT_EQ(controller->GetRotate(1.0f, 2, 3), Wm4::Matrix3<float>::IDENTITY) << "the first key, even at its end";
 }
 
-// ---------------------------------------------------------------------------------------
-// Update
-
 TEST_F(KeyframeController, UpdateWritesEveryTrackIntoTheLocalTransformation)
 {
     zuPointer<zuNode> node = new zuNode;
@@ -270,8 +260,7 @@ TEST_F(KeyframeController, UpdateWritesEveryTrackIntoTheLocalTransformation)
     controller->translationTimes = floats({0.0f, 2.0f});
     controller->translationKeys = vectors({Vec(0, 0, 0), Vec(4, -2, 6)});
     controller->rotationTimes = floats({0.0f, 4.0f});
-    controller->rotationKeys =
-        quaternions({toQuaternion(refAxisAngle(0, 0, 1, 0.0)), toQuaternion(refAxisAngle(0, 0, 1, 120.0))});
+    controller->rotationKeys = quaternions({turn(0, 0, 1, 0.0), turn(0, 0, 1, 120.0)});
     controller->scaleTimes = floats({1.0f, 3.0f});
     controller->scaleKeys = vectors({Vec(1, 1, 1), Vec(3, 3, 3)});
     controller->maxTime = 10.0;
@@ -298,31 +287,22 @@ TEST_F(KeyframeController, UpdateWritesEveryTrackIntoTheLocalTransformation)
     const Vec mapped = node->GetWorldTransform().ApplyForward(Vec(1, 0, 0));
     EXPECT_NEAR(mapped[0], 4 + 2 * std::cos(60.0 * Wm4::Math<double>::DEG_TO_RAD), 1e-5);
     EXPECT_NEAR(mapped[1], -2 + 2 * std::sin(60.0 * Wm4::Math<double>::DEG_TO_RAD), 1e-5);
-}
 
-TEST_F(KeyframeController, ScalesWithUnequalComponentsAreSetAsThreeScales)
-{
-    zuPointer<zuNode> node = new zuNode;
-    zuPointer<zuKeyframeController> controller = new zuKeyframeController;
-    controller->scaleTimes = floats({0.0f, 1.0f});
+    // Scales with unequal components are set as three scales; where they agree, uniform.
     controller->scaleKeys = vectors({Vec(1, 2, 3), Vec(3, 2, 1)});
-    controller->maxTime = 1.0;
-    node->AttachController(controller);
-
-    ASSERT_TRUE(controller->Update(0.25));
-    EXPECT_EQ(node->GetLocalTransform().GetScale(), Vec(1.5f, 2.0f, 2.5f));
-    EXPECT_FALSE(node->GetLocalTransform().IsUniformScale());
-    // Halfway the three agree: a uniform scale.
-    ASSERT_TRUE(controller->Update(0.5));
-    EXPECT_EQ(node->GetLocalTransform().GetScale(), Vec(2, 2, 2));
-    EXPECT_TRUE(node->GetLocalTransform().IsUniformScale());
+    ASSERT_TRUE(node->UpdateControllers(1.5));
+    EXPECT_EQ(local.GetScale(), Vec(1.5f, 2.0f, 2.5f));
+    EXPECT_FALSE(local.IsUniformScale());
+    ASSERT_TRUE(node->UpdateControllers(2.0));
+    EXPECT_EQ(local.GetScale(), Vec(2, 2, 2));
+    EXPECT_TRUE(local.IsUniformScale());
 }
 
-TEST_F(KeyframeController, AbsentTracksLeaveTheirPartAlone)
+TEST_F(KeyframeController, AbsentTracksOrObjectsChangeNothing)
 {
     zuPointer<zuNode> node = new zuNode;
-    const Wm4::Matrix3<float> turn(Vec(0, 1, 0), 0.5f);
-    node->GetLocalTransform().SetRotate(turn);
+    const Wm4::Matrix3<float> rotation(Vec(0, 1, 0), 0.5f);
+    node->GetLocalTransform().SetRotate(rotation);
     node->GetLocalTransform().SetTranslate(Vec(7, 8, 9));
     node->GetLocalTransform().SetScale(Vec(1, 2, 3));
 
@@ -337,7 +317,7 @@ TEST_F(KeyframeController, AbsentTracksLeaveTheirPartAlone)
     EXPECT_TRUE(controller->Update(0.6));
     controller->rotationTimes = floats({0.0f});
     EXPECT_TRUE(controller->Update(0.7));
-    EXPECT_EQ(node->GetLocalTransform().GetRotate(), turn);
+    EXPECT_EQ(node->GetLocalTransform().GetRotate(), rotation);
     EXPECT_EQ(node->GetLocalTransform().GetTranslate(), Vec(7, 8, 9));
     EXPECT_EQ(node->GetLocalTransform().GetScale(), Vec(1, 2, 3));
 
@@ -345,8 +325,16 @@ TEST_F(KeyframeController, AbsentTracksLeaveTheirPartAlone)
     controller->translationKeys = vectors({Vec(0, 0, 0), Vec(10, 0, 0)});
     EXPECT_TRUE(controller->Update(0.8));
     EXPECT_EQ(node->GetLocalTransform().GetTranslate(), Vec(8, 0, 0));
-    EXPECT_EQ(node->GetLocalTransform().GetRotate(), turn);
+    EXPECT_EQ(node->GetLocalTransform().GetRotate(), rotation);
     EXPECT_EQ(node->GetLocalTransform().GetScale(), Vec(1, 2, 3));
+
+    // Without an object, or on an object that is not spatial, nothing changes.
+    node->DetachController(controller);
+    EXPECT_FALSE(controller->Update(0.5));
+    zuPointer<zuTestNode> plain = new zuTestNode("plain");
+    plain->AttachController(controller);
+    EXPECT_FALSE(controller->Update(0.6));
+    EXPECT_FALSE(plain->UpdateControllers(0.7));
 }
 
 TEST_F(KeyframeController, AKeysArrayShorterThanItsTimesIsUsedUpToItsEnd)
@@ -376,10 +364,8 @@ TEST_F(KeyframeController, TracksSharingTimesSearchOnceAndGiveTheSameResult)
     zuPointer<zuFloatArray> shared = floats({0.0f, 1.0f, 2.0f, 3.0f, 4.0f, 5.0f});
     zuPointer<zuVector3fArray> moves = vectors({Vec(0, 0, 0), Vec(1, 1, 0), Vec(2, 0, 1), Vec(3, 3, 3),
                                                 Vec(4, 0, 0), Vec(5, 5, 5)});
-    zuPointer<zuQuaternionfArray> turns = quaternions(
-        {toQuaternion(refAxisAngle(0, 0, 1, 0.0)), toQuaternion(refAxisAngle(0, 0, 1, 30.0)),
-         toQuaternion(refAxisAngle(0, 1, 0, 60.0)), toQuaternion(refAxisAngle(1, 0, 0, 90.0)),
-         toQuaternion(refAxisAngle(0, 0, 1, 120.0)), toQuaternion(refAxisAngle(1, 1, 1, 150.0))});
+    zuPointer<zuQuaternionfArray> turns = quaternions({turn(0, 0, 1, 0.0), turn(0, 0, 1, 30.0), turn(0, 1, 0, 60.0),
+                                                       turn(1, 0, 0, 90.0), turn(0, 0, 1, 120.0), turn(1, 1, 1, 150.0)});
     zuPointer<zuVector3fArray> sizes = vectors({Vec(1, 1, 1), Vec(2, 2, 2), Vec(1, 2, 3), Vec(3, 3, 3),
                                                 Vec(1, 1, 1), Vec(4, 4, 4)});
 
@@ -419,7 +405,7 @@ TEST_F(KeyframeController, TracksSharingTimesSearchOnceAndGiveTheSameResult)
     joining->translationTimes = shared;
     joining->translationKeys = moves;
     joining->rotationTimes = floats({0.0f, 5.0f});
-    joining->rotationKeys = quaternions({toQuaternion(refAxisAngle(0, 0, 1, 0.0)), toQuaternion(refAxisAngle(0, 0, 1, 50.0))});
+    joining->rotationKeys = quaternions({turn(0, 0, 1, 0.0), turn(0, 0, 1, 50.0)});
     ASSERT_TRUE(joining->Update(4.5));
     EXPECT_EQ(joining->GetLastTranslationIndex(), 4);
     EXPECT_EQ(joining->GetLastRotationIndex(), 0);
@@ -429,29 +415,13 @@ TEST_F(KeyframeController, TracksSharingTimesSearchOnceAndGiveTheSameResult)
     EXPECT_EQ(joining->GetLastRotationIndex(), 4);
 
     // Sharing a times array with a shorter keys array searches on its own.
-    joining->rotationKeys = quaternions({toQuaternion(refAxisAngle(0, 0, 1, 0.0)), toQuaternion(refAxisAngle(0, 0, 1, 50.0))});
+    joining->rotationKeys = quaternions({turn(0, 0, 1, 0.0), turn(0, 0, 1, 50.0)});
     ASSERT_TRUE(joining->Update(4.7));
     EXPECT_EQ(joining->GetLastTranslationIndex(), 4);
     EXPECT_EQ(joining->GetLastRotationIndex(), 1);
 }
 
-TEST_F(KeyframeController, AnObjectThatIsNotSpatialChangesNothing)
-{
-    zuPointer<zuKeyframeController> controller = new zuKeyframeController;
-    controller->translationTimes = floats({0.0f, 1.0f});
-    controller->translationKeys = vectors({Vec(0, 0, 0), Vec(1, 1, 1)});
-    controller->maxTime = 1.0;
-    EXPECT_FALSE(controller->Update(0.5)) << "no object";
-    zuPointer<zuTestNode> plain = new zuTestNode("plain");
-    plain->AttachController(controller);
-    EXPECT_FALSE(controller->Update(0.6));
-    EXPECT_FALSE(plain->UpdateControllers(0.7));
-}
-
-// ---------------------------------------------------------------------------------------
-// Record, links
-
-TEST_F(KeyframeController, RecordAt632IsTheControllerThenSixReferences)
+TEST_F(KeyframeController, RecordAt632IsTheControllerThenSixTypeCheckedReferences)
 {
     zuPointer<zuFloatArray> times = floats({0.0f, 1.5f});
     zuPointer<zuVector3fArray> moves = vectors({Vec(1, 2, 3), Vec(4, 5, 6)});
@@ -461,9 +431,8 @@ TEST_F(KeyframeController, RecordAt632IsTheControllerThenSixReferences)
     controller->SetName("walk");
     controller->repeatType = zuController::RT_WRAP;
     controller->maxTime = 1.5;
-    controller->translationTimes = times;
-    controller->translationKeys = moves;
-    controller->rotationTimes = times;
+    controller->translationTimes = controller->rotationTimes = controller->scaleTimes = times;
+    controller->translationKeys = controller->scaleKeys = moves;
     controller->rotationKeys = turns;
 
     const std::vector<char> saved = saveToBytes({controller}, zuStreamVersion(6, 32));
@@ -474,7 +443,8 @@ TEST_F(KeyframeController, RecordAt632IsTheControllerThenSixReferences)
     expected.str("walk").i32(0).i32(1);
     f64(f64(f64(f64(expected, 0.0), 1.5), 0.0), 1.0);
     expected.u8(1).u64(0);
-    expected.u64(id(times)).u64(id(moves)).u64(id(times)).u64(id(turns)).u64(0).u64(0);
+    const size_t references = expected.size();
+    expected.u64(id(times)).u64(id(moves)).u64(id(times)).u64(id(turns)).u64(id(times)).u64(id(moves));
     // Then each array once, in the order of the references.
     auto arrayHeader = [&expected](const std::string& name, const void* array, int elementBytes) {
         expected.str(name).i32(static_cast<int>(4 + name.size() + 4 + 8 + 4 + 4 + 4 + elementBytes))
@@ -487,23 +457,8 @@ TEST_F(KeyframeController, RecordAt632IsTheControllerThenSixReferences)
     arrayHeader("zuCore.zuQuaternionfArray", turns.get(), 32);
     expected.i32(2).f32(1).f32(0).f32(0).f32(0).f32(0).f32(1).f32(0).f32(0);
     EXPECT_EQ(saved, expected.bytes());
-}
 
-TEST_F(KeyframeController, LoadLinksTheArraysAndDropsReferencesOfTheWrongType)
-{
-    zuPointer<zuFloatArray> times = floats({0.0f, 1.0f});
-    zuPointer<zuVector3fArray> moves = vectors({Vec(0, 0, 0), Vec(1, 0, 0)});
-    zuPointer<zuQuaternionfArray> turns =
-        quaternions({Wm4::Quaternion<float>(1, 0, 0, 0), Wm4::Quaternion<float>(1, 0, 0, 0)});
-    zuPointer<zuKeyframeController> controller = new zuKeyframeController;
-    controller->translationTimes = times;
-    controller->translationKeys = moves;
-    controller->rotationTimes = times;
-    controller->rotationKeys = turns;
-    controller->scaleTimes = times;
-    controller->scaleKeys = moves;
-    std::vector<char> saved = saveToBytes({controller}, zuStreamVersion(6, 32));
-
+    // Loaded back, the arrays are linked and shared as they were.
     {
         zuBaseStream stream;
         stream.SetVersion(zuStreamVersion(6, 32));
@@ -522,11 +477,7 @@ TEST_F(KeyframeController, LoadLinksTheArraysAndDropsReferencesOfTheWrongType)
     }
 
     // Swap the translation times and keys references, and point the rotation keys at the
-    // times: each names an array of another type.
-    const size_t references = saved.size() - (4 + 19 + 4 + 8 + 4 + 4 + 4 + 8)   // float array
-        - (4 + 22 + 4 + 8 + 4 + 4 + 4 + 24)                                        // vector array
-        - (4 + 25 + 4 + 8 + 4 + 4 + 4 + 32)                                        // quaternion array
-        - 48;
+    // times: each names an array of another type and is dropped.
     std::vector<char> damaged = saved;
     std::memcpy(&damaged[references], &saved[references + 8], 8);
     std::memcpy(&damaged[references + 8], &saved[references], 8);
@@ -565,9 +516,6 @@ TEST_F(KeyframeController, TruncatedRecordsFailCleanly)
                 loaded->UpdateControllers(0.5);
     }
 }
-
-// ---------------------------------------------------------------------------------------
-// Equals and Clone
 
 TEST_F(KeyframeController, EqualsIgnoresTheKeysOnPurpose)
 {

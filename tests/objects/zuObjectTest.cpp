@@ -1,4 +1,5 @@
-// Identity, reference counts, look-ups, Equals, Clone and controller updates of zuObject.
+// Identity, reference counts, look-ups, Equals, Clone and controller updates of zuObject;
+// the controller list of named objects and the no-op name and controllers of unnamed ones.
 
 #include "support/zuTestObjects.h"
 
@@ -191,10 +192,8 @@ TEST(zuObjectTest, LookUpsVisitTheObjectThenItsControllersInSlotOrder)
     ControlledNode graph("twin", "twin");
     EXPECT_EQ(graph.node->GetObjectByName("node"), graph.node);
     EXPECT_EQ(graph.node->GetObjectByName("twin"), graph.first);
-    EXPECT_EQ(graph.node->GetObjectByName("twi"), nullptr);
-    EXPECT_EQ(graph.node->GetObjectByName("twins"), nullptr);
-    EXPECT_EQ(graph.node->GetObjectByName(""), nullptr);
-
+    for (const char* other : {"twi", "twins", ""})
+        EXPECT_EQ(graph.node->GetObjectByName(other), nullptr) << other;
     EXPECT_EQ(graph.node->GetObjectByID(graph.node->GetID()), graph.node);
     EXPECT_EQ(graph.node->GetObjectByID(graph.second->GetID()), graph.second);
     EXPECT_EQ(graph.node->GetObjectByID(zuObject::GetNextID()), nullptr);
@@ -205,23 +204,17 @@ TEST(zuObjectTest, LookUpsVisitTheObjectThenItsControllersInSlotOrder)
     EXPECT_EQ(unnamed.GetObjectByName(""), &unnamed);
     ControlledNode emptyInside("a", "");
     EXPECT_EQ(emptyInside.node->GetObjectByName(""), emptyInside.second);
-}
 
-TEST(zuObjectTest, GetAllObjectsByNameListsTheObjectBeforeItsControllersAndAppends)
-{
-    ControlledNode graph("same", "same");
-    graph.node->SetName("same");
+    // GetAllObjectsByName lists the object before its controllers, and appends.
+    graph.node->SetName("twin");
     std::vector<zuObject*> found{nullptr};
-    graph.node->GetAllObjectsByName("same", found);
-    const std::vector<zuObject*> expected{nullptr, graph.node, graph.first, graph.second};
-    EXPECT_EQ(found, expected);
-
-    ControlledNode some("x", "x");
+    graph.node->GetAllObjectsByName("twin", found);
+    EXPECT_EQ(found, (std::vector<zuObject*>{nullptr, graph.node, graph.first, graph.second}));
     found.clear();
-    some.node->GetAllObjectsByName("x", found);
-    EXPECT_EQ(found, (std::vector<zuObject*>{some.first, some.second}));
+    emptyInside.node->GetAllObjectsByName("a", found);
+    EXPECT_EQ(found, (std::vector<zuObject*>{emptyInside.first}));
     found.clear();
-    some.node->GetAllObjectsByName("none", found);
+    graph.node->GetAllObjectsByName("none", found);
     EXPECT_TRUE(found.empty());
 }
 
@@ -309,11 +302,8 @@ TEST(zuObjectTest, UpdateControllersUpdatesEveryControllerAndTellsWhetherAnyChan
 
     zuPointer<zuTestController> quiet = new zuTestController;
     zuPointer<zuTestController> busy = new zuTestController;
-    zuPointer<zuTestController> nested = new zuTestController;
     quiet->mChanges = false;
     busy->mChanges = true;
-    quiet->SetControllerQuantity(1);
-    quiet->SetController(0, nested);
     node.SetControllerQuantity(3);
     node.SetController(0, busy);
     node.SetController(2, quiet);
@@ -322,12 +312,83 @@ TEST(zuObjectTest, UpdateControllersUpdatesEveryControllerAndTellsWhetherAnyChan
     EXPECT_TRUE(node.UpdateControllers(2.5));
     EXPECT_EQ(busy->mTimes, std::vector<double>{2.5});
     EXPECT_EQ(quiet->mTimes, std::vector<double>{2.5});
-    EXPECT_TRUE(nested->mTimes.empty());  // only the attached controllers are asked
 
     busy->mChanges = false;
     EXPECT_FALSE(node.UpdateControllers(3.0));
     EXPECT_EQ(busy->mTimes, (std::vector<double>{2.5, 3.0}));
     EXPECT_EQ(quiet->mTimes, (std::vector<double>{2.5, 3.0}));
+}
+
+TEST(zuObjectTest, AControllerPointsAtTheObjectItControlsOnlyWhileAttached)
+{
+    zuPointer<zuTestController> kept = new zuTestController;
+    zuPointer<zuTestController> other = new zuTestController;
+    {
+        zuPointer<zuTestNode> node = new zuTestNode("n");
+        EXPECT_FALSE(node->AttachController(nullptr));
+        EXPECT_TRUE(node->AttachController(kept));
+        EXPECT_FALSE(node->AttachController(kept));
+        EXPECT_EQ(node->GetControllerQuantity(), 1);
+        EXPECT_EQ(kept->GetObject(), node);
+        EXPECT_EQ(kept->GetReferences(), 2);
+        EXPECT_EQ(node->GetController(-1), nullptr);
+        EXPECT_EQ(node->GetController(1), nullptr);
+
+        node->DetachController(kept);
+        EXPECT_EQ(kept->GetObject(), nullptr);
+        EXPECT_EQ(kept->GetReferences(), 1);
+        EXPECT_EQ(node->GetControllerQuantity(), 0);
+        node->DetachController(kept);  // not attached: nothing happens
+
+        // Replacing a slot or shrinking the list releases the controller it held.
+        node->SetControllerQuantity(2);
+        node->SetController(0, kept);
+        node->SetController(2, other);  // past the end: ignored
+        EXPECT_EQ(node->GetControllerQuantity(), 2);
+        EXPECT_EQ(other->GetObject(), nullptr);
+        node->SetController(0, other);
+        EXPECT_EQ(kept->GetObject(), nullptr);
+        EXPECT_EQ(other->GetObject(), node);
+        node->SetController(1, kept);
+        EXPECT_EQ(kept->GetObject(), node);
+        node->SetControllerQuantity(1);
+        EXPECT_EQ(kept->GetObject(), nullptr);
+        EXPECT_EQ(other->GetObject(), node);
+        node->SetController(0, nullptr);
+        EXPECT_EQ(other->GetObject(), nullptr);
+        EXPECT_EQ(other->GetReferences(), 1);
+        node->SetController(0, kept);
+        EXPECT_EQ(kept->GetObject(), node);
+    }
+    // The object is gone: its controllers no longer point at it.
+    EXPECT_EQ(kept->GetObject(), nullptr);
+    EXPECT_EQ(kept->GetReferences(), 1);
+
+    // A controller carries no controllers of its own.
+    EXPECT_FALSE(kept->AttachController(other));
+    kept->SetControllerQuantity(3);
+    kept->SetController(0, other);
+    EXPECT_EQ(kept->GetControllerQuantity(), 0);
+    EXPECT_EQ(kept->GetController(0), nullptr);
+    EXPECT_EQ(other->GetObject(), nullptr);
+    EXPECT_EQ(other->GetReferences(), 1);
+}
+
+TEST(zuObjectTest, UnnamedObjectsIgnoreNamesAndControllers)
+{
+    zuShortRecord record;
+    zuPointer<zuTestController> controller = new zuTestController;
+    record.SetName("ignored");
+    EXPECT_EQ(record.GetName(), "");
+    EXPECT_EQ(&record.GetName(), &zuEmptyName());
+    EXPECT_FALSE(record.AttachController(controller));
+    record.SetControllerQuantity(3);
+    record.SetController(0, controller);
+    EXPECT_EQ(record.GetControllerQuantity(), 0);
+    EXPECT_EQ(record.GetController(0), nullptr);
+    EXPECT_EQ(controller->GetObject(), nullptr);
+    EXPECT_EQ(controller->GetReferences(), 1);
+    EXPECT_EQ(record.GetObjectByName(""), &record);
 }
 
 } // namespace

@@ -1,10 +1,11 @@
-// Run-time type records: names, base links and derivation by record identity.
+// Run-time type records (names, base links, derivation by record identity) and the
+// process-wide registry of factories by persisted type name.
 
 #include "support/zuTestObjects.h"
 
-#include <gtest/gtest.h>
+#include <zuSystem/LibInitCounter.h>
 
-#include <cstring>
+#include <gtest/gtest.h>
 
 namespace zu::test {
 namespace {
@@ -30,13 +31,8 @@ TEST(zuRttiTest, IsDerivedFollowsTheBaseLinksAndComparesRecordsByIdentity)
 
 TEST(zuRttiTest, TheLibraryRecordsFormOneHierarchy)
 {
-    EXPECT_STREQ(zuRttiInterface::TYPE.GetName(), "zuCore.zuRttiInterface");
-    EXPECT_EQ(zuRttiInterface::TYPE.GetBaseType(), nullptr);
     EXPECT_STREQ(zuObject::TYPE.GetName(), "zuCore.zuObject");
-    EXPECT_EQ(zuObject::TYPE.GetBaseType(), &zuRttiInterface::TYPE);
-    EXPECT_STREQ(zuController::TYPE.GetName(), "zuCore.zuController");
-    EXPECT_EQ(zuController::TYPE.GetBaseType(), &zuObject::TYPE);
-
+    EXPECT_EQ(zuRttiInterface::TYPE.GetBaseType(), nullptr);
     zuTestController controller;
     EXPECT_EQ(&controller.GetType(), &zuTestController::TYPE);
     EXPECT_TRUE(controller.IsDerived(zuController::TYPE));
@@ -49,6 +45,81 @@ TEST(zuRttiTest, TheLibraryRecordsFormOneHierarchy)
     zuTestPlain plain;
     EXPECT_TRUE(plain.IsDerived(zuRttiInterface::TYPE));
     EXPECT_FALSE(plain.IsDerived(zuObject::TYPE));
+}
+
+zuRttiInterface* firstFactory(zuBaseStream&)
+{
+    return nullptr;
+}
+
+zuRttiInterface* secondFactory(zuBaseStream&)
+{
+    return nullptr;
+}
+
+class FactoryRegistry : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        ASSERT_EQ(LibInitCounter::count("scenegraph"), 0) << "the library must not be started";
+        mOwnsRegistry = true;
+        zuRttiInterface::DestroyFactoryMap();
+    }
+    // A started library keeps its registry.
+    void TearDown() override
+    {
+        if (mOwnsRegistry)
+            zuRttiInterface::DestroyFactoryMap();
+    }
+
+    bool mOwnsRegistry = false;
+};
+
+TEST_F(FactoryRegistry, TheMapIsCreatedOnceAndANameKeepsItsFirstFactoryUntilUnregistered)
+{
+    EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.Probe"), nullptr);
+    EXPECT_TRUE(zuRttiInterface::GetFactoryNames().empty());
+    EXPECT_TRUE(zuRttiInterface::CreateFactoryMap());
+    EXPECT_TRUE(zuRttiInterface::RegisterFactoryFunction("zuTest.Probe", firstFactory));
+    EXPECT_FALSE(zuRttiInterface::CreateFactoryMap());
+    EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.Probe"), firstFactory);  // the second call kept it
+
+    zuRttiInterface::DestroyFactoryMap();
+    EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.Probe"), nullptr);
+    EXPECT_TRUE(zuRttiInterface::CreateFactoryMap());
+    EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.Probe"), nullptr);
+
+    // A name keeps its first factory.
+    EXPECT_TRUE(zuRttiInterface::RegisterFactoryFunction("zuTest.Probe", firstFactory));
+    EXPECT_FALSE(zuRttiInterface::RegisterFactoryFunction("zuTest.Probe", secondFactory));
+    EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.Probe"), firstFactory);
+    EXPECT_TRUE(zuRttiInterface::RegisterFactoryFunction("zuTest.Probe2", secondFactory));
+    EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.Probe2"), secondFactory);
+
+    // Names are compared whole and exactly.
+    EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.Prob"), nullptr);
+    EXPECT_EQ(zuRttiInterface::GetFactory("zutest.probe"), nullptr);
+    EXPECT_EQ(zuRttiInterface::GetFactory(""), nullptr);
+
+    zuRttiInterface::UnregisterFactoryFunction("zuTest.Probe");
+    EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.Probe"), nullptr);
+    zuRttiInterface::UnregisterFactoryFunction("zuTest.Unknown");
+    EXPECT_TRUE(zuRttiInterface::RegisterFactoryFunction("zuTest.Probe", secondFactory));
+    EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.Probe"), secondFactory);
+}
+
+TEST_F(FactoryRegistry, AClassRegistersItsFactoryUnderItsTypeName)
+{
+    ASSERT_TRUE(zuRttiInterface::CreateFactoryMap());
+    zuTestController::RegisterFactory();
+    zuTestNode::RegisterFactory();
+    EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.zuTestNode"), &zuTestNode::Factory);
+    EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.zuTestController"), &zuTestController::Factory);
+    EXPECT_EQ(zuRttiInterface::GetFactoryNames(),
+              (std::vector<std::string>{"zuTest.zuTestController", "zuTest.zuTestNode"}));
+    zuTestNode::UnRegisterFactory();
+    EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.zuTestNode"), nullptr);
+    EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.zuTestController"), &zuTestController::Factory);
 }
 
 } // namespace

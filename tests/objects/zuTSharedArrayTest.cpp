@@ -20,6 +20,8 @@
 namespace zu::test {
 namespace {
 
+using V3f = Wm4::Vector3<float>;
+
 class SharedArray : public ::testing::Test {
 protected:
     zuTestFactories factories;
@@ -30,9 +32,17 @@ uint64_t id(const void* object)
     return reinterpret_cast<uintptr_t>(object);
 }
 
-void f64(zuBytes& bytes, double value)
+zuBytes& f64(zuBytes& bytes, double value)
 {
-    bytes.raw(&value, 8);
+    return bytes.raw(&value, 8);
+}
+
+zuBytes doubles(std::initializer_list<double> values)
+{
+    zuBytes bytes;
+    for (double value : values)
+        f64(bytes, value);
+    return bytes;
 }
 
 // A new array owning a copy of `values`.
@@ -46,10 +56,12 @@ zuTSharedArray<T>* makeArray(const std::vector<T>& values)
 }
 
 // The record header of an array at 6.x: type name, size, identity, empty name, no controllers.
-void arrayHeader(zuBytes& bytes, const std::string& type, const void* object, int quantity, int elementBytes)
+zuBytes arrayHeader(const std::string& type, uint64_t identity, int quantity, int elementBytes)
 {
     const int size = 4 + static_cast<int>(type.size()) + 4 + 8 + 4 + 4 + 4 + quantity * elementBytes;
-    bytes.str("Top Level").str(type).i32(size).u64(id(object)).str("").i32(0).i32(quantity);
+    zuBytes bytes;
+    bytes.str("Top Level").str(type).i32(size).u64(identity).str("").i32(0).i32(quantity);
+    return bytes;
 }
 
 zuPointer<zuRttiInterface> loadOne(std::vector<char> bytes, zuStreamVersion version)
@@ -68,15 +80,12 @@ bool sameBytes(const zuTSharedArray<T>& a, const zuTSharedArray<T>& b)
         && (a.GetQuantity() == 0 || std::memcmp(a.GetData(), b.GetData(), sizeof(T) * a.GetQuantity()) == 0);
 }
 
-// ---------------------------------------------------------------------------------------
-// Instantiations
-
 struct Instantiation {
     const zuRtti* type;
     const char* name;
     int elementBytes;
-    int emptyDiskUsed;    // GetDiskUsed of an empty array at 6.32
-    int threeDiskUsed;    // GetDiskUsed of an array of three elements at 6.32
+    int emptyDiskUsed;  // GetDiskUsed of an empty array at 6.32
+    int threeDiskUsed;  // GetDiskUsed of an array of three elements at 6.32
     zuRttiInterface* (*create)();
 };
 
@@ -91,9 +100,9 @@ Instantiation describe(const char* name, int elementBytes)
             zuRttiInterface::GetCreateFunction(name)};
 }
 
-std::vector<Instantiation> allInstantiations()
+TEST_F(SharedArray, EveryInstantiationHasItsTypeNameElementSizeAndRegisteredFactory)
 {
-    return {
+    const std::vector<Instantiation> all = {
         describe<float>("zuCore.zuFloatArray", 4),
         describe<double>("zuCore.zuDoubleArray", 8),
         describe<int>("zuCore.zuIntArray", 4),
@@ -116,142 +125,85 @@ std::vector<Instantiation> allInstantiations()
         describe<Wm4::Plane3<float>>("zuCore.zuPlane3fArray", 16),
         describe<Wm4::Plane3<double>>("zuCore.zuPlane3dArray", 32),
     };
-}
-
-TEST_F(SharedArray, EveryInstantiationHasItsTypeNameElementSizeAndRegisteredFactory)
-{
-    const std::vector<Instantiation> all = allInstantiations();
-    ASSERT_EQ(all.size(), 21u);
     for (const Instantiation& entry : all) {
         SCOPED_TRACE(entry.name);
         EXPECT_STREQ(entry.type->GetName(), entry.name);
         EXPECT_EQ(entry.type->GetBaseType(), &zuObject::TYPE);
         // Header: name field, size field, identity, empty name, controller count, quantity.
-        const int header = 4 + static_cast<int>(std::strlen(entry.name)) + 4 + 8 + 4 + 4;
-        EXPECT_EQ(entry.emptyDiskUsed, header + 4);
+        EXPECT_EQ(entry.emptyDiskUsed, 4 + static_cast<int>(std::strlen(entry.name)) + 4 + 8 + 4 + 4 + 4);
         EXPECT_EQ(entry.threeDiskUsed - entry.emptyDiskUsed, 3 * entry.elementBytes);
         ASSERT_NE(zuRttiInterface::GetFactory(entry.name), nullptr);
         ASSERT_NE(entry.create, nullptr);
         zuPointer<zuRttiInterface> made = entry.create();
         EXPECT_TRUE(made->IsExactly(*entry.type));
         EXPECT_EQ(made->GetReferences(), 1);
-        for (const Instantiation& other : all) {
+        for (const Instantiation& other : all)
             if (&other != &entry) {
                 EXPECT_FALSE(made->IsDerived(*other.type)) << other.name;
             }
-        }
     }
 }
 
-// ---------------------------------------------------------------------------------------
-// Exact bytes at 6.32
-
-TEST_F(SharedArray, RecordsOfScalarArraysHoldTheQuantityThenTheElements)
+// The quantity, then each element's components in order (a plane is its normal, then its
+// constant; matrices row by row); loaded back, every bit returns.
+TEST_F(SharedArray, RecordsHoldTheQuantityThenTheElements)
 {
-    zuPointer<zuFloatArray> floats = makeArray<float>({1.5f, -2.0f, 0.1f});
-    zuBytes expected;
-    arrayHeader(expected, "zuCore.zuFloatArray", floats, 3, 4);
-    expected.f32(1.5f).f32(-2.0f).f32(0.1f);
-    EXPECT_EQ(saveToBytes({floats}, zuStreamVersion(6, 32)), expected.bytes());
-
-    zuPointer<zuIntArray> ints = makeArray<int>({1, -1, std::numeric_limits<int>::max(), std::numeric_limits<int>::min()});
-    zuBytes expectedInts;
-    arrayHeader(expectedInts, "zuCore.zuIntArray", ints, 4, 4);
-    expectedInts.i32(1).i32(-1).i32(0x7fffffff).i32(static_cast<int32_t>(0x80000000u));
-    EXPECT_EQ(saveToBytes({ints}, zuStreamVersion(6, 32)), expectedInts.bytes());
-
-    zuPointer<zuDoubleArray> doubles = makeArray<double>({0.1, -1e300});
-    zuBytes expectedDoubles;
-    arrayHeader(expectedDoubles, "zuCore.zuDoubleArray", doubles, 2, 8);
-    f64(expectedDoubles, 0.1);
-    f64(expectedDoubles, -1e300);
-    EXPECT_EQ(saveToBytes({doubles}, zuStreamVersion(6, 32)), expectedDoubles.bytes());
-}
-
-TEST_F(SharedArray, RecordsOfValueArraysWriteEachElementsComponentsInOrder)
-{
-    zuPointer<zuVector3fArray> vectors =
-        makeArray<Wm4::Vector3<float>>({Wm4::Vector3<float>(1, 2, 3), Wm4::Vector3<float>(-4, 5.5f, 0)});
-    zuBytes expectedVectors;
-    arrayHeader(expectedVectors, "zuCore.zuVector3fArray", vectors, 2, 12);
-    expectedVectors.f32(1).f32(2).f32(3).f32(-4).f32(5.5f).f32(0);
-    EXPECT_EQ(saveToBytes({vectors}, zuStreamVersion(6, 32)), expectedVectors.bytes());
-
-    // Row-major entries 0.5, 1.5, ..., 15.5.
     Wm4::Matrix4<double> matrix;
-    for (int row = 0; row < 4; ++row)
-        for (int column = 0; column < 4; ++column)
-            matrix[row][column] = 4 * row + column + 0.5;
-    zuPointer<zuMatrix4dArray> matrices = makeArray<Wm4::Matrix4<double>>({matrix});
-    zuBytes expectedMatrices;
-    arrayHeader(expectedMatrices, "zuCore.zuMatrix4dArray", matrices, 1, 128);
-    for (int i = 0; i < 16; ++i)
-        f64(expectedMatrices, i + 0.5);
-    EXPECT_EQ(saveToBytes({matrices}, zuStreamVersion(6, 32)), expectedMatrices.bytes());
+    zuBytes matrixBytes;
+    for (int i = 0; i < 16; ++i) {
+        matrix[i / 4][i % 4] = i + 0.5;
+        f64(matrixBytes, i + 0.5);
+    }
+    struct Case {
+        zuPointer<zuRttiInterface> array;
+        int quantity;
+        int elementBytes;
+        zuBytes elements;
+    };
+    const Case cases[] = {
+        {makeArray<float>({1.5f, -2.0f, 0.1f}), 3, 4, zuBytes().f32(1.5f).f32(-2.0f).f32(0.1f)},
+        {makeArray<int>({1, -1, std::numeric_limits<int>::max(), std::numeric_limits<int>::min()}), 4, 4,
+         zuBytes().i32(1).i32(-1).i32(0x7fffffff).i32(static_cast<int32_t>(0x80000000u))},
+        {makeArray<double>({0.1, -1e300}), 2, 8, doubles({0.1, -1e300})},
+        {makeArray<V3f>({V3f(1, 2, 3), V3f(-4, 5.5f, 0)}), 2, 12, zuBytes().f32(1).f32(2).f32(3).f32(-4).f32(5.5f).f32(0)},
+        {makeArray<Wm4::Matrix4<double>>({matrix}), 1, 128, matrixBytes},
+        {makeArray<Wm4::Plane3<float>>({Wm4::Plane3<float>(V3f(0, 0.6f, 0.8f), -2.5f)}), 1, 16,
+         zuBytes().f32(0).f32(0.6f).f32(0.8f).f32(-2.5f)},
+        {makeArray<Wm4::Plane3<double>>({Wm4::Plane3<double>(Wm4::Vector3<double>(1, 0, 0), 1e-12)}), 1, 32,
+         doubles({1, 0, 0, 1e-12})},
+        {makeArray<Wm4::ColorRGBA>({Wm4::ColorRGBA(0.1f, 0.2f, 0.3f, 1.0f)}), 1, 16,
+         zuBytes().f32(0.1f).f32(0.2f).f32(0.3f).f32(1.0f)},
+        {makeArray<Wm4::Quaternion<float>>({Wm4::Quaternion<float>(0.5f, -0.5f, 0.25f, 1e-30f)}), 1, 16,
+         zuBytes().f32(0.5f).f32(-0.5f).f32(0.25f).f32(1e-30f)},
+        {new zuMatrix3dArray, 0, 72, zuBytes()},
+    };
+    for (const Case& c : cases) {
+        const std::string type = c.array->GetType().GetName();
+        SCOPED_TRACE(type);
+        auto recordOf = [&](const void* object) -> std::vector<char> {
+            zuBytes bytes = arrayHeader(type, id(object), c.quantity, c.elementBytes);
+            return bytes.raw(c.elements.bytes().data(), c.elements.size()).bytes();
+        };
+        EXPECT_EQ(saveToBytes({c.array}, zuStreamVersion(6, 32)), recordOf(c.array.get()));
+        zuPointer<zuRttiInterface> loaded = loadOne(recordOf(c.array.get()), zuStreamVersion(6, 32));
+        ASSERT_NE(loaded, nullptr);
+        ASSERT_TRUE(loaded->IsExactly(c.array->GetType()));
+        EXPECT_TRUE(loaded->Equals(c.array));
+        EXPECT_EQ(saveToBytes({loaded}, zuStreamVersion(6, 32)), recordOf(loaded.get())) << "every bit returns";
+        if (c.quantity == 0) {
+            EXPECT_EQ(static_cast<zuMatrix3dArray*>(loaded.get())->GetData(), nullptr);
+        }
+    }
 
-    // A plane is its normal, then its constant.
-    zuPointer<zuPlane3fArray> planes =
-        makeArray<Wm4::Plane3<float>>({Wm4::Plane3<float>(Wm4::Vector3<float>(0, 0.6f, 0.8f), -2.5f)});
-    zuBytes expectedPlanes;
-    arrayHeader(expectedPlanes, "zuCore.zuPlane3fArray", planes, 1, 16);
-    expectedPlanes.f32(0).f32(0.6f).f32(0.8f).f32(-2.5f);
-    EXPECT_EQ(saveToBytes({planes}, zuStreamVersion(6, 32)), expectedPlanes.bytes());
-
-    zuPointer<zuColorRGBAArray> colours = makeArray<Wm4::ColorRGBA>({Wm4::ColorRGBA(0.1f, 0.2f, 0.3f, 1.0f)});
-    zuBytes expectedColours;
-    arrayHeader(expectedColours, "zuCore.zuColorRGBAArray", colours, 1, 16);
-    expectedColours.f32(0.1f).f32(0.2f).f32(0.3f).f32(1.0f);
-    EXPECT_EQ(saveToBytes({colours}, zuStreamVersion(6, 32)), expectedColours.bytes());
-}
-
-TEST_F(SharedArray, AnEmptyArrayIsItsQuantityZeroAndNoElements)
-{
-    zuPointer<zuMatrix3dArray> empty = new zuMatrix3dArray;
-    zuBytes expected;
-    arrayHeader(expected, "zuCore.zuMatrix3dArray", empty, 0, 72);
-    EXPECT_EQ(saveToBytes({empty}, zuStreamVersion(6, 32)), expected.bytes());
-
-    zuPointer<zuRttiInterface> loaded = loadOne(expected.bytes(), zuStreamVersion(6, 32));
-    ASSERT_NE(loaded, nullptr);
-    ASSERT_TRUE(loaded->IsExactly(zuMatrix3dArray::TYPE));
-    EXPECT_EQ(static_cast<zuMatrix3dArray*>(loaded.get())->GetQuantity(), 0);
-    EXPECT_EQ(static_cast<zuMatrix3dArray*>(loaded.get())->GetData(), nullptr);
-    EXPECT_TRUE(loaded->Equals(empty));
-}
-
-TEST_F(SharedArray, RecordsBeforeVersion6HaveNoSizeField)
-{
+    // Before 6.0 there is no size field.
     zuPointer<zuIntArray> ints = makeArray<int>({7});
-    zuBytes expected;
-    expected.str("Top Level").str("zuCore.zuIntArray").u64(id(ints)).str("").i32(0).i32(1).i32(7);
+    zuBytes old;
+    old.str("Top Level").str("zuCore.zuIntArray").u64(id(ints)).str("").i32(0).i32(1).i32(7);
     const std::vector<char> saved = saveToBytes({ints}, zuStreamVersion(5, 20));
-    EXPECT_EQ(saved, expected.bytes());
+    EXPECT_EQ(saved, old.bytes());
     zuPointer<zuRttiInterface> loaded = loadOne(saved, zuStreamVersion(5, 20));
     ASSERT_NE(loaded, nullptr);
     EXPECT_TRUE(sameBytes(*static_cast<zuIntArray*>(loaded.get()), *ints));
-}
-
-TEST_F(SharedArray, LoadingTheBytesGivesBackEveryBit)
-{
-    Wm4::Matrix4<double> matrix;
-    for (int i = 0; i < 16; ++i)
-        matrix[i / 4][i % 4] = 1.0 / (i + 3);
-    zuPointer<zuMatrix4dArray> matrices = makeArray<Wm4::Matrix4<double>>({matrix, Wm4::Matrix4<double>()});
-    zuPointer<zuQuaternionfArray> quaternions =
-        makeArray<Wm4::Quaternion<float>>({Wm4::Quaternion<float>(0.5f, -0.5f, 0.25f, 1e-30f)});
-    zuPointer<zuPlane3dArray> planes =
-        makeArray<Wm4::Plane3<double>>({Wm4::Plane3<double>(Wm4::Vector3<double>(1, 0, 0), 1e-12)});
-
-    for (zuRttiInterface* array : std::vector<zuRttiInterface*>{matrices, quaternions, planes}) {
-        SCOPED_TRACE(array->GetType().GetName());
-        zuPointer<zuRttiInterface> loaded = loadOne(saveToBytes({array}, zuStreamVersion(6, 32)), zuStreamVersion(6, 32));
-        ASSERT_NE(loaded, nullptr);
-        ASSERT_TRUE(loaded->IsExactly(array->GetType()));
-        EXPECT_TRUE(loaded->Equals(array));
-    }
-    zuPointer<zuRttiInterface> loaded = loadOne(saveToBytes({matrices}, zuStreamVersion(6, 32)), zuStreamVersion(6, 32));
-    ASSERT_NE(loaded, nullptr);
-    EXPECT_TRUE(sameBytes(*static_cast<zuMatrix4dArray*>(loaded.get()), *matrices));
 }
 
 // Saves with a zuFileStream whose 16-byte block splits the elements, and loads it back.
@@ -292,69 +244,48 @@ TEST_F(SharedArray, RoundTripsThroughAFileStreamWithElementsAcrossBlocks)
     EXPECT_EQ(static_cast<zuColorRGBArray*>(in.GetObjectAt(2))->GetQuantity(), 0);
 }
 
-// ---------------------------------------------------------------------------------------
-// Equality
-
-TEST_F(SharedArray, FloatingPointElementsAreEqualWithinOneMillionth)
+// Floating-point components are equal when they differ by less than 1e-6 (compared in
+// double), every component counts, integers compare exactly, NaN is never equal.
+TEST_F(SharedArray, EqualityIsWithinOneMillionthForEveryFloatingPointComponent)
 {
-    zuPointer<zuFloatArray> base = makeArray<float>({0.0f, 10.0f});
-    zuPointer<zuFloatArray> close = makeArray<float>({5e-7f, 10.0f});
-    zuPointer<zuFloatArray> far = makeArray<float>({2e-6f, 10.0f});
-    EXPECT_TRUE(base->Equals(close));
-    EXPECT_TRUE(close->Equals(base));
-    EXPECT_FALSE(base->Equals(far));
-    EXPECT_FALSE(far->Equals(base));
-
-    // The float nearest to 1e-6 lies just below it: in double it is within the tolerance
-    // (a comparison in float would find it equal to the bound, hence not below it).
-    zuPointer<zuFloatArray> nearest = makeArray<float>({1e-6f, 10.0f});
+    using M4f = Wm4::Matrix4<float>;
+    M4f farEntry;
+    farEntry[3][3] = 2e-6f;
+    M4f nearEntry;
+    nearEntry[3][3] = 5e-7f;
+    // The float nearest to 1e-6 lies just below it: in double it is within the tolerance (a
+    // comparison in float would find it equal to the bound, hence not below it).
     ASSERT_LT(static_cast<double>(1e-6f), 1e-6);
-    EXPECT_TRUE(base->Equals(nearest));
-
-    // The bound itself is not below the tolerance.
-    zuPointer<zuDoubleArray> zero = makeArray<double>({0.0});
-    zuPointer<zuDoubleArray> bound = makeArray<double>({1e-6});
-    zuPointer<zuDoubleArray> below = makeArray<double>({0.999999e-6});
-    EXPECT_FALSE(zero->Equals(bound));
-    EXPECT_TRUE(zero->Equals(below));
-
-    // Not-a-number is never within the tolerance.
-    zuPointer<zuFloatArray> nan = makeArray<float>({std::numeric_limits<float>::quiet_NaN(), 10.0f});
-    EXPECT_FALSE(nan->Equals(nan));
-}
-
-TEST_F(SharedArray, EveryComponentOfAValueIsCompared)
-{
-    Wm4::Matrix4<float> matrix;
-    zuPointer<zuMatrix4fArray> a = makeArray<Wm4::Matrix4<float>>({matrix, matrix});
-    matrix[3][3] = 2e-6f;
-    zuPointer<zuMatrix4fArray> lastEntry = makeArray<Wm4::Matrix4<float>>({Wm4::Matrix4<float>(), matrix});
-    EXPECT_FALSE(a->Equals(lastEntry));
-    matrix[3][3] = 5e-7f;
-    zuPointer<zuMatrix4fArray> withinTolerance = makeArray<Wm4::Matrix4<float>>({Wm4::Matrix4<float>(), matrix});
-    EXPECT_TRUE(a->Equals(withinTolerance));
-
+    const float nan = std::numeric_limits<float>::quiet_NaN();
     const Wm4::Vector3<double> normal(0, 0, 1);
-    zuPointer<zuPlane3dArray> plane = makeArray<Wm4::Plane3<double>>({Wm4::Plane3<double>(normal, 1.0)});
-    zuPointer<zuPlane3dArray> otherConstant = makeArray<Wm4::Plane3<double>>({Wm4::Plane3<double>(normal, 1.00001)});
-    EXPECT_FALSE(plane->Equals(otherConstant));
-
-    zuPointer<zuColorRGBAArray> opaque = makeArray<Wm4::ColorRGBA>({Wm4::ColorRGBA(1, 1, 1, 1)});
-    zuPointer<zuColorRGBAArray> clear = makeArray<Wm4::ColorRGBA>({Wm4::ColorRGBA(1, 1, 1, 0)});
-    EXPECT_FALSE(opaque->Equals(clear));
-
-    zuPointer<zuQuaterniondArray> q = makeArray<Wm4::Quaternion<double>>({Wm4::Quaternion<double>(1, 0, 0, 0)});
-    zuPointer<zuQuaterniondArray> qClose = makeArray<Wm4::Quaternion<double>>({Wm4::Quaternion<double>(1, 0, 0, 9e-7)});
-    EXPECT_TRUE(q->Equals(qClose));
-}
-
-TEST_F(SharedArray, IntegersAreComparedExactly)
-{
-    zuPointer<zuIntArray> a = makeArray<int>({1000000, 5});
-    zuPointer<zuIntArray> b = makeArray<int>({1000001, 5});
-    zuPointer<zuIntArray> same = makeArray<int>({1000000, 5});
-    EXPECT_FALSE(a->Equals(b));
-    EXPECT_TRUE(a->Equals(same));
+    struct Case {
+        const char* what;
+        zuPointer<zuRttiInterface> a, b;
+        bool equal;
+    };
+    const Case cases[] = {
+        {"5e-7 apart", makeArray<float>({0.0f, 10.0f}), makeArray<float>({5e-7f, 10.0f}), true},
+        {"2e-6 apart", makeArray<float>({0.0f, 10.0f}), makeArray<float>({2e-6f, 10.0f}), false},
+        {"the float nearest 1e-6", makeArray<float>({0.0f, 10.0f}), makeArray<float>({1e-6f, 10.0f}), true},
+        {"the bound itself", makeArray<double>({0.0}), makeArray<double>({1e-6}), false},
+        {"just below the bound", makeArray<double>({0.0}), makeArray<double>({0.999999e-6}), true},
+        {"NaN", makeArray<float>({nan, 10.0f}), makeArray<float>({nan, 10.0f}), false},
+        {"last matrix entry far", makeArray<M4f>({M4f(), M4f()}), makeArray<M4f>({M4f(), farEntry}), false},
+        {"last matrix entry near", makeArray<M4f>({M4f(), M4f()}), makeArray<M4f>({M4f(), nearEntry}), true},
+        {"plane constant", makeArray<Wm4::Plane3<double>>({Wm4::Plane3<double>(normal, 1.0)}),
+         makeArray<Wm4::Plane3<double>>({Wm4::Plane3<double>(normal, 1.00001)}), false},
+        {"colour alpha", makeArray<Wm4::ColorRGBA>({Wm4::ColorRGBA(1, 1, 1, 1)}),
+         makeArray<Wm4::ColorRGBA>({Wm4::ColorRGBA(1, 1, 1, 0)}), false},
+        {"quaternion 9e-7", makeArray<Wm4::Quaternion<double>>({Wm4::Quaternion<double>(1, 0, 0, 0)}),
+         makeArray<Wm4::Quaternion<double>>({Wm4::Quaternion<double>(1, 0, 0, 9e-7)}), true},
+        {"integers one apart", makeArray<int>({1000000, 5}), makeArray<int>({1000001, 5}), false},
+        {"equal integers", makeArray<int>({1000000, 5}), makeArray<int>({1000000, 5}), true},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        EXPECT_EQ(c.a->Equals(c.b), c.equal);
+        EXPECT_EQ(c.b->Equals(c.a), c.equal);
+    }
 }
 
 TEST_F(SharedArray, ArraysOfDifferentKindsOrLengthsNeverCompareEqual)
@@ -369,8 +300,7 @@ TEST_F(SharedArray, ArraysOfDifferentKindsOrLengthsNeverCompareEqual)
     zuPointer<zuVector4fArray> vectors = makeArray<Wm4::Vector4<float>>({Wm4::Vector4<float>(1, 2, 3, 4)});
     zuPointer<zuQuaternionfArray> quaternions = makeArray<Wm4::Quaternion<float>>({Wm4::Quaternion<float>(1, 2, 3, 4)});
     zuPointer<zuColorRGBAArray> colours = makeArray<Wm4::ColorRGBA>({Wm4::ColorRGBA(1, 2, 3, 4)});
-    zuPointer<zuPlane3fArray> planes =
-        makeArray<Wm4::Plane3<float>>({Wm4::Plane3<float>(Wm4::Vector3<float>(1, 2, 3), 4)});
+    zuPointer<zuPlane3fArray> planes = makeArray<Wm4::Plane3<float>>({Wm4::Plane3<float>(V3f(1, 2, 3), 4)});
     const std::vector<zuRttiInterface*> kinds = {vectors, quaternions, colours, planes};
     for (zuRttiInterface* a : kinds)
         for (zuRttiInterface* b : kinds)
@@ -379,89 +309,75 @@ TEST_F(SharedArray, ArraysOfDifferentKindsOrLengthsNeverCompareEqual)
     zuPointer<zuFloatArray> empty = new zuFloatArray;
     zuPointer<zuFloatArray> otherEmpty = new zuFloatArray;
     zuPointer<zuIntArray> emptyInts = new zuIntArray;
+    zuPointer<zuCoreSettings> settings = new zuCoreSettings;
     EXPECT_TRUE(empty->Equals(otherEmpty));
     EXPECT_FALSE(empty->Equals(emptyInts));
     EXPECT_FALSE(empty->Equals(floats));
     EXPECT_FALSE(floats->Equals(empty));
     EXPECT_FALSE(floats->Equals(nullptr));
-
-    zuPointer<zuCoreSettings> settings = new zuCoreSettings;
     EXPECT_FALSE(empty->Equals(settings));
 }
 
-// ---------------------------------------------------------------------------------------
-// Copies, clones and the active quantity
-
-TEST_F(SharedArray, CopiesAreDeepAndSelfAssignmentKeepsTheElements)
+TEST_F(SharedArray, CopiesAndClonesAreDeep)
 {
-    zuPointer<zuVector2fArray> original =
-        makeArray<Wm4::Vector2<float>>({Wm4::Vector2<float>(1, 2), Wm4::Vector2<float>(3, 4)});
+    using V2f = Wm4::Vector2<float>;
+    zuPointer<zuVector2fArray> original = makeArray<V2f>({V2f(1, 2), V2f(3, 4)});
     zuPointer<zuVector2fArray> copy = new zuVector2fArray(*original);
     EXPECT_NE(copy->GetID(), original->GetID());
     EXPECT_NE(copy->GetData(), original->GetData());
     EXPECT_TRUE(sameBytes(*copy, *original));
-    (*copy)[0] = Wm4::Vector2<float>(9, 9);
-    EXPECT_EQ((*original)[0], Wm4::Vector2<float>(1, 2));
+    (*copy)[0] = V2f(9, 9);
+    EXPECT_EQ((*original)[0], V2f(1, 2));
 
-    // Assigning over a filled array frees its elements (the sanitizer build sees a leak).
-    zuPointer<zuVector2fArray> target = makeArray<Wm4::Vector2<float>>({Wm4::Vector2<float>(5, 5)});
+    // Assigning over a filled array frees its elements (the sanitizer build sees a leak) and
+    // keeps its identity; assigning an array to itself keeps its elements.
+    zuPointer<zuVector2fArray> target = makeArray<V2f>({V2f(5, 5)});
     const unsigned int targetID = target->GetID();
     *target = *original;
     EXPECT_EQ(target->GetID(), targetID);
     EXPECT_TRUE(sameBytes(*target, *original));
     EXPECT_NE(target->GetData(), original->GetData());
-
-    const Wm4::Vector2<float>* before = original->GetData();
+    const V2f* before = original->GetData();
     zuVector2fArray& self = *original;
     *original = self;
     EXPECT_EQ(original->GetData(), before);
-    EXPECT_EQ(original->GetQuantity(), 2);
-    EXPECT_EQ((*original)[1], Wm4::Vector2<float>(3, 4));
-
+    EXPECT_EQ((*original)[1], V2f(3, 4));
     *target = zuVector2fArray();
     EXPECT_EQ(target->GetQuantity(), 0);
     EXPECT_EQ(target->GetData(), nullptr);
-}
 
-TEST_F(SharedArray, CloningIntoNullCreatesTheTargetWithItsOwnCopy)
-{
-    zuPointer<zuDoubleArray> original = makeArray<double>({1.0, 2.0, 3.0});
-    zuRttiInterface* target = nullptr;
-    ASSERT_TRUE(original->Clone(target));
-    ASSERT_NE(target, nullptr);
-    zuPointer<zuRttiInterface> holder = target;
-    ASSERT_TRUE(target->IsExactly(zuDoubleArray::TYPE));
-    zuDoubleArray* clone = static_cast<zuDoubleArray*>(target);
-    EXPECT_NE(clone->GetData(), original->GetData());
-    EXPECT_TRUE(sameBytes(*clone, *original));
+    // Cloning into null creates the target with its own copy.
+    zuPointer<zuDoubleArray> doubles = makeArray<double>({1.0, 2.0, 3.0});
+    zuRttiInterface* created = nullptr;
+    ASSERT_TRUE(doubles->Clone(created));
+    zuPointer<zuRttiInterface> holder = created;
+    ASSERT_TRUE(created->IsExactly(zuDoubleArray::TYPE));
+    zuDoubleArray* clone = static_cast<zuDoubleArray*>(created);
+    EXPECT_NE(clone->GetData(), doubles->GetData());
+    EXPECT_TRUE(sameBytes(*clone, *doubles));
     (*clone)[0] = 42.0;
-    EXPECT_EQ((*original)[0], 1.0);
-}
+    EXPECT_EQ((*doubles)[0], 1.0);
 
-TEST_F(SharedArray, CloningIntoAnArrayReplacesItsElementsAndRefusesOtherKinds)
-{
-    zuPointer<zuIntArray> original = makeArray<int>({1, 2});
+    // Cloning into an array of the kind replaces its elements; other kinds are refused and
+    // keep theirs; cloning into itself keeps the elements.
+    zuPointer<zuIntArray> ints = makeArray<int>({1, 2});
     zuPointer<zuIntArray> filled = makeArray<int>({7, 8, 9});
-    zuRttiInterface* target = filled.get();
-    ASSERT_TRUE(original->Clone(target));
-    EXPECT_EQ(target, filled.get());
-    EXPECT_TRUE(sameBytes(*filled, *original));
-
+    zuRttiInterface* into = filled.get();
+    ASSERT_TRUE(ints->Clone(into));
+    EXPECT_EQ(into, filled.get());
+    EXPECT_TRUE(sameBytes(*filled, *ints));
     zuPointer<zuFloatArray> floats = makeArray<float>({5.0f});
-    target = floats.get();
-    EXPECT_FALSE(original->Clone(target));
+    into = floats.get();
+    EXPECT_FALSE(ints->Clone(into));
     EXPECT_EQ(floats->GetQuantity(), 1);
     EXPECT_EQ((*floats)[0], 5.0f);
-
     zuPointer<zuCoreSettings> settings = new zuCoreSettings;
-    target = settings.get();
-    EXPECT_FALSE(original->Clone(target));
-
-    // Cloning into itself keeps the elements.
-    target = original.get();
-    ASSERT_TRUE(original->Clone(target));
-    EXPECT_EQ(original->GetQuantity(), 2);
-    EXPECT_EQ((*original)[1], 2);
+    into = settings.get();
+    EXPECT_FALSE(ints->Clone(into));
+    into = ints.get();
+    ASSERT_TRUE(ints->Clone(into));
+    EXPECT_EQ(ints->GetQuantity(), 2);
+    EXPECT_EQ((*ints)[1], 2);
 }
 
 TEST_F(SharedArray, TheActiveQuantityShortensWhatIsSavedAndCompared)
@@ -472,9 +388,7 @@ TEST_F(SharedArray, TheActiveQuantityShortensWhatIsSavedAndCompared)
     EXPECT_EQ(array->GetQuantity(), 2);
     EXPECT_EQ(array->GetData(), data);
     EXPECT_TRUE(array->Equals(zuPointer<zuFloatArray>(makeArray<float>({1.0f, 2.0f}))));
-
-    zuBytes expected;
-    arrayHeader(expected, "zuCore.zuFloatArray", array, 2, 4);
+    zuBytes expected = arrayHeader("zuCore.zuFloatArray", id(array), 2, 4);
     expected.f32(1.0f).f32(2.0f);
     EXPECT_EQ(saveToBytes({array}, zuStreamVersion(6, 32)), expected.bytes());
 
@@ -492,21 +406,15 @@ TEST_F(SharedArray, TheActiveQuantityShortensWhatIsSavedAndCompared)
     EXPECT_EQ(copy.GetQuantity(), 3);
     copy.SetActiveQuantity(4);
     EXPECT_EQ(copy.GetQuantity(), 3);
-}
 
-TEST_F(SharedArray, TheConstructorTakesTheDataItselfAndNeedsDataForElements)
-{
-    float* data = new float[2]{1.0f, 2.0f};
-    zuPointer<zuFloatArray> array = new zuFloatArray(2, data);
-    EXPECT_EQ(array->GetData(), data);
-    const float* view = *array;
-    EXPECT_EQ(view, data);
+    // The constructor takes the data itself, and needs data for elements.
+    float* owned = new float[2]{1.0f, 2.0f};
+    zuPointer<zuFloatArray> taken = new zuFloatArray(2, owned);
+    EXPECT_EQ(taken->GetData(), owned);
+    EXPECT_EQ(static_cast<const float*>(*taken), owned);
     zuPointer<zuFloatArray> noData = new zuFloatArray(5, nullptr);
     EXPECT_EQ(noData->GetQuantity(), 0);
 }
-
-// ---------------------------------------------------------------------------------------
-// Hostile and broken records
 
 // One top-level array record at 6.32 that claims `quantity` elements and carries
 // `elementBytes` bytes of them.
@@ -515,35 +423,23 @@ std::vector<char> claimedArray(const std::string& type, int quantity, int elemen
     zuBytes bytes;
     const int size = 4 + static_cast<int>(type.size()) + 4 + 8 + 4 + 4 + 4 + elementBytes;
     bytes.str("Top Level").str(type).i32(size).u64(0x1000).str("").i32(0).i32(quantity);
-    std::vector<char> filler(static_cast<size_t>(elementBytes), '\x11');
-    bytes.raw(filler.data(), filler.size());
-    return bytes.bytes();
+    return bytes.raw(std::vector<char>(static_cast<size_t>(elementBytes), '\x11').data(), elementBytes).bytes();
 }
 
-TEST_F(SharedArray, AHugeQuantityFailsTheLoadBeforeAnythingIsAllocated)
+TEST_F(SharedArray, HugeNegativeOrShortQuantitiesFailTheLoad)
 {
-    // Were the element arrays allocated, the second would ask for 256 GiB: the sanitizer
-    // build aborts on such a request, the release build throws.
-    for (const char* type : {"zuCore.zuFloatArray", "zuCore.zuMatrix4dArray"}) {
-        SCOPED_TRACE(type);
-        std::vector<char> bytes = claimedArray(type, 0x7fffffff, 4);
-        EXPECT_LT(bytes.size(), 70u);
-        zuBaseStream stream;
-        stream.SetVersion(zuStreamVersion(6, 32));
-        EXPECT_FALSE(stream.Load(bytes.data(), bytes.size()));
-        EXPECT_EQ(stream.GetObjectCount(), 0);
-    }
-}
-
-TEST_F(SharedArray, NegativeOrShortQuantitiesFailTheLoad)
-{
+    // Were the element arrays allocated, the huge ones would ask for up to 256 GiB: the
+    // sanitizer build aborts on such a request, the release build throws.
     struct Case {
+        const char* type;
         int quantity;
         int elementBytes;
     };
-    for (const Case& bad : {Case{-1, 0}, Case{std::numeric_limits<int>::min(), 0}, Case{3, 8}, Case{1, 0}}) {
-        SCOPED_TRACE(bad.quantity);
-        std::vector<char> bytes = claimedArray("zuCore.zuIntArray", bad.quantity, bad.elementBytes);
+    for (const Case& bad : {Case{"zuCore.zuFloatArray", 0x7fffffff, 4}, Case{"zuCore.zuMatrix4dArray", 0x7fffffff, 4},
+                            Case{"zuCore.zuIntArray", -1, 0}, Case{"zuCore.zuIntArray", std::numeric_limits<int>::min(), 0},
+                            Case{"zuCore.zuIntArray", 3, 8}, Case{"zuCore.zuIntArray", 1, 0}}) {
+        SCOPED_TRACE(std::string(bad.type) + " " + std::to_string(bad.quantity));
+        std::vector<char> bytes = claimedArray(bad.type, bad.quantity, bad.elementBytes);
         zuBaseStream stream;
         stream.SetVersion(zuStreamVersion(6, 32));
         EXPECT_FALSE(stream.Load(bytes.data(), bytes.size()));

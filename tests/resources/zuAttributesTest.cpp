@@ -80,18 +80,20 @@ TEST(zuAttributes, GroupsFollowEachOtherInLayoutOrderWithNoGaps)
     EXPECT_EQ(layout.GetStride(), 132);
 }
 
-TEST(zuAttributes, SettingAUnitCreatesTheUnitsBelowItEmpty)
+TEST(zuAttributes, SettingAUnitCreatesTheUnitsBelowItEmptyAndGettersAnswerNothingOutsideThem)
 {
     zuAttributes layout;
     layout.SetTCoordChannels(3, 2);
     ASSERT_EQ(layout.GetTCoordUnitCount(), 4);
-    for (int unit = 0; unit < 3; ++unit) {
-        EXPECT_EQ(layout.GetTCoordChannels(unit), 0);
-        EXPECT_EQ(layout.GetTCoordOffsetByte(unit), NO_OFFSET);
-        EXPECT_FALSE(layout.HasTCoord(unit));
+    for (int unit : {-1, 0, 1, 2, 4, 1000}) {
+        EXPECT_EQ(layout.GetTCoordChannels(unit), 0) << unit;
+        EXPECT_EQ(layout.GetTCoordOffsetByte(unit), NO_OFFSET) << unit;
+        EXPECT_FALSE(layout.HasTCoord(unit)) << unit;
+        EXPECT_EQ(layout.GetUserUIntOffsetByte(unit), NO_OFFSET) << unit;
     }
     EXPECT_EQ(layout.GetTCoordChannels(3), 2);
     EXPECT_EQ(layout.GetTCoordOffsetByte(3), 0u);
+    EXPECT_TRUE(layout.HasTCoord(3));
     EXPECT_EQ(layout.GetStride(), 8);
 
     // Lowering a unit keeps the unit count; a negative unit changes nothing.
@@ -101,19 +103,6 @@ TEST(zuAttributes, SettingAUnitCreatesTheUnitsBelowItEmpty)
     EXPECT_EQ(layout.GetTCoordOffsetByte(3), 4u);
     EXPECT_EQ(layout.GetStride(), 12);
     EXPECT_EQ(layout.GetUnitChannels(zuAttributes::TCOORD), (std::vector<int>{0, 1, 0, 2}));
-}
-
-TEST(zuAttributes, UnitGettersAnswerNothingOutsideTheUnits)
-{
-    zuAttributes layout;
-    layout.SetColorChannels(0, 4);
-    for (int unit : {-1, 1, 1000}) {
-        EXPECT_EQ(layout.GetColorChannels(unit), 0) << unit;
-        EXPECT_EQ(layout.GetColorOffsetByte(unit), NO_OFFSET) << unit;
-        EXPECT_FALSE(layout.HasColor(unit)) << unit;
-        EXPECT_EQ(layout.GetUserUIntOffsetByte(unit), NO_OFFSET) << unit;
-    }
-    EXPECT_TRUE(layout.HasColor(0));
 }
 
 TEST(zuAttributes, BulkUnitsEqualUnitByUnitSetting)

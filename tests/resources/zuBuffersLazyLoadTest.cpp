@@ -8,7 +8,6 @@
 #include <zuSceneGraph/resources/zuDynamicResourceCPULoadRequest.h>
 #include <zuSceneGraph/resources/zuIndexBuffer.h>
 #include <zuSceneGraph/resources/zuRendererInterface.h>
-#include <zuSceneGraph/resources/zuResourceController.h>
 #include <zuSceneGraph/resources/zuVertexBuffer.h>
 
 #include <zuSystem/zuDelegateIoDevice.h>
@@ -16,7 +15,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cstring>
 #include <filesystem>
 #include <memory>
@@ -96,19 +94,6 @@ zuDynamicLoadingResource* resourceOf(zuObject* object)
     return nullptr;
 }
 
-// Finalises on this thread until the controller is empty; false after a minute.
-bool finalizeUntilIdle(zuResourceController& controller)
-{
-    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-    while (!controller.isIdle()) {
-        if (std::chrono::steady_clock::now() > limit)
-            return false;
-        controller.waitForFinishedRequests(100);
-        controller.finalizeRequests(nullptr, 0, 0.0);
-    }
-    return true;
-}
-
 class ResourceBuffersLazyLoad : public ResourceLibrary {
 protected:
     void SetUp() override
@@ -139,55 +124,6 @@ protected:
     std::vector<zuPointer<zuObject>> originals;
 };
 
-TEST_F(ResourceBuffersLazyLoad, EveryBufferStaysOnDiskWithItsPlaceRecordedAndComesBack)
-{
-    std::vector<zuPointer<zuObject>> loaded = loadLazily(path);
-    ASSERT_EQ(loaded.size(), originals.size());
-
-    uint64_t previousOffset = 0;
-    for (size_t i = 0; i < loaded.size(); ++i) {
-        SCOPED_TRACE(i);
-        ASSERT_TRUE(loaded[i]->IsExactly(originals[i]->GetType()));
-        zuDynamicLoadingResource* resource = resourceOf(loaded[i]);
-        ASSERT_NE(resource, nullptr);
-        EXPECT_FALSE(resource->isCPUResident());
-        EXPECT_EQ(resource->getResourceFilePath(), path);
-        EXPECT_EQ(resource->getStreamVersion(), zuStreamVersion(6, 32));
-        EXPECT_GT(resource->getStreamOffset(), previousOffset);
-        previousOffset = resource->getStreamOffset();
-
-        // The recorded offset is where the data lies in the file.
-        if (loaded[i]->IsExactly(zuVertexBuffer::TYPE)) {
-            const auto* original = static_cast<const zuVertexBuffer*>(originals[i].get());
-            const auto* buffer = static_cast<const zuVertexBuffer*>(loaded[i].get());
-            EXPECT_EQ(buffer->GetDataSize(), original->GetDataSize());
-            EXPECT_TRUE(buffer->GetAttributes() == original->GetAttributes());
-            EXPECT_EQ(readFileBytes(path, resource->getStreamOffset(), buffer->getCPUSize()),
-                      std::vector<char>(original->GetData(), original->GetData() + original->GetDataSize()));
-        } else {
-            const auto* original = static_cast<const zuIndexBuffer*>(originals[i].get());
-            const auto* buffer = static_cast<const zuIndexBuffer*>(loaded[i].get());
-            EXPECT_EQ(buffer->GetIndexQuantity(), original->GetIndexQuantity());
-            EXPECT_EQ(buffer->GetIndexType(), original->GetIndexType());
-            const std::vector<char> head = readFileBytes(path, resource->getStreamOffset(), 5);
-            ASSERT_EQ(head.size(), 5u);
-            if (original->GetIndexType() == zuIndexBuffer::INDEX_32) {
-                EXPECT_EQ(head[0], zuIndexBuffer::PackedDeltaWidth(original->GetIndexQuantity(),
-                                                                   original->GetIndices32()));
-                EXPECT_EQ(std::memcmp(head.data() + 1, original->GetIndices32(), 4), 0);
-            } else {
-                EXPECT_EQ(std::memcmp(head.data(), original->GetIndices16(), 4), 0);
-            }
-        }
-    }
-
-    for (size_t i = 0; i < loaded.size(); ++i) {
-        zuDynamicLoadingResource* resource = resourceOf(loaded[i]);
-        ASSERT_TRUE(zuRendererInterface::LoadCPUData(resource)) << i;
-        ASSERT_TRUE(loaded[i]->Equals(originals[i])) << i;
-    }
-}
-
 // Counts the bytes read and the seeks past the start; can refuse those seeks.
 class SeekCountingDevice : public zuDelegateIoDevice {
 public:
@@ -217,61 +153,79 @@ private:
     bool mRefuse;
 };
 
-TEST_F(ResourceBuffersLazyLoad, SmallBlocksSeekOverTheBlocksLeftOnDiskAndShareOnePath)
-{
-    const std::vector<zuPointer<zuObject>> reference = loadLazily(path);
-    ASSERT_EQ(reference.size(), originals.size());
-
-    // 64-byte blocks: every vertex block (128 to 384 bytes) runs past the window.
-    zuFileStream stream(64);
-    zuFileIoDevice file(path, zuFileIoDevice::ReadOnly);
-    SeekCountingDevice device(&file, false);
-    ASSERT_TRUE(stream.Load(device, path));
-    ASSERT_EQ(stream.GetObjectCount(), static_cast<int>(originals.size()));
-    EXPECT_GT(device.skips, 0);
-    EXPECT_LT(device.bytesRead, static_cast<int64_t>(std::filesystem::file_size(path)));
-
-    const std::string* shared = nullptr;
-    for (int i = 0; i < stream.GetObjectCount(); ++i) {
-        SCOPED_TRACE(i);
-        zuObject* object = static_cast<zuObject*>(stream.GetObjectAt(i));
-        ASSERT_TRUE(object->IsExactly(originals[i]->GetType()));
-        zuDynamicLoadingResource* resource = resourceOf(object);
-        EXPECT_FALSE(resource->isCPUResident());
-        // The offsets the seeking load records are those of the load that reads through.
-        EXPECT_EQ(resource->getStreamOffset(), resourceOf(reference[i])->getStreamOffset());
-        EXPECT_EQ(resource->getResourceFilePath(), path);
-        if (!shared)
-            shared = &resource->getResourceFilePath();
-        EXPECT_EQ(&resource->getResourceFilePath(), shared);
-        ASSERT_TRUE(zuRendererInterface::LoadCPUData(resource));
-        EXPECT_TRUE(object->Equals(originals[i]));
-    }
-}
-
-TEST_F(ResourceBuffersLazyLoad, ADeviceThatCannotSeekFailsTheLoadOfBlocksLeftOnDisk)
+// A load with 64-byte blocks (every vertex block, 128 to 384 bytes, runs past the window)
+// seeks over the blocks it leaves on disk, and records where each lies in the file.
+TEST_F(ResourceBuffersLazyLoad, EveryBufferStaysOnDiskWithItsPlaceRecordedAndComesBack)
 {
     zuDynamicLoadingResource::SetLoadPolicy(zuVertexBuffer::TYPE, false);
     zuDynamicLoadingResource::SetLoadPolicy(zuIndexBuffer::TYPE, false);
-    zuFileStream stream(64);
-    zuFileIoDevice file(path, zuFileIoDevice::ReadOnly);
-    SeekCountingDevice device(&file, true);
-    EXPECT_FALSE(stream.Load(device, path));
-    EXPECT_EQ(device.skips, 1);
-    EXPECT_TRUE(stream.isStreamError());
-}
-
-TEST_F(ResourceBuffersLazyLoad, SavingBuffersOnDiskWritesTheirDataAndLeavesThemOnDisk)
-{
-    std::vector<zuPointer<zuObject>> loaded = loadLazily(path);
+    std::vector<zuPointer<zuObject>> loaded;
+    {
+        zuFileStream stream(64);
+        zuFileIoDevice file(path, zuFileIoDevice::ReadOnly);
+        SeekCountingDevice device(&file, false);
+        ASSERT_TRUE(stream.Load(device, path));
+        EXPECT_GT(device.skips, 0);
+        EXPECT_LT(device.bytesRead, static_cast<int64_t>(std::filesystem::file_size(path)));
+        for (int i = 0; i < stream.GetObjectCount(); ++i)
+            loaded.emplace_back(static_cast<zuObject*>(stream.GetObjectAt(i)));
+    }
     ASSERT_EQ(loaded.size(), originals.size());
+
+    uint64_t previousOffset = 0;
+    const std::string* sharedPath = nullptr;
+    for (size_t i = 0; i < loaded.size(); ++i) {
+        SCOPED_TRACE(i);
+        ASSERT_TRUE(loaded[i]->IsExactly(originals[i]->GetType()));
+        zuDynamicLoadingResource* resource = resourceOf(loaded[i]);
+        EXPECT_FALSE(resource->isCPUResident());
+        EXPECT_EQ(resource->getResourceFilePath(), path);
+        // One path string for the whole load.
+        if (!sharedPath)
+            sharedPath = &resource->getResourceFilePath();
+        EXPECT_EQ(&resource->getResourceFilePath(), sharedPath);
+        EXPECT_EQ(resource->getStreamVersion(), zuStreamVersion(6, 32));
+        EXPECT_GT(resource->getStreamOffset(), previousOffset);
+        previousOffset = resource->getStreamOffset();
+
+        // The recorded offset is where the data lies in the file: the vertices, or the
+        // packed width and first index (raw 16-bit indices).
+        if (loaded[i]->IsExactly(zuVertexBuffer::TYPE)) {
+            const auto* original = static_cast<const zuVertexBuffer*>(originals[i].get());
+            EXPECT_EQ(readFileBytes(path, resource->getStreamOffset(), resource->getCPUSize()),
+                      std::vector<char>(original->GetData(), original->GetData() + original->GetDataSize()));
+        } else {
+            const auto* original = static_cast<const zuIndexBuffer*>(originals[i].get());
+            const std::vector<char> head = readFileBytes(path, resource->getStreamOffset(), 5);
+            ASSERT_EQ(head.size(), 5u);
+            if (const unsigned int* indices = original->GetIndices32()) {
+                EXPECT_EQ(head[0], zuIndexBuffer::PackedDeltaWidth(original->GetIndexQuantity(), indices));
+                EXPECT_EQ(std::memcmp(head.data() + 1, indices, 4), 0);
+            } else {
+                EXPECT_EQ(std::memcmp(head.data(), original->GetIndices16(), 4), 0);
+            }
+        }
+    }
+
+    // Saving them writes their data, bringing each in for the write and dropping it again;
+    // they then refer to the new file, and come back from it.
     std::vector<zuRttiInterface*> objects(loaded.begin(), loaded.end());
     const std::string copy = dir.file("copy.mvk");
     ASSERT_TRUE(saveResources(copy, objects));
-    // Brought in for the write and dropped again; they now refer to the new file.
-    for (const zuPointer<zuObject>& object : loaded) {
-        EXPECT_FALSE(resourceOf(object)->isCPUResident());
-        EXPECT_EQ(resourceOf(object)->getResourceFilePath(), copy);
+    // A device that cannot seek fails the load at the first block left on disk.
+    zuFileStream refused(64);
+    zuFileIoDevice file(path, zuFileIoDevice::ReadOnly);
+    SeekCountingDevice noSeek(&file, true);
+    EXPECT_FALSE(refused.Load(noSeek, path));
+    EXPECT_EQ(noSeek.skips, 1);
+    EXPECT_TRUE(refused.isStreamError());
+
+    for (size_t i = 0; i < loaded.size(); ++i) {
+        zuDynamicLoadingResource* resource = resourceOf(loaded[i]);
+        ASSERT_FALSE(resource->isCPUResident()) << i;
+        ASSERT_EQ(resource->getResourceFilePath(), copy) << i;
+        ASSERT_TRUE(zuRendererInterface::LoadCPUData(resource)) << i;
+        ASSERT_TRUE(loaded[i]->Equals(originals[i])) << i;
     }
     zuDynamicLoadingResource::ClearLoadingPolicies();
     std::vector<zuPointer<zuObject>> again = loadObjects(copy);
@@ -291,53 +245,57 @@ TEST_F(ResourceBuffersLazyLoad, TheControllerLoadsThemOnTwoWorkersAndFinalisesOn
         ASSERT_NE(controller.requestCPULoad(resourceOf(object)), 0u);
     ASSERT_TRUE(finalizeUntilIdle(controller));
     controller.stop();
-
     for (size_t i = 0; i < loaded.size(); ++i) {
         EXPECT_EQ(resourceOf(loaded[i])->getResourceState(), zuDynamicLoadingResource::RESOURCE_IDLE) << i;
         ASSERT_TRUE(loaded[i]->Equals(originals[i])) << i;
     }
 
-    // And away again: every one has a file to come back from.
+    // And away again: every one has a file to come back from, while buffers that never went
+    // to a file keep their bytes.
+    zuPointer<zuVertexBuffer> memoryVertices = new zuVertexBuffer(static_cast<zuVertexBuffer*>(originals[0].get()));
+    zuPointer<zuIndexBuffer> memoryIndices = new zuIndexBuffer(static_cast<zuIndexBuffer*>(originals[1].get()));
+    ASSERT_EQ(memoryVertices->getResourceFilePath(), "");
+    EXPECT_FALSE(zuRendererInterface::DeleteCPUData(memoryVertices, false));
+    EXPECT_FALSE(zuRendererInterface::DeleteCPUData(memoryIndices, false));
     zuResourceController deleter(2);
     ASSERT_TRUE(deleter.start());
     for (const zuPointer<zuObject>& object : loaded)
         ASSERT_NE(deleter.requestCPUDelete(resourceOf(object)), 0u);
+    ASSERT_NE(deleter.requestCPUDelete(memoryVertices), 0u);
+    ASSERT_NE(deleter.requestCPUDelete(memoryIndices), 0u);
     ASSERT_TRUE(finalizeUntilIdle(deleter));
     for (const zuPointer<zuObject>& object : loaded)
         EXPECT_FALSE(resourceOf(object)->isCPUResident());
+    EXPECT_TRUE(memoryVertices->Equals(originals[0]));
+    EXPECT_TRUE(memoryIndices->Equals(originals[1]));
 }
 
 TEST_F(ResourceBuffersLazyLoad, AShortenedFileLeavesTheBufferOnDiskWithAnInputError)
 {
     std::vector<zuPointer<zuObject>> loaded = loadLazily(path);
     ASSERT_EQ(loaded.size(), originals.size());
-    // Cut the file inside the data of the last vertex buffer and of the last index buffer.
     zuDynamicLoadingResource* lastVertex = resourceOf(loaded[loaded.size() - 2]);
     zuDynamicLoadingResource* lastIndex = resourceOf(loaded[loaded.size() - 1]);
+    // A load request run and finalised on this thread: its status.
+    auto load = [](zuDynamicLoadingResource* resource) {
+        using LoadRequest = zuDynamicResourceCPULoadRequest;
+        std::unique_ptr<LoadRequest> request(
+            static_cast<LoadRequest*>(zuDynamicLoadingResource::CreateCPULoadRequest(resource, nullptr)));
+        request->execute(nullptr);
+        request->finalizeDynamicResourceRequest(resource, true, false);
+        return request->getStatus();
+    };
+
+    // Cut inside the data of the last index buffer: the vertex data before it is whole.
     std::filesystem::resize_file(path, lastIndex->getStreamOffset() + 3);
-
-    using LoadRequest = zuDynamicResourceCPULoadRequest;
-    // The vertex data is whole: it comes back.
-    std::unique_ptr<LoadRequest> whole(
-        static_cast<LoadRequest*>(zuDynamicLoadingResource::CreateCPULoadRequest(lastVertex, nullptr)));
-    ASSERT_TRUE(whole);
-    whole->execute(nullptr);
-    EXPECT_EQ(whole->getStatus(), LoadRequest::STATUS_DONE);
-
-    std::unique_ptr<LoadRequest> cut(
-        static_cast<LoadRequest*>(zuDynamicLoadingResource::CreateCPULoadRequest(lastIndex, nullptr)));
-    ASSERT_TRUE(cut);
-    cut->execute(nullptr);
-    EXPECT_EQ(cut->getStatus(), LoadRequest::STATUS_IO_ERROR);
-    cut->finalizeDynamicResourceRequest(lastIndex, true, false);
+    EXPECT_EQ(load(lastIndex), zuDynamicResourceCPULoadRequest::STATUS_IO_ERROR);
     EXPECT_FALSE(lastIndex->isCPUResident());
+    EXPECT_EQ(load(lastVertex), zuDynamicResourceCPULoadRequest::STATUS_DONE);
+    EXPECT_TRUE(lastVertex->isCPUResident());
+    ASSERT_TRUE(zuRendererInterface::DeleteCPUData(lastVertex, false));
 
     std::filesystem::resize_file(path, lastVertex->getStreamOffset() + 10);
-    std::unique_ptr<LoadRequest> cutVertex(
-        static_cast<LoadRequest*>(zuDynamicLoadingResource::CreateCPULoadRequest(lastVertex, nullptr)));
-    cutVertex->execute(nullptr);
-    EXPECT_EQ(cutVertex->getStatus(), LoadRequest::STATUS_IO_ERROR);
-    cutVertex->finalizeDynamicResourceRequest(lastVertex, true, false);
+    EXPECT_EQ(load(lastVertex), zuDynamicResourceCPULoadRequest::STATUS_IO_ERROR);
     EXPECT_FALSE(lastVertex->isCPUResident());
     EXPECT_FALSE(zuRendererInterface::LoadCPUData(lastVertex));
 
@@ -350,33 +308,6 @@ TEST_F(ResourceBuffersLazyLoad, AShortenedFileLeavesTheBufferOnDiskWithAnInputEr
     // Earlier buffers still come back.
     ASSERT_TRUE(zuRendererInterface::LoadCPUData(resourceOf(loaded[0])));
     EXPECT_TRUE(loaded[0]->Equals(originals[0]));
-}
-
-TEST_F(ResourceBuffersLazyLoad, DeletingABufferThatHasNoFileKeepsItsBytes)
-{
-    zuPointer<zuVertexBuffer> vertices = static_cast<zuVertexBuffer*>(originals[0].get());
-    zuPointer<zuIndexBuffer> indices = static_cast<zuIndexBuffer*>(originals[1].get());
-    zuPointer<zuVertexBuffer> memoryVertices = new zuVertexBuffer(vertices.get());
-    zuPointer<zuIndexBuffer> memoryIndices = new zuIndexBuffer(indices.get());
-    ASSERT_EQ(memoryVertices->getResourceFilePath(), "");
-
-    EXPECT_FALSE(zuRendererInterface::DeleteCPUData(memoryVertices, false));
-    EXPECT_FALSE(zuRendererInterface::DeleteCPUData(memoryIndices, false));
-    zuResourceController controller(2);
-    ASSERT_TRUE(controller.start());
-    ASSERT_NE(controller.requestCPUDelete(memoryVertices), 0u);
-    ASSERT_NE(controller.requestCPUDelete(memoryIndices), 0u);
-    ASSERT_TRUE(finalizeUntilIdle(controller));
-    EXPECT_TRUE(memoryVertices->Equals(vertices));
-    EXPECT_TRUE(memoryIndices->Equals(indices));
-
-    // The saved originals have a file now: they go, and come back.
-    ASSERT_TRUE(zuRendererInterface::DeleteCPUData(vertices, false));
-    ASSERT_TRUE(zuRendererInterface::DeleteCPUData(indices, false));
-    ASSERT_TRUE(zuRendererInterface::LoadCPUData(vertices));
-    ASSERT_TRUE(zuRendererInterface::LoadCPUData(indices));
-    EXPECT_TRUE(memoryVertices->Equals(vertices));
-    EXPECT_TRUE(memoryIndices->Equals(indices));
 }
 
 class ResourceBuffersRepack : public ResourceLibrary {};

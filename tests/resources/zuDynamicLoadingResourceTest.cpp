@@ -1,16 +1,13 @@
 // Type and handler numbers, the request-builder table, load policies and stream info.
 
 #include "resources/zuResourceTestSupport.h"
-#include "support/zuTestObjects.h"
 
 #include <zuSceneGraph/resources/zuDynamicLoadingResource.h>
-#include <zuSceneGraph/resources/zuRendererInterface.h>
 #include <zuSceneGraph/resources/zuRequestInterfaceForDynamicResource.h>
 #include <zuSceneGraph/resources/zuResourceRequestClientInterface.h>
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <memory>
 
 namespace zu::test {
@@ -100,12 +97,7 @@ TEST(ResourceTypeNumbers, TypesAreSuccessiveBitsAndHandlersCountFromOne)
     const unsigned int h1 = zuDynamicLoadingResource::GetNextHandlerIdentifier();
     const unsigned int h2 = zuDynamicLoadingResource::GetNextHandlerIdentifier();
     const unsigned int h3 = zuDynamicLoadingResource::GetNextHandlerIdentifier();
-    if (typeBefore == 0 && handlerBefore == 0) {
-        EXPECT_EQ(1u, t1);
-        EXPECT_EQ(2u, t2);
-        EXPECT_EQ(4u, t3);
-    }
-    // Each number doubles the last; past the 32nd bit there are none left (0). A type
+    // Each number doubles the last, from 1; past the 32nd bit there are none left (0). A type
     // counter at 0 after handlers were taken has run out already (repeated runs in one
     // process).
     if (typeBefore != 0 || handlerBefore == 0) {
@@ -116,9 +108,6 @@ TEST(ResourceTypeNumbers, TypesAreSuccessiveBitsAndHandlersCountFromOne)
         }
     }
     EXPECT_EQ(t3, zuDynamicLoadingResource::GetCurrentResourceIdentifier());
-    if (handlerBefore == 0) {
-        EXPECT_EQ(1u, h1);
-    }
     EXPECT_EQ(handlerBefore + 1, h1);
     EXPECT_EQ(h1 + 1, h2);
     EXPECT_EQ(h2 + 1, h3);
@@ -167,18 +156,15 @@ TEST(ResourceRequestBuilders, CPUAndGPUSidesRegisterIndependentlyAndKeepTheFirst
     EXPECT_EQ("other", tagOf(R::CreateCPULoadRequest(5, nullptr, &handler)));
     EXPECT_EQ("null", tagOf(R::CreateCPUDeleteRequest(5, nullptr, &handler)));
     R::UnregisterRequestBuilder(BUILDER_TYPE);
-}
 
-TEST(ResourceRequestBuilders, ASideThatIsNotRegisteredBuildsNothing)
-{
-    using R = zuDynamicLoadingResource;
+    // A side that is not registered builds nothing; nor does a missing handler or resource.
     ASSERT_TRUE(R::RegisterGPURequestBuilder(GPU_ONLY_TYPE, fromHandler<gpuLoad>, fromHandler<gpuDelete>,
                                              fromResource<gpuLoadR>, fromResource<gpuDeleteR>));
-    TypedHandler handler(GPU_ONLY_TYPE);
-    TypedResource resource(GPU_ONLY_TYPE);
-    EXPECT_EQ("null", tagOf(R::CreateCPULoadRequest(1, nullptr, &handler)));
-    EXPECT_EQ("null", tagOf(R::CreateCPUDeleteRequest(&resource, nullptr)));
-    EXPECT_EQ("gpu load", tagOf(R::CreateGPULoadRequest(1, nullptr, &handler)));
+    TypedHandler gpuHandler(GPU_ONLY_TYPE);
+    TypedResource gpuResource(GPU_ONLY_TYPE);
+    EXPECT_EQ("null", tagOf(R::CreateCPULoadRequest(1, nullptr, &gpuHandler)));
+    EXPECT_EQ("null", tagOf(R::CreateCPUDeleteRequest(&gpuResource, nullptr)));
+    EXPECT_EQ("gpu load", tagOf(R::CreateGPULoadRequest(1, nullptr, &gpuHandler)));
     EXPECT_EQ("null", tagOf(R::CreateCPULoadRequest(1, nullptr, nullptr)));
     EXPECT_EQ("null", tagOf(R::CreateCPULoadRequest(nullptr, nullptr)));
     R::UnregisterRequestBuilder(GPU_ONLY_TYPE);
@@ -218,23 +204,19 @@ TEST_F(ResourceLibrary, ResourceHasToLoadFollowsPathThenPolicy)
     EXPECT_FALSE(resource->hasToLoad());
 }
 
-TEST_F(ResourceLibrary, ResourceStreamInfoOfAPlainStreamHasNoPath)
+TEST_F(ResourceLibrary, ResourceStreamInfoIsThePathAndAbsoluteOffsetOfTheBlock)
 {
-    zuPointer<zuTestBlockResource> resource = new zuTestBlockResource(16, 3);
-    const std::vector<char> saved = saveToBytes({resource}, zuStreamVersion(6, 32));
+    // A plain stream has no path; the offset is where the block starts: the record ends with it.
+    zuPointer<zuTestBlockResource> single = new zuTestBlockResource(16, 3);
+    const std::vector<char> saved = saveToBytes({single}, zuStreamVersion(6, 32));
     ASSERT_FALSE(saved.empty());
-    EXPECT_EQ("", resource->getResourceFilePath());
-    EXPECT_EQ(zuStreamVersion(6, 32), resource->getStreamVersion());
-    // The offset is where the block starts in the saved data: the record ends with it.
-    EXPECT_EQ(saved.size() - 16, resource->getStreamOffset());
-    EXPECT_EQ(0, std::memcmp(saved.data() + resource->getStreamOffset(), resource->GetData(), 16));
-}
+    EXPECT_EQ("", single->getResourceFilePath());
+    EXPECT_EQ(zuStreamVersion(6, 32), single->getStreamVersion());
+    EXPECT_EQ(saved.size() - 16, single->getStreamOffset());
 
-TEST_F(ResourceLibrary, ResourceStreamInfoOfAFileIsItsPathAndAbsoluteOffset)
-{
+    // Small stream blocks, so that blocks straddle the container's windows.
     zuTempDir dir;
     const std::string path = dir.file("blocks.mvk");
-    // Small stream blocks, so that blocks straddle the container's windows.
     std::vector<zuPointer<zuTestBlockResource>> originals;
     std::vector<zuRttiInterface*> objects;
     for (int i = 0; i < 5; ++i) {
@@ -245,28 +227,13 @@ TEST_F(ResourceLibrary, ResourceStreamInfoOfAFileIsItsPathAndAbsoluteOffset)
     for (int i = 0; i < 5; ++i) {
         const zuTestBlockResource* resource = originals[static_cast<size_t>(i)];
         EXPECT_EQ(path, resource->getResourceFilePath());
-        EXPECT_EQ(zuStreamVersion(6, 32), resource->getStreamVersion());
         const std::vector<char> bytes = readFileBytes(path, resource->getStreamOffset(), resource->getCPUSize());
-        ASSERT_EQ(resource->getCPUSize(), bytes.size());
-        EXPECT_EQ(0, std::memcmp(bytes.data(), resource->GetData(), bytes.size())) << "resource " << i;
+        EXPECT_EQ(bytes, std::vector<char>(resource->GetData(), resource->GetData() + resource->GetSize())) << i;
     }
 
-    // Loaded with the policy false, the blocks stay in the file, and come back on demand.
-    zuDynamicLoadingResource::SetLoadPolicy(zuTestBlockResource::TYPE, false);
-    std::vector<zuPointer<zuTestBlockResource>> loaded = loadResources(path, 64);
-    ASSERT_EQ(5u, loaded.size());
-    for (int i = 0; i < 5; ++i) {
-        zuTestBlockResource* resource = loaded[static_cast<size_t>(i)];
-        EXPECT_FALSE(resource->isCPUResident());
-        EXPECT_EQ(path, resource->getResourceFilePath());
-        EXPECT_EQ(originals[static_cast<size_t>(i)]->getStreamOffset(), resource->getStreamOffset());
-        EXPECT_TRUE(zuRendererInterface::LoadCPUData(resource));
-        EXPECT_TRUE(resource->HasPattern(i)) << "resource " << i;
-    }
-
-    // Without a policy they are read at once, and still know their file.
-    zuDynamicLoadingResource::ClearLoadingPolicies();
-    loaded = loadResources(path);
+    // Without a policy they are read at once, and still know their file (the buffer and
+    // image tests cover the blocks left in the file).
+    std::vector<zuPointer<zuTestBlockResource>> loaded = loadResources(path);
     ASSERT_EQ(5u, loaded.size());
     EXPECT_TRUE(loaded[2]->HasPattern(2));
     EXPECT_EQ(path, loaded[2]->getResourceFilePath());

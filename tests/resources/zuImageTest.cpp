@@ -2,7 +2,6 @@
 // dynamically loaded resource (load policy, file offset, synchronous and controller loads).
 
 #include "resources/zuResourceTestSupport.h"
-#include "support/zuTestObjects.h"
 
 #include <zuSceneGraph/resources/zuImage.h>
 #include <zuSceneGraph/resources/zuRendererInterface.h>
@@ -12,7 +11,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cstring>
 #include <limits>
 #include <vector>
@@ -21,11 +19,6 @@ namespace zu::test {
 namespace {
 
 const zuStreamVersion V6_32(6, 32);
-
-uint64_t id(const zuRttiInterface* object)
-{
-    return reinterpret_cast<uintptr_t>(object);
-}
 
 std::vector<char> pixels(int size, int seed)
 {
@@ -55,28 +48,12 @@ std::vector<zuPointer<zuImage>> loadImages(const std::string& path)
     return images;
 }
 
-// A 6.32 stream of one top-level image record with the given fields and block.
-std::vector<char> imageStream(const std::string& name, int format, int width, int height, int size,
-                              const std::vector<char>& block)
+// A 6.32 stream of one top-level image record "a" with the given fields and block.
+std::vector<char> imageStream(int format, int width, int height, int size, const std::vector<char>& block)
 {
-    const std::string type = "zuCore.zuImage";
-    zuBytes bytes;
-    bytes.str("Top Level").str(type);
-    bytes.i32(static_cast<int>(4 + type.size() + 4 + 8 + 4 + name.size() + 4 + 16 + block.size()));
-    bytes.u64(0x1000).str(name).i32(0);
-    bytes.i32(format).i32(width).i32(height).i32(size).raw(block.data(), block.size());
-    return bytes.bytes();
-}
-
-bool loads(std::vector<char> bytes, zuPointer<zuImage>* loaded = nullptr)
-{
-    zuBaseStream stream;
-    stream.SetVersion(V6_32);
-    if (!stream.Load(bytes.data(), bytes.size()) || stream.GetObjectCount() != 1)
-        return false;
-    if (loaded)
-        *loaded = static_cast<zuImage*>(stream.GetObjectAt(0));
-    return true;
+    zuBytes fields = ints({format, width, height, size});
+    fields.raw(block.data(), block.size());
+    return recordStream("zuCore.zuImage", fields, 0x1000, V6_32, "a");
 }
 
 using Image = ResourceLibrary;
@@ -130,48 +107,40 @@ TEST(zuImageFormats, SetImageRefusesWhatTheFormatCannotHoldAndChangesNothing)
     EXPECT_TRUE(hasPixels(image, std::vector<char>(3, 0)));
 }
 
-TEST_F(Image, RecordAt6_32)
+TEST_F(Image, RecordAt6_32AndHostileRecords)
 {
     const std::vector<char> rgba = pixels(2 * 3 * 4, 5);
     zuPointer<zuImage> image = new zuImage(zuImage::RGBA8, 2, 3, rgba.data());
     image->SetName("brick.png");
+    // Format, width, height, size, pixels.
+    zuBytes fields = ints({zuImage::RGBA8, 2, 3, 24});
+    fields.raw(rgba.data(), rgba.size());
+    EXPECT_EQ(recordStream("zuCore.zuImage", fields, idOf(static_cast<zuRttiInterface*>(image.get())), V6_32,
+                           "brick.png"),
+              saveToBytes({image.get()}, V6_32));
 
-    zuBytes expected;
-    expected.str("Top Level").str("zuCore.zuImage");
-    // Type name, size, identity; name, no controllers; format, width, height, size; pixels.
-    expected.i32(4 + 14 + 4 + 8 + 4 + 9 + 4 + 16 + 24).u64(id(image.get()));
-    expected.str("brick.png").i32(0);
-    expected.i32(zuImage::RGBA8).i32(2).i32(3).i32(24).raw(rgba.data(), rgba.size());
-    EXPECT_EQ(expected.bytes(), saveToBytes({image.get()}, V6_32));
-    zuBaseStream stream;
-    stream.SetVersion(V6_32);
-    EXPECT_EQ(static_cast<int>(expected.size()) - 13, image->GetDiskUsed(stream));
-}
-
-TEST_F(Image, HostileRecordsAreRefusedBeforeAnythingIsAllocated)
-{
     const std::vector<char> block = pixels(12, 2);
-    zuPointer<zuImage> loaded;
-    ASSERT_TRUE(loads(imageStream("a", zuImage::RGB8, 2, 2, 12, block), &loaded));
+    zuPointer<zuImage> loaded = loadSingle<zuImage>(imageStream(zuImage::RGB8, 2, 2, 12, block), V6_32);
+    ASSERT_TRUE(loaded);
     EXPECT_TRUE(hasPixels(*loaded, block));
-
-    zuLogCapture quiet;
-    testing::internal::CaptureStderr();
-    // A size that disagrees with format and dimensions, in either direction.
-    EXPECT_FALSE(loads(imageStream("a", zuImage::RGB8, 2, 2, 11, pixels(11, 2))));
-    EXPECT_FALSE(loads(imageStream("a", zuImage::RGB8, 3, 2, 12, block)));
-    // Dimensions whose product overflows 32 bits must not wrap round to the size given.
-    EXPECT_FALSE(loads(imageStream("a", zuImage::RGBA8, 65536, 16384, 0, {})));
-    EXPECT_FALSE(loads(imageStream("a", zuImage::RGB8, -2, -2, 12, block)));
-    // A block larger than the data, or negative.
-    EXPECT_FALSE(loads(imageStream("a", zuImage::L8, 1 << 20, 1 << 10, 1 << 30, block)));
-    EXPECT_FALSE(loads(imageStream("a", 99, 1, 1, -1, {})));
-    testing::internal::GetCapturedStderr();
-
     // An unknown format keeps its block as read.
-    ASSERT_TRUE(loads(imageStream("a", 99, 7, 7, 12, block), &loaded));
+    loaded = loadSingle<zuImage>(imageStream(99, 7, 7, 12, block), V6_32);
+    ASSERT_TRUE(loaded);
     EXPECT_EQ(99, static_cast<int>(loaded->GetFormat()));
     EXPECT_TRUE(hasPixels(*loaded, block));
+
+    // Refused before anything is allocated: a size that disagrees with format and dimensions
+    // in either direction, dimensions whose product overflows 32 bits (it must not wrap round
+    // to the size given), negative dimensions, a block larger than the data, or negative.
+    zuLogCapture quiet;
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(loadSingle<zuImage>(imageStream(zuImage::RGB8, 2, 2, 11, pixels(11, 2)), V6_32));
+    EXPECT_FALSE(loadSingle<zuImage>(imageStream(zuImage::RGB8, 3, 2, 12, block), V6_32));
+    EXPECT_FALSE(loadSingle<zuImage>(imageStream(zuImage::RGBA8, 65536, 16384, 0, {}), V6_32));
+    EXPECT_FALSE(loadSingle<zuImage>(imageStream(zuImage::RGB8, -2, -2, 12, block), V6_32));
+    EXPECT_FALSE(loadSingle<zuImage>(imageStream(zuImage::L8, 1 << 20, 1 << 10, 1 << 30, block), V6_32));
+    EXPECT_FALSE(loadSingle<zuImage>(imageStream(99, 1, 1, -1, {}), V6_32));
+    testing::internal::GetCapturedStderr();
 }
 
 TEST_F(Image, NotLoadedByPolicyThenLoadedBackFromItsFile)
@@ -204,6 +173,13 @@ TEST_F(Image, NotLoadedByPolicyThenLoadedBackFromItsFile)
     EXPECT_EQ(second, readFileBytes(path, images[1]->getStreamOffset(), second.size()));
     // Equal in everything but residency: not equal.
     EXPECT_FALSE(images[0]->Equals(a));
+    // A clone of a non-resident image reads the same pixels from the same file.
+    zuRttiInterface* lazy = nullptr;
+    ASSERT_TRUE(images[0]->Clone(lazy));
+    zuPointer<zuImage> lazyClone = static_cast<zuImage*>(lazy);
+    EXPECT_FALSE(lazyClone->isCPUResident());
+    ASSERT_TRUE(zuRendererInterface::LoadCPUData(lazyClone));
+    EXPECT_TRUE(hasPixels(*lazyClone, first));
 
     ASSERT_TRUE(zuRendererInterface::LoadCPUData(images[0]));
     EXPECT_TRUE(hasPixels(*images[0], first));
@@ -214,11 +190,7 @@ TEST_F(Image, NotLoadedByPolicyThenLoadedBackFromItsFile)
     zuResourceController controller(1);
     ASSERT_NE(0u, controller.requestCPULoad(images[1]));
     ASSERT_TRUE(controller.start());
-    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-    while (!controller.isIdle() && std::chrono::steady_clock::now() < limit) {
-        controller.waitForFinishedRequests(100);
-        controller.finalizeRequests();
-    }
+    ASSERT_TRUE(finalizeUntilIdle(controller));
     controller.stop();
     EXPECT_TRUE(hasPixels(*images[1], second));
 
@@ -247,20 +219,6 @@ TEST_F(Image, EqualsAndClone)
     copy->GetData()[11] ^= 1;
     copy->SetName("j");
     EXPECT_FALSE(copy->Equals(image));
-
-    // A clone of a non-resident image reads the same pixels from the same file.
-    zuTempDir dir;
-    ASSERT_TRUE(saveResources(dir.file("i.mvk"), {image.get()}));
-    zuDynamicLoadingResource::SetLoadPolicy(zuImage::TYPE, false);
-    std::vector<zuPointer<zuImage>> images = loadImages(dir.file("i.mvk"));
-    ASSERT_EQ(1u, images.size());
-    zuRttiInterface* lazy = nullptr;
-    ASSERT_TRUE(images[0]->Clone(lazy));
-    zuPointer<zuRttiInterface> lazyClone = lazy;
-    zuImage* lazyImage = static_cast<zuImage*>(lazy);
-    EXPECT_FALSE(lazyImage->isCPUResident());
-    ASSERT_TRUE(zuRendererInterface::LoadCPUData(lazyImage));
-    EXPECT_TRUE(hasPixels(*lazyImage, rgb));
 
     // Not into another class.
     zuRttiInterface* node = new zuTestNode("n");

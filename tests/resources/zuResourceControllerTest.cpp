@@ -27,20 +27,6 @@ namespace {
 
 using Controller = zuResourceController;
 
-// Finalises until the controller is empty; false when that takes unreasonably long.
-bool finalizeUntilIdle(Controller& controller, zuEngineInterface* engine = nullptr, int maxRequests = 0,
-                       double maxMilliseconds = 0.0)
-{
-    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-    while (!controller.isIdle()) {
-        if (std::chrono::steady_clock::now() > limit)
-            return false;
-        controller.waitForFinishedRequests(100);
-        controller.finalizeRequests(engine, maxRequests, maxMilliseconds);
-    }
-    return true;
-}
-
 // Hears how each resource request ended, and on which thread.
 class RecordingClient : public zuResourceRequestClientInterface {
 public:
@@ -166,12 +152,11 @@ TEST_F(ResourceController, TwoWorkersLoadThousandsOfBlocksFinalisedOnTheOwningTh
     for (int i = 0; i < COUNT; i += 11)
         resources[static_cast<size_t>(i)] = nullptr;
 
-    int calls = 0;
+    // Budgets of requests and of time, in turn.
     const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-    while (!controller.isIdle() && std::chrono::steady_clock::now() < limit) {
+    for (int calls = 0; !controller.isIdle() && std::chrono::steady_clock::now() < limit; ++calls) {
         controller.waitForFinishedRequests(100);
-        // Budgets of requests and of time, in turn.
-        if (calls++ % 2 == 0)
+        if (calls % 2 == 0)
             EXPECT_LE(controller.finalizeRequests(nullptr, 16), 16);
         else
             controller.finalizeRequests(nullptr, 0, 0.5);
@@ -362,24 +347,6 @@ TEST_F(ResourceController, RefusedRequestsLeaveTheResourceAsItWas)
     delete request;
     EXPECT_EQ(0u, controller.requestCPULoad(nullptr));
     EXPECT_TRUE(controller.isIdle());
-}
-
-TEST_F(ResourceController, DeleteRequestsDropOnlyBlocksThatCanComeBack)
-{
-    std::vector<zuPointer<zuTestBlockResource>> resources = resourcesOnDisk(1, [](int) { return 40; });
-    ASSERT_TRUE(zuRendererInterface::LoadCPUData(resources[0]));
-    zuPointer<zuTestBlockResource> memoryOnly = new zuTestBlockResource(40, 5);
-    Controller controller(2);
-    ASSERT_TRUE(controller.start());
-    ASSERT_NE(0u, controller.requestCPUDelete(resources[0]));
-    ASSERT_NE(0u, controller.requestCPUDelete(memoryOnly));
-    ASSERT_TRUE(finalizeUntilIdle(controller));
-    EXPECT_FALSE(resources[0]->isCPUResident());
-    EXPECT_TRUE(memoryOnly->HasPattern(5));
-    // And back again.
-    ASSERT_NE(0u, controller.requestCPULoad(resources[0]));
-    ASSERT_TRUE(finalizeUntilIdle(controller));
-    EXPECT_TRUE(resources[0]->HasPattern(0));
 }
 
 TEST_F(ResourceController, StopAndDestructionCancelWhatIsLeft)

@@ -5,6 +5,7 @@
 #include <zuSystem/zuFileIoDevice.h>
 
 #include <atomic>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <unistd.h>
@@ -67,6 +68,39 @@ void writeFileBytes(const std::string& path, const std::vector<char>& bytes)
 {
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
     file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+}
+
+zuBytes ints(std::initializer_list<int32_t> values)
+{
+    zuBytes bytes;
+    for (int32_t value : values)
+        bytes.i32(value);
+    return bytes;
+}
+
+std::vector<char> recordStream(const std::string& type, const zuBytes& fields, uint64_t identity,
+                               zuStreamVersion version, const std::string& name)
+{
+    zuBytes bytes;
+    bytes.str("Top Level").str(type);
+    if (version >= zuStreamVersion(6, 0))
+        bytes.i32(static_cast<int>(4 + type.size() + 4 + 8 + 4 + name.size() + 4 + fields.size()));
+    bytes.u64(identity).str(name).i32(0);
+    bytes.raw(fields.bytes().data(), fields.size());
+    return bytes.bytes();
+}
+
+bool finalizeUntilIdle(zuResourceController& controller, zuEngineInterface* engine, int maxRequests,
+                       double maxMilliseconds)
+{
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    while (!controller.isIdle()) {
+        if (std::chrono::steady_clock::now() > limit)
+            return false;
+        controller.waitForFinishedRequests(100);
+        controller.finalizeRequests(engine, maxRequests, maxMilliseconds);
+    }
+    return true;
 }
 
 void ResourceLibrary::SetUp()

@@ -4,7 +4,6 @@
 #include <zuSceneGraph/resources/zuDynamicResourceCPULoadRequest.h>
 #include <zuSceneGraph/resources/zuRendererInterface.h>
 
-#include <cstring>
 #include <vector>
 
 namespace zu::test {
@@ -54,7 +53,7 @@ void zuTestBlockResource::RegisterRequests()
 zuDynamicLoadingResourceHandler* zuTestBlockResource::createHandler() const
 {
     zuTestBlockHandler* handler = new zuTestBlockHandler;
-    handler->setBufferHandler(this);
+    handler->setBlockHandler(this);
     return handler;
 }
 
@@ -94,28 +93,6 @@ void zuTestBlockResource::Load(zuBaseStream& stream, zuLink* link)
     } else {
         stream.Skip(static_cast<uint64_t>(mSize));
     }
-}
-
-bool zuTestBlockHandler::readCPUBlock(std::FILE* file, char* block) const
-{
-    if (!mPacked)
-        return zuBlockResourceHandler::readCPUBlock(file, block);
-    const uint64_t count = getCPUSize() / 4;
-    if (count == 0)
-        return true;
-    char width = 0;
-    int32_t value = 0;
-    if (!ReadBytes(file, &width, 1) || width != 1 || !ReadBytes(file, &value, 4))
-        return false;
-    std::memcpy(block, &value, 4);
-    for (uint64_t k = 1; k < count; ++k) {
-        signed char delta = 0;
-        if (!ReadBytes(file, &delta, 1))
-            return false;
-        value += delta;
-        std::memcpy(block + 4 * k, &value, 4);
-    }
-    return true;
 }
 
 } // namespace zu::test

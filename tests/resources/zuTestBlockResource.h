@@ -12,7 +12,6 @@
 #include <zuSceneGraph/stream/zuBaseStream.h>
 
 #include <cstdint>
-#include <cstdio>
 
 namespace zu::test {
 
@@ -33,9 +32,6 @@ public:
     bool HasPattern(int seed) const;
     const char* GetData() const { return mData; }
     int GetSize() const { return mSize; }
-    // Whether the block at the recorded offset is stored packed (as the index buffer's
-    // newer streams do): the handler carries it to the load request.
-    void SetPackedInFile(bool packed) { mPackedInFile = packed; }
 
     // Takes the resource-type and handler-type numbers once and registers the generic CPU
     // requests for the handler type.
@@ -66,17 +62,13 @@ private:
 
     char* mData = nullptr;
     int mSize = 0;
-    bool mPackedInFile = false;
 };
 
-// The handler of zuTestBlockResource. A packed block is stored in the file as a width
-// byte (1), the first 32-bit value, and one signed byte per following value holding its
-// difference from the previous one; in memory it is an array of 32-bit values.
+// The handler of zuTestBlockResource: the block lies in the file as in memory.
 class zuTestBlockHandler : public zuBlockResourceHandler {
 public:
     zuDynamicLoadingResourceHandler* clone() const override { return new zuTestBlockHandler(*this); }
     unsigned int getResourceHandlerType() const override { return zuTestBlockResource::msTestHandlerID; }
-    bool readCPUBlock(std::FILE* file, char* block) const override;
     char* getCPUBlock(zuDynamicLoadingResource* resource) const override
     {
         return static_cast<zuTestBlockResource*>(resource)->mData;
@@ -85,17 +77,6 @@ public:
     {
         static_cast<zuTestBlockResource*>(resource)->mData = block;
     }
-
-    void setBufferHandler(const zuTestBlockResource* resource)
-    {
-        setBlockHandler(resource);
-        mPacked = resource->mPackedInFile;
-    }
-    bool isPacked() const { return mPacked; }
-    void setPacked(bool packed) { mPacked = packed; }
-
-private:
-    bool mPacked = false;
 };
 
 } // namespace zu::test
