@@ -251,7 +251,7 @@ zuLink* zuBaseStream::newLink(zuRttiInterface* object)
 {
     if ((mLinkCount >> LINK_CHUNK_SHIFT) == mLinkChunks.size())
         mLinkChunks.push_back(static_cast<zuLink*>(::operator new(LINK_CHUNK_SIZE * sizeof(zuLink))));
-    zuLink* link = new (linkAt(mLinkCount++)) zuLink(object);
+    zuLink* link = new (linkAt(mLinkCount++)) zuLink(object, &mLinkReferences);
     // The link holds the new object until the load ends, so that an object nobody
     // references (its referrer was skipped, or the data broke) is freed, not leaked.
     object->IncrementReferences();
@@ -273,6 +273,7 @@ void zuBaseStream::deleteLinks()
     }
     for (zuLink* chunk : chunks)
         ::operator delete(chunk);
+    mLinkReferences.release();
 }
 
 void zuBaseStream::registerLink(uint64_t identifier, zuLink* link)

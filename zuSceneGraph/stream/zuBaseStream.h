@@ -20,6 +20,7 @@
 #include <cstdint>
 #include <cstring>
 #include <memory>
+#include <memory_resource>
 #include <string>
 #include <type_traits>
 #include <unordered_map>
@@ -359,6 +360,9 @@ private:
     // record touches one link, not a whole chunk.
     std::vector<zuLink*> mLinkChunks;
     size_t mLinkCount = 0;
+    // The references the links read, side by side in the order they were read (the link
+    // pass then walks them in order), freed at once with the links.
+    std::pmr::monotonic_buffer_resource mLinkReferences;
     // The identifier each loaded object was saved under, and how many references the
     // records read: the map from identifiers to objects is built from these when the link
     // pass starts, in one tight loop, and not at all when no record refers to another.

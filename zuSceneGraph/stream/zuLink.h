@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory_resource>
 #include <vector>
 
 namespace zu {
@@ -12,7 +13,13 @@ class zuRttiInterface;
 // them into objects.
 class zuLink {
 public:
-    explicit zuLink(zuRttiInterface* object = nullptr) : mObject(object) {}
+    // The references are kept in memory from resource: a stream gives all the links of a
+    // load one arena, freed at once when the load ends.
+    explicit zuLink(zuRttiInterface* object = nullptr,
+                    std::pmr::memory_resource* resource = std::pmr::get_default_resource())
+        : mObject(object), mReferences(resource)
+    {
+    }
 
     zuRttiInterface* getObject() const { return mObject; }
     void setObject(zuRttiInterface* object) { mObject = object; }
@@ -29,7 +36,7 @@ public:
 private:
     zuRttiInterface* mObject;
     uint32_t mCursor = 0;
-    std::vector<uint64_t> mReferences;
+    std::pmr::vector<uint64_t> mReferences;
 };
 
 } // namespace zu
