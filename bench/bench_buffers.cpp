@@ -28,6 +28,8 @@
 #include <zuSceneGraph/zuSceneGraph.h>
 #include <zuSystem/zuFileIoDevice.h>
 
+#include "benchChild.h"
+
 #include <benchmark/benchmark.h>
 
 #include <sys/wait.h>
@@ -46,6 +48,10 @@
 namespace {
 
 using namespace zu;
+using bench::finishChild;
+using bench::median;
+using bench::runInChild;
+using bench::statusKB;
 
 constexpr int BUFFER_COUNT = 100000;
 constexpr int VERTICES = 64;       // × 16 bytes = 1 KB per buffer
@@ -61,16 +67,6 @@ struct LoadResult {
     bool ok = false;
 };
 
-long statusKB(const char* field)
-{
-    std::ifstream status("/proc/self/status");
-    std::string line;
-    const size_t length = std::strlen(field);
-    while (std::getline(status, line))
-        if (line.compare(0, length, field) == 0)
-            return std::atol(line.c_str() + length);
-    return -1;
-}
 
 class Workload {
 public:
@@ -148,14 +144,8 @@ LoadResult loadInChild(Load load)
 {
     const bool lazy = load == Load::Lazy;
     const std::string& file = Workload::instance().file();
-    int pipeEnds[2];
-    if (::pipe(pipeEnds) != 0)
-        return {};
-    const pid_t child = ::fork();
-    if (child == 0) {
-        ::close(pipeEnds[0]);
+    return runInChild<LoadResult>([&file, load, lazy](int pipeEnd) {
         LoadResult result;
-        initializeZuSceneGraph();
         if (lazy) {
             zuDynamicLoadingResource::SetLoadPolicy(zuVertexBuffer::TYPE, false);
             zuDynamicLoadingResource::SetLoadPolicy(zuIndexBuffer::TYPE, false);
@@ -180,26 +170,10 @@ LoadResult loadInChild(Load load)
             if (object && object->IsExactly(zuVertexBuffer::TYPE)
                 && static_cast<const zuVertexBuffer*>(object.get())->isCPUResident())
                 ++result.resident;
-        const ssize_t written = ::write(pipeEnds[1], &result, sizeof(result));
-        ::_exit(written == static_cast<ssize_t>(sizeof(result)) ? 0 : 1);
-    }
-    ::close(pipeEnds[1]);
-    LoadResult result;
-    const ssize_t got = child > 0 ? ::read(pipeEnds[0], &result, sizeof(result)) : -1;
-    ::close(pipeEnds[0]);
-    int status = 0;
-    if (child > 0)
-        ::waitpid(child, &status, 0);
-    if (got != static_cast<ssize_t>(sizeof(result)))
-        result.ok = false;
-    return result;
+        finishChild(pipeEnd, result);
+    });
 }
 
-double median(std::vector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values.empty() ? 0.0 : values[values.size() / 2];
-}
 
 void report(benchmark::State& state, const std::vector<LoadResult>& results)
 {

@@ -53,6 +53,8 @@
 #include <zuSystem/zuFileIoDevice.h>
 #include <zuSystem/zuOutputStreamVersion.h>
 
+#include "benchChild.h"
+
 #include <benchmark/benchmark.h>
 
 #include <sys/wait.h>
@@ -68,6 +70,11 @@
 #include <vector>
 
 namespace {
+
+using bench::finishChild;
+using bench::median;
+using bench::runInChild;
+using bench::statusKB;
 
 using namespace zu;
 
@@ -91,22 +98,6 @@ double secondsSince(Clock::time_point start)
     return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-long statusKB(const char* field)
-{
-    std::ifstream status("/proc/self/status");
-    std::string line;
-    const size_t length = std::strlen(field);
-    while (std::getline(status, line))
-        if (line.compare(0, length, field) == 0)
-            return std::atol(line.c_str() + length);
-    return -1;
-}
-
-double median(std::vector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values.empty() ? 0.0 : values[values.size() / 2];
-}
 
 // What a walk of the whole tree finds.
 struct TreeCount {
@@ -160,39 +151,6 @@ struct ChildResult {
     bool ok = false;
 };
 
-// Sends the result to the parent and ends the child, without freeing the tree: the exit
-// would otherwise take as long as a load.
-[[noreturn]] void finishChild(int pipeEnd, const ChildResult& result)
-{
-    const ssize_t written = ::write(pipeEnd, &result, sizeof(result));
-    ::_exit(written == static_cast<ssize_t>(sizeof(result)) ? 0 : 1);
-}
-
-// Runs `body(pipeEnd)` in a forked child; the body ends with finishChild.
-template <class Body>
-ChildResult runInChild(Body body)
-{
-    int pipeEnds[2];
-    if (::pipe(pipeEnds) != 0)
-        return {};
-    const pid_t child = ::fork();
-    if (child == 0) {
-        ::close(pipeEnds[0]);
-        initializeZuSceneGraph();
-        body(pipeEnds[1]);
-        ::_exit(1);
-    }
-    ::close(pipeEnds[1]);
-    ChildResult result;
-    const ssize_t got = child > 0 ? ::read(pipeEnds[0], &result, sizeof(result)) : -1;
-    ::close(pipeEnds[0]);
-    int status = 0;
-    if (child > 0)
-        ::waitpid(child, &status, 0);
-    if (got != static_cast<ssize_t>(sizeof(result)))
-        result.ok = false;
-    return result;
-}
 
 // ---------------------------------------------------------------------------------------
 // The scene of this process and its file
@@ -293,7 +251,7 @@ void BM_Build(benchmark::State& state)
 {
     ChildResult result;
     for (auto _ : state) {
-        result = runInChild([](int pipeEnd) {
+        result = runInChild<ChildResult>([](int pipeEnd) {
             ChildResult built;
             built.rssBeforeKB = statusKB("VmRSS:");
             const Clock::time_point start = Clock::now();
@@ -365,7 +323,7 @@ std::vector<double> fullLoadPeaksKB;
 
 ChildResult loadInChild(const std::string& path, bool lazy)
 {
-    return runInChild([&path, lazy](int pipeEnd) {
+    return runInChild<ChildResult>([&path, lazy](int pipeEnd) {
         ChildResult loaded;
         if (lazy) {
             zuDynamicLoadingResource::SetLoadPolicy(zuVertexBuffer::TYPE, false);
