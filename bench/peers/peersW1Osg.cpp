@@ -157,7 +157,7 @@ public:
     void apply(osg::MatrixTransform& transform) override
     {
         osg::CullingSet& parentSet = mSets[mLevel];
-        if (parentSet.isCulled(transform.getBound()))
+        if (!mWorldBoxes && parentSet.isCulled(transform.getBound()))
             return;
         parentSet.pushCurrentMask();
         const osg::Polytope::ClippingMask mask = parentSet.getFrustum().getCurrentMask();
@@ -178,9 +178,10 @@ public:
             mVisible.push_back(&geometry);
     }
 
-    // Tests the leaves as our culler does: by the box around their box, along the world axes,
-    // against the frustum in world coordinates. Not timed: it shows that both scenes are the
-    // same when the two cullers see different counts.
+    // Tests every leaf as our culler does: by the box around its box along the world axes,
+    // against the frustum in world coordinates (our hierarchy of such boxes rejects only
+    // leaves that fail this test). Not timed: it shows that both scenes are the same when the
+    // two cullers see different counts.
     void testWorldBoxes(bool on) { mWorldBoxes = on; }
 
 private:
