@@ -87,29 +87,6 @@ private:
     int64_t mWritten = 0;
 };
 
-// Keeps a buffer resident while the writer reads it, and drops it again afterwards when
-// it was not resident before.
-class Resident {
-public:
-    explicit Resident(zuDynamicLoadingResource* resource)
-        : mResource(resource), mWasResident(!resource || resource->isCPUResident())
-    {
-        if (!mWasResident)
-            zuRendererInterface::LoadCPUData(resource);
-    }
-    ~Resident()
-    {
-        if (!mWasResident)
-            zuRendererInterface::DeleteCPUData(mResource, false);
-    }
-    Resident(const Resident&) = delete;
-    Resident& operator=(const Resident&) = delete;
-
-private:
-    zuDynamicLoadingResource* mResource;
-    bool mWasResident;
-};
-
 using MaterialKey = std::pair<const zuMaterialState*, const zuTextureState*>;
 
 const char* mapKeyword(int channel)
@@ -187,8 +164,8 @@ void writeLeaf(TextBuffer& out, const zuBaseGeometry& leaf, const std::string& m
 {
     zuVertexBuffer* vertices = leaf.GetVertices();
     zuIndexBuffer* indices = leaf.GetIndices();
-    const Resident residentVertices(vertices);
-    const Resident residentIndices(indices);
+    const zuRendererInterface::ResidentScope residentVertices(vertices);
+    const zuRendererInterface::ResidentScope residentIndices(indices);
     if (!vertices || !vertices->GetData() || !vertices->GetAttributes().HasPosition())
         return;
     const zuAttributes& layout = vertices->GetAttributes();
