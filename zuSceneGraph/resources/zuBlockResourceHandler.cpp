@@ -3,6 +3,7 @@
 #include <zuSceneGraph/resources/zuDynamicLoadingResource.h>
 
 #include <cstddef>
+#include <cstring>
 #include <limits>
 #include <new>
 
@@ -51,6 +52,20 @@ char* zuBlockResourceHandler::AllocateBlock(uint64_t size)
     if (size > std::numeric_limits<size_t>::max())
         return nullptr;
     return new (std::nothrow) char[static_cast<size_t>(size)];
+}
+
+char* zuBlockResourceHandler::NewBlock(int64_t size, bool zeroed)
+{
+    if (size <= 0)
+        return nullptr;
+    if (size > std::numeric_limits<int>::max())
+        throw std::bad_alloc();
+    char* block = AllocateBlock(static_cast<uint64_t>(size));
+    if (!block)
+        throw std::bad_alloc();
+    if (zeroed)
+        std::memset(block, 0, static_cast<size_t>(size));
+    return block;
 }
 
 void zuBlockResourceHandler::FreeBlock(char* block)

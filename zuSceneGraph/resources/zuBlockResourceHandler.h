@@ -58,6 +58,17 @@ public:
     // new char[size] that never throws: null when the memory is not there.
     static char* AllocateBlock(uint64_t size);
     static void FreeBlock(char* block);
+    // A block for the constructors and resizes of a kind: null for a size of 0 or less,
+    // zero-filled on request. A block the memory cannot hold, or one too large for the int
+    // sizes of the format, throws std::bad_alloc as new does.
+    static char* NewBlock(int64_t size, bool zeroed);
+    // Frees the block in `slot` unless it is `block` itself, then stores `block` there.
+    static void ReplaceBlock(char*& slot, char* block)
+    {
+        if (block != slot)
+            FreeBlock(slot);
+        slot = block;
+    }
     // Reads exactly `size` bytes; false on a short read.
     static bool ReadBytes(std::FILE* file, void* destination, uint64_t size);
 

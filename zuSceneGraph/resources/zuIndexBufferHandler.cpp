@@ -20,11 +20,6 @@ void zuIndexBufferHandler::setBufferHandler(const zuIndexBuffer* buffer)
     mWidened = !is32 && getStreamVersion() < zuStreamVersion(5, 2);
 }
 
-unsigned int zuIndexBufferHandler::getResourceHandlerType() const
-{
-    return zuIndexBuffer::msIndexBufferHandlerID;
-}
-
 bool zuIndexBufferHandler::readCPUBlock(std::FILE* file, char* block) const
 {
     const uint64_t count = getCPUSize() / static_cast<uint64_t>(mIndexSize);
@@ -73,19 +68,6 @@ bool zuIndexBufferHandler::readWidenedBlock(std::FILE* file, unsigned short* ind
         done += static_cast<uint64_t>(n);
     }
     return true;
-}
-
-// The requests check the handler type before they call these, so the resource is an
-// index buffer.
-char* zuIndexBufferHandler::getCPUBlock(zuDynamicLoadingResource* resource) const
-{
-    return static_cast<zuIndexBuffer*>(resource)->mData;
-}
-
-void zuIndexBufferHandler::setCPUBlock(zuDynamicLoadingResource* resource, char* block) const
-{
-    zuIndexBuffer* buffer = static_cast<zuIndexBuffer*>(resource);
-    buffer->mData = block;
 }
 
 } // namespace zu

@@ -38,4 +38,17 @@ bool zuRendererInterface::DeleteCPUData(zuDynamicLoadingResource* resource, bool
     return !resource->isCPUResident();
 }
 
+// The scope changes only whether the block is in memory, which a const resource may do.
+zuRendererInterface::ResidentScope::ResidentScope(const zuDynamicLoadingResource* resource)
+    : mResource(const_cast<zuDynamicLoadingResource*>(resource)), mWasResident(resource && resource->isCPUResident())
+{
+    LoadCPUData(mResource);
+}
+
+zuRendererInterface::ResidentScope::~ResidentScope()
+{
+    if (!mWasResident)
+        DeleteCPUData(mResource, false);
+}
+
 } // namespace zu

@@ -21,6 +21,21 @@ public:
     // the resource has a file to reload it from, or when `force` is set. True when the
     // resource is not resident afterwards.
     static bool DeleteCPUData(zuDynamicLoadingResource* resource, bool force);
+
+    // Keeps a resource's block in memory while it lives: LoadCPUData when it starts and, when
+    // the block was not resident before, DeleteCPUData (not forced) when it ends. A Save
+    // writes within one, so that saving leaves a block where it was.
+    class ResidentScope {
+    public:
+        explicit ResidentScope(const zuDynamicLoadingResource* resource);
+        ~ResidentScope();
+        ResidentScope(const ResidentScope&) = delete;
+        ResidentScope& operator=(const ResidentScope&) = delete;
+
+    private:
+        zuDynamicLoadingResource* mResource;
+        bool mWasResident;
+    };
 };
 
 } // namespace zu

@@ -25,33 +25,6 @@ namespace {
 
 using Group = zuAttributes::Group;
 
-// A block of `size` bytes, zero-filled on request (null for 0). A block the memory cannot
-// hold, or one too large for the int sizes of the format, fails as new does.
-char* newBlock(int64_t size, bool zeroed)
-{
-    if (size <= 0)
-        return nullptr;
-    if (size > std::numeric_limits<int>::max())
-        throw std::bad_alloc();
-    char* block = zuBlockResourceHandler::AllocateBlock(static_cast<uint64_t>(size));
-    if (!block)
-        throw std::bad_alloc();
-    if (zeroed)
-        std::memset(block, 0, static_cast<size_t>(size));
-    return block;
-}
-
-// `size` zero bytes, for a block that is not at hand when it must be written.
-void writeZeros(zuBaseStream& stream, int64_t size)
-{
-    static const char zeros[4096] = {};
-    while (size > 0) {
-        const int chunk = static_cast<int>(std::min<int64_t>(size, sizeof(zeros)));
-        stream.Write(chunk, zeros);
-        size -= chunk;
-    }
-}
-
 Wm4::Vector3<float> readVector3(const char* address)
 {
     Wm4::Vector3<float> value;
@@ -91,7 +64,7 @@ zuVertexBuffer::zuVertexBuffer(const zuAttributes& layout, int quantity)
     : mAttributes(layout), mVertexSize(layout.GetStride()), mVertexQuantity(std::max(quantity, 0))
 {
     const int64_t size = static_cast<int64_t>(mVertexSize) * mVertexQuantity;
-    mData = newBlock(size, true);
+    mData = zuBlockResourceHandler::NewBlock(size, true);
     mDataSize = static_cast<int>(size);
 }
 
@@ -104,7 +77,7 @@ zuVertexBuffer::zuVertexBuffer(const zuVertexBuffer* source)
     mVertexQuantity = source->mVertexQuantity;
     mDataSize = source->mDataSize;
     if (source->mData) {
-        mData = newBlock(mDataSize, false);
+        mData = zuBlockResourceHandler::NewBlock(mDataSize, false);
         if (mData)
             std::memcpy(mData, source->mData, static_cast<size_t>(mDataSize));
     }
@@ -116,16 +89,9 @@ zuVertexBuffer::~zuVertexBuffer()
     zuBlockResourceHandler::FreeBlock(mData);
 }
 
-void zuVertexBuffer::replaceBlock(char* block)
-{
-    if (block != mData)
-        zuBlockResourceHandler::FreeBlock(mData);
-    mData = block;
-}
-
 void zuVertexBuffer::clearContents()
 {
-    replaceBlock(nullptr);
+    zuBlockResourceHandler::ReplaceBlock(mData, nullptr);
     mAttributes = zuAttributes();
     mVertexSize = 0;
     mVertexQuantity = 0;
@@ -146,13 +112,13 @@ void zuVertexBuffer::resizeVertexBuffer(int quantity)
 {
     quantity = std::max(quantity, 0);
     const int64_t size = std::max<int64_t>(static_cast<int64_t>(mVertexSize) * quantity, 0);
-    char* block = newBlock(size, false);
+    char* block = zuBlockResourceHandler::NewBlock(size, false);
     const int64_t kept = mData ? std::min<int64_t>(size, mDataSize) : 0;
     if (kept > 0)
         std::memcpy(block, mData, static_cast<size_t>(kept));
     if (size > kept)
         std::memset(block + kept, 0, static_cast<size_t>(size - kept));
-    replaceBlock(block);
+    zuBlockResourceHandler::ReplaceBlock(mData, block);
     mVertexQuantity = quantity;
     mDataSize = static_cast<int>(size);
 }
@@ -165,7 +131,7 @@ void zuVertexBuffer::copyVertexFormat(zuVertexBuffer* target) const
     target->mVertexSize = mVertexSize;
     target->mVertexQuantity = mVertexQuantity;
     target->mDataSize = mDataSize;
-    target->replaceBlock(nullptr);
+    zuBlockResourceHandler::ReplaceBlock(target->mData, nullptr);
 }
 
 float* zuVertexBuffer::tuple(Group group, int unit, int i) const
@@ -349,33 +315,21 @@ bool zuVertexBuffer::CloneVertexBuffer(zuRttiInterface*& target, bool withData) 
     clone->mAttributes = mAttributes;
     if (!withData)
         return true;
-    char* block = newBlock(mDataSize, false);
+    char* block = zuBlockResourceHandler::NewBlock(mDataSize, false);
     if (mData) {
         if (block)
             std::memcpy(block, mData, static_cast<size_t>(mDataSize));
     } else {
         // The bytes are brought in and dropped again, and the clone's block stays unfilled:
         // the behaviour callers of this format know and keep.
-        zuVertexBuffer* self = const_cast<zuVertexBuffer*>(this);
-        zuRendererInterface::LoadCPUData(self);
-        zuRendererInterface::DeleteCPUData(self, false);
+        const zuRendererInterface::ResidentScope resident(this);
     }
-    clone->replaceBlock(block);
+    zuBlockResourceHandler::ReplaceBlock(clone->mData, block);
     return true;
 }
 
 // ---------------------------------------------------------------------------------------
 // Resource requests
-
-void zuVertexBuffer::RegisterRequests()
-{
-    zuBlockResourceRequests::Register(msVertexBufferID, msVertexBufferHandlerID);
-}
-
-void zuVertexBuffer::UnRegisterRequests()
-{
-    zuBlockResourceRequests::Unregister(msVertexBufferHandlerID);
-}
 
 zuDynamicLoadingResourceHandler* zuVertexBuffer::createHandler() const
 {
@@ -403,9 +357,7 @@ int zuVertexBuffer::GetDiskUsed(const zuBaseStream& stream) const
 
 void zuVertexBuffer::Save(zuBaseStream& stream) const
 {
-    zuVertexBuffer* self = const_cast<zuVertexBuffer*>(this);
-    const bool wasResident = isCPUResident();
-    zuRendererInterface::LoadCPUData(self);
+    const zuRendererInterface::ResidentScope resident(this);
 
     zuUnnamedObject::Save(stream);
     const zuStreamVersion& version = stream.GetVersion();
@@ -419,7 +371,7 @@ void zuVertexBuffer::Save(zuBaseStream& stream) const
     if (mData)
         stream.Write(mDataSize, mData);
     else
-        writeZeros(stream, mDataSize);
+        stream.WriteZeros(static_cast<uint64_t>(mDataSize));
 
     stream.Write(mAttributes.GetPositionChannels());
     if (version <= zuStreamVersion(4, 3)) {
@@ -441,9 +393,6 @@ void zuVertexBuffer::Save(zuBaseStream& stream) const
                 writeUnits(stream, mAttributes, static_cast<Group>(family));
         }
     }
-
-    if (!wasResident)
-        zuRendererInterface::DeleteCPUData(self, false);
 }
 
 void zuVertexBuffer::Load(zuBaseStream& stream, zuLink* link)

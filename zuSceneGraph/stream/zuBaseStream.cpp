@@ -614,6 +614,16 @@ void zuBaseStream::Skip(uint64_t n)
         setCorrupt("a skip runs past the end of the data");
 }
 
+void zuBaseStream::WriteZeros(uint64_t n)
+{
+    static const char zeros[4096] = {};
+    while (n > 0) {
+        const uint64_t chunk = std::min<uint64_t>(n, sizeof(zeros));
+        writeValues(zeros, 1, chunk);
+        n -= chunk;
+    }
+}
+
 void zuBaseStream::readAcrossWindows(void* destination, int size, uint64_t count)
 {
     uint64_t bytes = static_cast<uint64_t>(size) * count;

@@ -217,6 +217,8 @@ public:
 
     // Advances over n bytes.
     void Skip(uint64_t n);
+    // Writes n zero bytes (a block that is not at hand when its record is written).
+    void WriteZeros(uint64_t n);
 
     // Reads count values of size bytes each (1, 2, 4 or 8), converting from little-endian.
     void readValues(void* destination, int size, uint64_t count)
