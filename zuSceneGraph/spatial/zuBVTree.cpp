@@ -31,7 +31,7 @@ namespace {
 constexpr float INFINITE = std::numeric_limits<float>::infinity();
 constexpr int BINS = 12;
 // The cost of visiting a node against that of testing a triangle, for the heuristic.
-constexpr float TRAVERSAL_COST = 1.0f;
+constexpr float TRAVERSAL_COST = 2.0f;
 // Deepest tree: MEDIAN_DEPTH levels of heuristic splits, then halving of at most 2^32
 // triangles; the walks' stacks hold one entry per level (two per level for a pair walk).
 constexpr int MAX_TREE_DEPTH = zuBVTree::MEDIAN_DEPTH + 34;
