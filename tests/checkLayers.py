@@ -92,8 +92,12 @@ def check_applications(root, problems):
             if bracket == "<" and head in LIBRARIES:
                 public = os.path.isfile(os.path.join(root, name))
             elif bracket == '"':
-                # Their own files, found through the folder or the include path of the target.
-                public = ".." not in name.split("/") and any(f == name or f.endswith("/" + name) for f in own)
+                # Their own files, beside the includer or on the include path of its target.
+                beside = os.path.relpath(os.path.join(os.path.dirname(relative), name))
+                if os.path.isfile(os.path.join(root, beside)):
+                    public = beside.split(os.sep)[0] in APPLICATIONS
+                else:
+                    public = any(f == name or f.endswith("/" + name) for f in own)
             else:
                 continue
             if not public:
