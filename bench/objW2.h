@@ -14,6 +14,7 @@ namespace bench::w2 {
 struct Measure {
     bool ok = false;
     double seconds = 0.0;
+    double cpuSeconds = 0.0;  // user + system time of all the reader's threads
     long peakKB = 0;
     long triangles = 0;
 };

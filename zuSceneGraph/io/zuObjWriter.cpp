@@ -51,6 +51,11 @@ public:
             mUsed += length;
         }
     }
+    void put(const char* text, size_t length)
+    {
+        std::memcpy(mBuffer.data() + mUsed, text, length);
+        mUsed += length;
+    }
     void putLiteral(const char* text)
     {
         const size_t length = std::strlen(text);
@@ -142,18 +147,21 @@ void writeMaterial(TextBuffer& out, const std::string& name, const MaterialKey& 
     out.put("\n");
 }
 
-// The corner of vertex `index` (1-based, written once for v, vt and vn alike).
+// The corner of vertex `index` (1-based, written once for v, vt and vn alike): the number
+// is formatted once and copied.
 void putCorner(TextBuffer& out, uint64_t index, bool texCoords, bool normals)
 {
+    char digits[24];
+    const size_t length = static_cast<size_t>(std::to_chars(digits, digits + sizeof digits, index).ptr - digits);
     out.put(' ');
-    out.put(index);
+    out.put(digits, length);
     if (texCoords || normals) {
         out.put('/');
         if (texCoords)
-            out.put(index);
+            out.put(digits, length);
         if (normals) {
             out.put('/');
-            out.put(index);
+            out.put(digits, length);
         }
     }
 }
