@@ -1,0 +1,290 @@
+#include <zuSceneGraph/spatial/zuPicker.h>
+
+#include <zuSceneGraph/resources/zuRendererInterface.h>
+#include <zuSceneGraph/scenegraph/zuLODNode.h>
+#include <zuSceneGraph/scenegraph/zuLine.h>
+#include <zuSceneGraph/scenegraph/zuPoint.h>
+#include <zuSceneGraph/scenegraph/zuTriangles.h>
+#include <zuSceneGraph/spatial/zuBVTreeCache.h>
+#include <zuSceneGraph/spatial/zuMeshTriangles.h>
+#include <zuSceneGraph/states/zuCamera.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace zu {
+
+using Vector3 = Wm4::Vector3<float>;
+
+namespace {
+
+bool finite(const Vector3& v)
+{
+    return std::isfinite(v[0]) && std::isfinite(v[1]) && std::isfinite(v[2]);
+}
+
+} // namespace
+
+zuPicker::zuPicker(std::shared_ptr<zuBVTreeCache> cache)
+    : mCache(cache ? std::move(cache) : std::make_shared<zuBVTreeCache>())
+{
+}
+
+zuPicker::~zuPicker() = default;
+
+void zuPicker::SetTolerance(float tolerance)
+{
+    mTolerance = std::isfinite(tolerance) && tolerance > 0.0f ? tolerance : 0.0f;
+}
+
+bool zuPicker::PickRay(zuSpatial* root, const Vector3& origin, const Vector3& direction, float tmin, float tmax)
+{
+    Vector3 unit = direction;
+    const float length = unit.Length();
+    if (!(length > 0.0f) || !std::isfinite(length)) {
+        unit = Vector3(0.0f, 0.0f, 0.0f);
+    } else {
+        unit /= length;
+    }
+    return pick(root, origin, unit, tmin, tmax);
+}
+
+bool zuPicker::PickSegment(zuSpatial* root, const Vector3& from, const Vector3& to)
+{
+    const Vector3 span = to - from;
+    return PickRay(root, from, span, 0.0f, span.Length());
+}
+
+bool zuPicker::PickPixel(zuSpatial* root, const zuCamera& camera, float x, float y, int width, int height)
+{
+    Vector3 origin, direction;
+    float tmin = 0.0f, tmax = 0.0f;
+    if (!GetPixelRay(camera, x, y, width, height, origin, direction, tmin, tmax)) {
+        mRecords.clear();
+        return false;
+    }
+    return pick(root, origin, direction, tmin, tmax);
+}
+
+bool zuPicker::GetPixelRay(const zuCamera& camera, float x, float y, int width, int height, Vector3& origin,
+                           Vector3& direction, float& tmin, float& tmax)
+{
+    if (width <= 0 || height <= 0)
+        return false;
+    // The point of the view rectangle at the near plane, in camera units.
+    const float r = camera.GetRMin() + (x / width) * (camera.GetRMax() - camera.GetRMin());
+    const float u = camera.GetUMax() - (y / height) * (camera.GetUMax() - camera.GetUMin());
+    const float near = camera.GetDMin(), far = camera.GetDMax();
+    if (camera.IsPerspective()) {
+        origin = camera.GetLocation();
+        direction = camera.GetDVector() * near + camera.GetUVector() * u + camera.GetRVector() * r;
+        const float length = direction.Length();
+        if (!(length > 0.0f) || !(near > 0.0f))
+            return false;
+        direction /= length;
+        // Distances along the ray grow with its slant; the far plane is as far in depth.
+        tmin = length;
+        tmax = length * far / near;
+    } else {
+        origin = camera.GetLocation() + camera.GetUVector() * u + camera.GetRVector() * r;
+        direction = camera.GetDVector();
+        tmin = near;
+        tmax = far;
+    }
+    return finite(origin) && finite(direction);
+}
+
+bool zuPicker::isWalked(const zuSpatial* object) const
+{
+    return object && (!mSkipHidden || (!object->isIgnored() && object->GetCullingMode() != zuSpatial::CULL_ALWAYS));
+}
+
+bool zuPicker::meetsBound(const zuSpatial& object, float& entry) const
+{
+    const zuBoundingVolume& bound = object.GetWorldBound();
+    if (!bound.isValid())
+        return false;
+    float low[3], high[3];
+    for (int a = 0; a < 3; ++a) {
+        low[a] = bound.GetCenter()[a] - bound.GetExtents()[a] - mTolerance;
+        high[a] = bound.GetCenter()[a] + bound.GetExtents()[a] + mTolerance;
+    }
+    return zuTriangleQueries::intersectBox(mRay, low, high, mTmin, mTmax, entry);
+}
+
+bool zuPicker::pick(zuSpatial* root, const Vector3& origin, const Vector3& direction, float tmin, float tmax)
+{
+    mCandidates.clear();
+    mSkipped = 0;
+    mReadBack = 0;
+    mRay = zuTriangleQueries::Ray(origin, direction);
+    mTmin = tmin;
+    mTmax = tmax;
+    float entry = 0.0f;
+    if (!finite(origin) || direction.SquaredLength() == 0.0f || !(tmin <= tmax) || !isWalked(root)
+        || !meetsBound(*root, entry)) {
+        mRecords.clear();
+        return false;
+    }
+    mStack.clear();
+    mStack.push_back({root, entry});
+    while (!mStack.empty()) {
+        const StackItem item = mStack.back();
+        mStack.pop_back();
+        // In NEAREST mode mTmax is the nearest hit so far: bounds entered beyond it are out.
+        if (item.entry > mTmax)
+            continue;
+        zuSpatial* object = item.object;
+        if (zuNode* node = dynamic_cast<zuNode*>(object)) {
+            const zuLODNode* lod = dynamic_cast<const zuLODNode*>(node);
+            const zuSpatial* level = lod ? lod->getCurrentLOD() : nullptr;
+            mChildren.clear();
+            for (int i = 0; i < node->getNbChildren(); ++i) {
+                zuSpatial* child = node->getChild(i);
+                if ((level && child != level) || !isWalked(child) || !meetsBound(*child, entry))
+                    continue;
+                mChildren.push_back({child, entry});
+            }
+            // The nearest child ends on top of the stack.
+            std::sort(mChildren.begin(), mChildren.end(),
+                      [](const StackItem& a, const StackItem& b) { return a.entry > b.entry; });
+            mStack.insert(mStack.end(), mChildren.begin(), mChildren.end());
+        } else if (zuTriangles* mesh = dynamic_cast<zuTriangles*>(object)) {
+            pickMesh(mesh);
+        } else if (mTolerance > 0.0f) {
+            if (zuLine* line = dynamic_cast<zuLine*>(object))
+                pickLine(line);
+            else if (zuPoint* points = dynamic_cast<zuPoint*>(object))
+                pickPoints(points);
+        }
+    }
+    makeRecords(root);
+    return !mRecords.empty();
+}
+
+bool zuPicker::residentView(zuBaseGeometry* leaf, zuMeshTriangles& view)
+{
+    view = zuMeshTriangles(leaf);
+    if (view.isResident())
+        return true;
+    if (mLazyBuffers == READ_BACK) {
+        if (zuVertexBuffer* vertices = leaf->GetVertices())
+            zuRendererInterface::LoadCPUData(vertices);
+        if (zuIndexBuffer* indices = leaf->GetIndices())
+            zuRendererInterface::LoadCPUData(indices);
+        view = zuMeshTriangles(leaf);
+        if (view.isResident()) {
+            ++mReadBack;
+            return true;
+        }
+    }
+    ++mSkipped;
+    return false;
+}
+
+void zuPicker::pickMesh(zuTriangles* mesh)
+{
+    zuMeshTriangles view;
+    if (!residentView(mesh, view))
+        return;
+    const zuBVTree* tree = mCache->GetTree(mesh, mTreeKind);
+    if (!tree)
+        return;
+    // The ray in model space keeps its parameter: distances along it stay world distances.
+    const zuGenericTransformation<float>& world = mesh->GetWorldTransform();
+    const zuTriangleQueries::Ray local(world.ApplyInverse(mRay.origin), world.InvertVector(mRay.direction));
+    if (!finite(local.origin) || !finite(local.direction))
+        return;
+    mHits.clear();
+    if (mMode == NEAREST) {
+        zuBVTree::TriangleHit nearest;
+        if (tree->IntersectNearest(view, local, mTmin, mTmax, nearest))
+            mHits.push_back(nearest);
+    } else {
+        tree->IntersectAll(view, local, mTmin, mTmax, mHits);
+    }
+    for (const zuBVTree::TriangleHit& hit : mHits) {
+        Vector3 p0, p1, p2;
+        view.GetTriangle(hit.triangle, p0, p1, p2);
+        const Vector3 normal = world.ApplyNormal((p1 - p0).Cross(p2 - p0));
+        addCandidate({mesh, hit.triangle, hit.hit.t, hit.hit.b0, hit.hit.b1, hit.hit.b2,
+                      mRay.origin + mRay.direction * hit.hit.t, normal});
+    }
+}
+
+void zuPicker::pickLine(zuLine* line)
+{
+    zuMeshTriangles view;
+    if (!residentView(line, view))
+        return;
+    const zuGenericTransformation<float>& world = line->GetWorldTransform();
+    const float tolerance2 = mTolerance * mTolerance;
+    for (int i = 0; i < line->GetSegmentQuantity(); ++i) {
+        int v0, v1;
+        if (!line->GetSegment(i, v0, v1) || static_cast<uint32_t>(v0) >= view.GetVertexQuantity()
+            || static_cast<uint32_t>(v1) >= view.GetVertexQuantity())
+            continue;
+        const Vector3 p0 = world.ApplyForward(view.GetPosition(static_cast<uint32_t>(v0)));
+        const Vector3 p1 = world.ApplyForward(view.GetPosition(static_cast<uint32_t>(v1)));
+        float t, s;
+        if (zuTriangleQueries::closestRaySegment(mRay.origin, mRay.direction, mTmin, mTmax, p0, p1, t, s) > tolerance2)
+            continue;
+        addCandidate({line, i, t, 1.0f - s, s, 0.0f, p0 + (p1 - p0) * s, Vector3(0.0f, 0.0f, 0.0f)});
+    }
+}
+
+void zuPicker::pickPoints(zuPoint* points)
+{
+    zuMeshTriangles view;
+    if (!residentView(points, view))
+        return;
+    const zuGenericTransformation<float>& world = points->GetWorldTransform();
+    const float tolerance2 = mTolerance * mTolerance;
+    for (int i = 0; i < points->GetPointQuantity(); ++i) {
+        const int v = points->GetPoint(i);
+        if (v < 0 || static_cast<uint32_t>(v) >= view.GetVertexQuantity())
+            continue;
+        const Vector3 p = world.ApplyForward(view.GetPosition(static_cast<uint32_t>(v)));
+        const float t = std::clamp((p - mRay.origin).Dot(mRay.direction), mTmin, mTmax);
+        const Vector3 gap = mRay.origin + mRay.direction * t - p;
+        if (gap.Dot(gap) <= tolerance2)
+            addCandidate({points, i, t, 1.0f, 0.0f, 0.0f, p, Vector3(0.0f, 0.0f, 0.0f)});
+    }
+}
+
+void zuPicker::addCandidate(const Candidate& candidate)
+{
+    if (mMode == ALL) {
+        mCandidates.push_back(candidate);
+    } else if (mCandidates.empty() || candidate.distance < mCandidates[0].distance) {
+        mCandidates.assign(1, candidate);
+        mTmax = candidate.distance;
+    }
+}
+
+void zuPicker::makeRecords(zuSpatial* root)
+{
+    std::stable_sort(mCandidates.begin(), mCandidates.end(),
+                     [](const Candidate& a, const Candidate& b) { return a.distance < b.distance; });
+    // Records are overwritten in place, so that their paths keep their memory.
+    mRecords.resize(mCandidates.size());
+    for (size_t i = 0; i < mCandidates.size(); ++i) {
+        const Candidate& c = mCandidates[i];
+        zuPickRecord& record = mRecords[i];
+        record.leaf = c.leaf;
+        record.triangle = c.triangle;
+        record.barycentric = Vector3(c.b0, c.b1, c.b2);
+        record.point = c.point;
+        record.normal = c.normal;
+        record.distance = c.distance;
+        record.path.clear();
+        for (zuSpatial* object = c.leaf; object; object = object->GetParent()) {
+            record.path.push_back(object);
+            if (object == root)
+                break;
+        }
+        std::reverse(record.path.begin(), record.path.end());
+    }
+}
+
+} // namespace zu
