@@ -6,7 +6,7 @@
 // Other arguments (those `make bench` gives the Google Benchmark programs) are ignored.
 
 #include "benchChild.h"
-#include "objW2.h"
+#include "peers/peersW2.h"
 
 #include <sys/stat.h>
 

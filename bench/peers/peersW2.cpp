@@ -1,6 +1,6 @@
-#include "objW2.h"
+#include "peersW2.h"
 
-#include "benchChild.h"
+#include "../benchChild.h"
 
 #include <zuSceneGraph/io/zuObjReader.h>
 #include <zuSceneGraph/io/zuObjWriter.h>
