@@ -51,7 +51,7 @@ test-tsan: setup
 	cd $(TSAN_BUILD) && ctest --output-on-failure -j $(JOBS) -R 'Thread|Mutex|Concurren|Resource'
 
 # The peer libraries the benchmarks compare with; only `make bench` needs them.
-PEER_PACKAGES := libopenscenegraph-dev
+PEER_PACKAGES := libopenscenegraph-dev libtinyobjloader-dev libassimp-dev
 
 setup-bench: setup
 	@missing=""; \
