@@ -28,7 +28,7 @@ class FileNumbers {
 public:
     uint32_t of(const std::string& path)
     {
-        if (!mPaths.empty() && path == *mPaths.back())
+        if (!mPaths.empty() && path == *mPaths[mLast])
             return mLast;
         const auto found = mNumbers.try_emplace(path, static_cast<uint32_t>(mPaths.size()));
         if (found.second)
@@ -41,7 +41,7 @@ public:
 private:
     std::unordered_map<std::string_view, uint32_t> mNumbers;
     std::vector<const std::string*> mPaths;  // each held by a request's handler
-    uint32_t mLast = 0;
+    uint32_t mLast = 0;                      // the file of the last block
 };
 
 } // namespace
