@@ -315,6 +315,34 @@ TEST_F(ObjReaderTest, WrittenFilesReadBack)
     EXPECT_EQ(mesh->GetTextureState()->GetTexture(0)->GetImageName(), path("tex.png"));
 }
 
+// A leaf long enough to be formatted in blocks on several threads comes back whole and in
+// order.
+TEST_F(ObjReaderTest, LongLeavesWriteInOrder)
+{
+    zuAttributes layout;
+    layout.SetPositionChannels(3);
+    const int count = 150000;
+    zuPointer<zuVertexBuffer> vertices(new zuVertexBuffer(layout, count));
+    zuPointer<zuIndexBuffer> indices(new zuIndexBuffer(3 * (count - 2), zuIndexBuffer::INDEX_32));
+    for (int i = 0; i < count; ++i) {
+        float* p = vertices->PositionTuple(i);
+        p[0] = static_cast<float>(i) * 0.25f;
+        p[1] = static_cast<float>(i % 2);
+        p[2] = 1.0f / static_cast<float>(i + 1);
+    }
+    for (int t = 0; t < count - 2; ++t)
+        for (int k = 0; k < 3; ++k)
+            indices->GetIndices32()[3 * t + k] = static_cast<unsigned>(t + (t % 2 ? 2 - k : k));
+    zuPointer<zuNode> root(new zuNode);
+    root->attachChild(new zuTriMesh(vertices.get(), indices.get()));
+    zuObjWriter writer;
+    ASSERT_TRUE(writer.WriteFile(*root, path("long.obj"), nullptr));
+    zuObjReader reader(mImages);
+    zuPointer<zuNode> back = reader.ReadFile(path("long.obj"), nullptr);
+    ASSERT_TRUE(back);
+    EXPECT_EQ(triangles(*back), triangles(*root));
+}
+
 // The fast path of the number parser against the standard one: the same float for
 // every decimal shape, halfway cases and long mantissas included.
 TEST(ObjParserTest, NumbersAreCorrectlyRounded)

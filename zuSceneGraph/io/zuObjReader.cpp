@@ -113,7 +113,7 @@ private:
                 break;  // fewer workers, or none: the calling thread parses
             }
         }
-        mSlots.resize(mWorkers.empty() ? 1 : mWorkers.size() + 2);
+        mSlots.resize(mWorkers.empty() ? 1 : 2 * mWorkers.size() + 2);
     }
 
     ~Pipeline()
@@ -183,8 +183,21 @@ private:
         for (size_t consumed = 0; consumed < filled; ++consumed) {
             Slot& slot = mSlots[consumed % mSlots.size()];
             {
+                // While the chunk it needs is not parsed yet, the calling thread parses queued
+                // chunks itself rather than wait for a worker the system may not be running.
                 std::unique_lock<std::mutex> lock(mMutex);
-                mParsed.wait(lock, [&slot] { return slot.state == PARSED || slot.state == FAILED; });
+                while (slot.state == QUEUED) {
+                    if (mQueue.empty()) {
+                        mParsed.wait(lock);
+                        continue;
+                    }
+                    Slot& queued = mSlots[mQueue.front()];
+                    mQueue.pop_front();
+                    lock.unlock();
+                    const State state = parse(queued);
+                    lock.lock();
+                    queued.state = state;
+                }
             }
             if (slot.state == FAILED)
                 throw std::bad_alloc();  // a worker ran out of memory: the caller reports it
@@ -402,14 +415,6 @@ private:
         return *mCurrent[kind];
     }
 
-    // Makes a written index 0-based: a positive one counts from the first statement, a
-    // negative one back from the last above. -1 for one outside the `above` statements.
-    static int64_t resolve(int32_t written, int64_t above)
-    {
-        const int64_t index = written > 0 ? int64_t(written) - 1 : above + written;
-        return index >= 0 && index < above ? index : -1;
-    }
-
     void addElement(const zuObjParser::Chunk& chunk, const zuObjParser::Element& element, size_t positionBase,
                     size_t texCoordBase, size_t normalBase)
     {
@@ -420,21 +425,23 @@ private:
         static const char* const STATEMENTS[] = {"f", "l", "p"};
         mCorners.resize(3 * size_t(element.cornerCount));
         const int32_t* written = &chunk.corners[3 * size_t(element.firstCorner)];
-        for (size_t i = 0; i < mCorners.size(); ++i) {
-            const int kind = static_cast<int>(i % 3);
-            if (written[i] == 0 && kind > 0) {
-                mCorners[i] = -1;
-                continue;
+        for (size_t i = 0; i < mCorners.size(); i += 3) {
+            for (int kind = 0; kind < 3; ++kind) {
+                const int32_t index = written[i + kind];
+                if (index == 0 && kind > 0) {
+                    mCorners[i + kind] = -1;
+                    continue;
+                }
+                const int64_t resolved = index > 0 ? int64_t(index) - 1 : above[kind] + index;
+                if (resolved < 0 || resolved >= above[kind]) {
+                    report(mLineBase + element.line,
+                           "index " + std::to_string(index) + " out of range (" + std::to_string(above[kind]) + " " +
+                               KINDS[kind] + " statements above); the " + STATEMENTS[element.kind] +
+                               " statement is dropped");
+                    return;
+                }
+                mCorners[i + kind] = static_cast<int32_t>(resolved);
             }
-            const int64_t index = resolve(written[i], above[kind]);
-            if (index < 0) {
-                report(mLineBase + element.line,
-                       "index " + std::to_string(written[i]) + " out of range (" + std::to_string(above[kind]) + " " +
-                           KINDS[kind] + " statements above); the " + STATEMENTS[element.kind] +
-                           " statement is dropped");
-                return;
-            }
-            mCorners[i] = static_cast<int32_t>(index);
         }
         zuObjMeshBuilder& target = builder(element.kind);
         const int count = static_cast<int>(element.cornerCount);

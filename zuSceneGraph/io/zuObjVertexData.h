@@ -43,7 +43,14 @@ public:
             records -= taken;
         }
     }
-    void push_back(const T* record) { append(record, 1); }
+    void push_back(const T* record)
+    {
+        const size_t offset = mSize & (BLOCK_RECORDS - 1);
+        if (offset == 0 && (mSize >> BLOCK_SHIFT) == mBlocks.size())
+            mBlocks.emplace_back(new T[BLOCK_RECORDS * N]);
+        std::copy(record, record + N, mBlocks[mSize >> BLOCK_SHIFT].get() + offset * N);
+        ++mSize;
+    }
     // Frees every block.
     void clear()
     {
