@@ -143,5 +143,7 @@ int main(int argc, char** argv)
     std::printf("machine: %s\n", peers::machine().c_str());
     const peers::Table w1 = peers::runW1(options);
     peers::print(w1);
-    return w1.ok ? 0 : 1;
+    const peers::Table pick = peers::runW1Pick(options);
+    peers::print(pick);
+    return w1.ok && pick.ok ? 0 : 1;
 }

@@ -44,5 +44,6 @@ std::string grouped(long long value);
 Row ratioRow(const std::string& measure, double ours, double peer, std::string (*format)(double), double target);
 
 Table runW1(const Options& options);
+Table runW1Pick(const Options& options);
 
 } // namespace peers
