@@ -1,8 +1,8 @@
 #pragma once
 
+#include <zuSceneGraph/math/zuGenericTransformation.h>
 #include <zuSceneGraph/objects/zuNamedObject.h>
 #include <zuSceneGraph/scenegraph/zuBoundingVolume.h>
-#include <zuSceneGraph/scenegraph/zuGenericTransformation.h>
 #include <zuSceneGraph/scenegraph/zuMetadataInterface.h>
 
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include <zuSceneGraph/spatial/zuBVTree.h>
 
-#include <zuSceneGraph/scenegraph/zuGenericTransformation.h>
+#include <zuSceneGraph/math/zuGenericTransformation.h>
 #include <zuSceneGraph/spatial/zuMeshTriangles.h>
 
 #include <algorithm>

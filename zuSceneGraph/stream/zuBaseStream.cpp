@@ -1,5 +1,6 @@
 #include <zuSceneGraph/stream/zuBaseStream.h>
 
+#include <zuSceneGraph/math/zuGenericTransformation.h>
 #include <zuSceneGraph/objects/zuRttiInterface.h>
 #include <zuSceneGraph/stream/zuDataStreamLoader.h>
 #include <zuSceneGraph/stream/zuRttiCustomInformation.h>
@@ -678,5 +679,34 @@ void zuBaseStream::writeAcrossWindows(const void* source, int size, uint64_t cou
     }
     (void)converted;
 }
+
+// The streamed value: the matrix (row-major), translation and scale as runs of Reals, then
+// the three flags as bytes.
+template <class Real>
+void zuBaseStream::Write(const zuGenericTransformation<Real>& value)
+{
+    Write(value.matrix);
+    Write(value.translate);
+    Write(value.scale);
+    Write(value.isIdentity);
+    Write(value.isRSMatrix);
+    Write(value.isUniformScale);
+}
+
+template <class Real>
+void zuBaseStream::Read(zuGenericTransformation<Real>& value)
+{
+    Read(value.matrix);
+    Read(value.translate);
+    Read(value.scale);
+    Read(value.isIdentity);
+    Read(value.isRSMatrix);
+    Read(value.isUniformScale);
+}
+
+template void zuBaseStream::Write<float>(const zuGenericTransformation<float>&);
+template void zuBaseStream::Read<float>(zuGenericTransformation<float>&);
+template void zuBaseStream::Write<double>(const zuGenericTransformation<double>&);
+template void zuBaseStream::Read<double>(zuGenericTransformation<double>&);
 
 } // namespace zu
