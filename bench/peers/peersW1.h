@@ -6,6 +6,7 @@
 
 #include "zusgW1Layout.h"
 
+#include <functional>
 #include <string>
 
 namespace peers {
@@ -47,7 +48,12 @@ constexpr int PASSES = 3;
 // W1 camera where a part is seen. Our side chooses the pixels once (pickPixels) and writes
 // them to a file, x and y floats; both sides pick through the same ones.
 constexpr int PICK_VIEWPORT = 1000;
-constexpr int PICK_RAYS = 1000;
+constexpr int PICK_RAYS = 2000;
+
+// The median processor time of PASSES passes. Picks are timed so, so that the waits of a
+// machine shared with other builds do not fall on one side's short passes more than on the
+// other's.
+double pickPasses(const std::function<void()>& pass);
 
 // A child builds and updates the scene, builds the picking trees of every mesh (ours: the
 // box trees; the peer's: its k-d trees), then picks through every pixel, one untimed pass
@@ -55,7 +61,7 @@ constexpr int PICK_RAYS = 1000;
 struct W1PickRun {
     double treeSeconds = 0.0;
     long treeKB = 0;           // resident memory the trees added
-    double pickSeconds = 0.0;  // per pick, the median pass
+    double pickSeconds = 0.0;  // processor time per pick, the median pass
     long hits = 0;             // of the last pass
     int peerMode = 0;          // the peer's faster mode: 0 all hits, 1 nearest only
     bool ok = false;

@@ -332,7 +332,7 @@ W1PickRun osgPick(const zusg::W1Layout& layout, const std::string& pixelsPath)
             }
         };
         pass();
-        const double seconds = medianOf(PASSES, pass) / PICK_RAYS;
+        const double seconds = pickPasses(pass) / PICK_RAYS;
         if (mode == 0 || seconds < fastest) {
             fastest = seconds;
             run.peerMode = mode;

@@ -156,7 +156,7 @@ W1PickRun oursPick(const zusg::W1Layout& layout, const std::string& pixelsPath)
             run.hits += picker.PickPixel(root, *camera, pixels[i], pixels[i + 1], PICK_VIEWPORT, PICK_VIEWPORT) ? 1 : 0;
     };
     pass();
-    run.pickSeconds = medianOf(PASSES, pass) / PICK_RAYS;
+    run.pickSeconds = pickPasses(pass) / PICK_RAYS;
     run.ok = !pixels.empty() && cache->GetTreeQuantity() == static_cast<int>(meshes.size());
     return run;
 }

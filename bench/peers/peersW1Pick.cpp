@@ -11,6 +11,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <ctime>
 #include <filesystem>
 #include <functional>
 #include <vector>
@@ -31,6 +32,17 @@ void pixelSegment(const zusg::W1Layout& layout, float x, float y, float start[3]
     }
 }
 
+double pickPasses(const std::function<void()>& pass)
+{
+    std::vector<double> seconds;
+    for (int i = 0; i < PASSES; ++i) {
+        const std::clock_t start = std::clock();
+        pass();
+        seconds.push_back(static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC);
+    }
+    return bench::median(seconds);
+}
+
 Table runW1Pick(const Options& options)
 {
     const zusg::W1Layout layout(options.depth);
@@ -41,7 +53,7 @@ Table runW1Pick(const Options& options)
     table.title = "W1 picking at D = " + std::to_string(options.depth) + ": the nearest hit through "
                   + grouped(PICK_RAYS) + " pixels of a " + std::to_string(PICK_VIEWPORT) + " × "
                   + std::to_string(PICK_VIEWPORT) + " viewport where a part is seen, " + std::to_string(options.runs)
-                  + " runs of each side, interleaved; medians";
+                  + " runs of each side, interleaved; medians; picks in processor time";
     struct Chosen {
         bool ok = false;
     };
