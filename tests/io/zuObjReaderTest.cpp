@@ -10,6 +10,7 @@
 #include <zuSceneGraph/zuSceneGraph.h>
 
 #include <zuSystem/zuMemoryIoDevice.h>
+#include <zuSystem/zuProgressNotifier.h>
 
 #include <gtest/gtest.h>
 
@@ -287,6 +288,29 @@ TEST_F(ObjReaderTest, ChunksAndThreadsReadAlike)
         EXPECT_TRUE(static_cast<zuBaseGeometry*>(whole->getChild(i))
                         ->GetVertices()
                         ->Equals(static_cast<zuBaseGeometry*>(chunked->getChild(i))->GetVertices()));
+}
+
+// One step per megabyte read, the group complete at the end; a cancellation returns null.
+TEST_F(ObjReaderTest, ProgressAndCancel)
+{
+    std::string text;
+    for (int i = 0; i < 330000; ++i)
+        text += "v 0 0 0\n";
+    text += "f 1 2 3\n";
+    for (const bool cancel : {false, true}) {
+        zuProgressNotifier progress;
+        if (cancel)
+            progress.requestCancel();
+        zuMemoryIoDevice device(std::vector<char>(text.begin(), text.end()));
+        zuObjReader reader(mImages);
+        reader.SetChunkSize(1 << 20);
+        reader.SetThreadCount(2);
+        zuPointer<zuNode> root = reader.Read(device, "big", "", &progress);
+        EXPECT_EQ(bool(root), !cancel);
+        EXPECT_EQ(progress.totalSteps(), cancel ? 1 : 3);
+        EXPECT_EQ(progress.groupDepth(), 0);
+        EXPECT_TRUE(reader.GetMessages().empty());
+    }
 }
 
 // obj -> scene -> obj -> scene: the same triangles in world coordinates, the same

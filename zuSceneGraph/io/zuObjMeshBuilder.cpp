@@ -14,7 +14,7 @@ namespace zu {
 
 namespace {
 
-constexpr int FIRST_TABLE_BITS = 10;
+constexpr int FIRST_TABLE_BITS = 4;
 // Concave polygons up to this many corners are split by ear clipping (quadratic in the
 // corners); larger ones, which real files hardly have, as a fan.
 constexpr int MAX_CLIPPED_CORNERS = 256;

@@ -273,6 +273,14 @@ public:
         return true;
     }
 
+    // Steps the progress group to its end (`steps` in all) once the whole file is read.
+    void completeProgress(int64_t steps)
+    {
+        if (mProgress && steps > mSteps)
+            mProgress->step(steps - mSteps);
+        mSteps = steps;
+    }
+
     zuPointer<zuNode> finish(const std::string& name)
     {
         zuPointer<zuNode> root(new zuNode);
@@ -503,8 +511,9 @@ zuPointer<zuNode> zuObjReader::Read(zuIoDevice& device, const std::string& name,
     if (workers == 1 || (size >= 0 && static_cast<uint64_t>(size) <= chunkSize))
         workers = 0;
 
+    const int64_t steps = size > 0 ? (size + PROGRESS_STEP_BYTES - 1) / PROGRESS_STEP_BYTES : 1;
     if (progress)
-        progress->openGroup("Reading OBJ file", size > 0 ? (size + PROGRESS_STEP_BYTES - 1) / PROGRESS_STEP_BYTES : 1);
+        progress->openGroup("Reading OBJ file", steps);
     zuProgressNotifierGroupCloser closer(progress);
     try {
         Loader loader(mImages, folder, mMessages, progress);
@@ -517,6 +526,7 @@ zuPointer<zuNode> zuObjReader::Read(zuIoDevice& device, const std::string& name,
                 loader.report(0, "read error in \"" + name + "\"");
             return {};
         }
+        loader.completeProgress(steps);
         zuPointer<zuNode> root = loader.finish(name);
         std::stable_sort(mMessages.begin(), mMessages.end(),
                          [](const zuObjMessage& a, const zuObjMessage& b) { return a.line < b.line; });
