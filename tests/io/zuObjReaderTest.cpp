@@ -339,6 +339,25 @@ TEST_F(ObjReaderTest, WrittenFilesReadBack)
     EXPECT_EQ(mesh->GetTextureState()->GetTexture(0)->GetImageName(), path("tex.png"));
 }
 
+// A cancelled write leaves the files that were there as they were, and no others.
+TEST_F(ObjReaderTest, FailedWritesKeepOldFiles)
+{
+    writeFile("old.obj", "old");
+    writeFile("old.mtl", "old library");
+    writeFile("in.mtl", "newmtl red\nKd 1 0 0\n");
+    zuPointer<zuNode> root = read(std::string("mtllib in.mtl\n") + TRIANGLE + "usemtl red\nf 1 2 3\n");
+    zuProgressNotifier progress;
+    progress.requestCancel();
+    zuObjWriter writer;
+    EXPECT_FALSE(writer.WriteFile(*root, path("old.obj"), &progress));
+    EXPECT_EQ(writer.GetError(), "writing was cancelled");
+    EXPECT_FALSE(writer.WriteFile(*root, path("missing/new.obj"), nullptr));
+    std::ifstream obj(path("old.obj")), library(path("old.mtl"));
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(obj), {}), "old");
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(library), {}), "old library");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(mFolder), {}), 3);
+}
+
 // A leaf long enough to be formatted in blocks on several threads comes back whole and in
 // order.
 TEST_F(ObjReaderTest, LongLeavesWriteInOrder)

@@ -6,7 +6,9 @@
 #include <zuSceneGraph/scenegraph/zuPoint.h>
 #include <zuSceneGraph/scenegraph/zuTriMesh.h>
 
+#include <climits>
 #include <cmath>
+#include <new>
 #include <cstring>
 #include <utility>
 
@@ -286,6 +288,9 @@ zuPointer<zuBaseGeometry> zuObjMeshBuilder::Finish(const zuObjVertexData& data)
         if (mHasTexCoords)
             layout.SetTCoordChannels(0, 2);
 
+        // The buffers count in ints.
+        if (mIndices.size() > size_t(INT_MAX) || mVertexCount > uint32_t(INT_MAX))
+            throw std::bad_alloc();
         // The indices first, so that their blocks are gone before the vertex block exists.
         const int indexCount = static_cast<int>(mIndices.size());
         const bool narrow = mVertexCount <= 65536;

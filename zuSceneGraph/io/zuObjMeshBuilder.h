@@ -44,7 +44,9 @@ public:
 
     // The leaf named after the group, or null when nothing was added. Normals a face did
     // not give are computed from the triangles around each vertex (area-weighted). The
-    // builder's memory is released; it is empty afterwards.
+    // builder's memory is released; it is empty afterwards. Throws std::bad_alloc when the
+    // memory is not there or the leaf is too large for a buffer (2^31 indices or 2 GB of
+    // vertices).
     zuPointer<zuBaseGeometry> Finish(const zuObjVertexData& data);
 
 private:

@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <climits>
 #include <condition_variable>
 #include <deque>
 #include <functional>
@@ -23,7 +24,6 @@
 #include <new>
 #include <set>
 #include <thread>
-#include <unordered_map>
 
 namespace zu {
 
@@ -441,7 +441,7 @@ private:
                     continue;
                 }
                 const int64_t resolved = index > 0 ? int64_t(index) - 1 : above[kind] + index;
-                if (resolved < 0 || resolved >= above[kind]) {
+                if (resolved < 0 || resolved >= above[kind] || resolved > INT32_MAX) {
                     report(mLineBase + element.line,
                            "index " + std::to_string(index) + " out of range (" + std::to_string(above[kind]) + " " +
                                KINDS[kind] + " statements above); the " + STATEMENTS[element.kind] +
@@ -467,7 +467,9 @@ private:
     zuMtlReader mMaterials;
     zuObjVertexData mData;
     std::vector<std::unique_ptr<zuObjMeshBuilder>> mBuilders;
-    std::unordered_map<std::string, size_t> mBuilderIndex;
+    // Ordered, not hashed: group names come from the file, and a file could choose names
+    // whose hashes collide.
+    std::map<std::string, size_t> mBuilderIndex;
     zuObjMeshBuilder* mCurrent[3] = {nullptr, nullptr, nullptr};
     std::string mGroup = "default";
     std::string mMaterial;
