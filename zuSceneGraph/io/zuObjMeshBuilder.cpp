@@ -163,7 +163,7 @@ zuObjMeshBuilder::zuObjMeshBuilder(Kind kind, std::string group, std::string mat
 {
 }
 
-size_t zuObjMeshBuilder::slotOf(const int32_t* corner) const
+inline size_t zuObjMeshBuilder::slotOf(const int32_t* corner) const
 {
     // Positions that follow each other land in neighbouring slots, so that the table is
     // walked almost in order for a typical file; each run of 2^bits positions starts at a
