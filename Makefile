@@ -47,8 +47,8 @@ test-asan: setup
 test-tsan: setup
 	CXX=clang++ cmake -S . -B $(TSAN_BUILD) $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=RelWithDebInfo \
 	  -DZU_SANITIZE=thread -DZU_BUILD_BENCH=OFF -DZU_BUILD_TOOLS=OFF
-	cmake --build $(TSAN_BUILD) -j $(JOBS) --target zuSystemTests resourcesTests
-	cd $(TSAN_BUILD) && ctest --output-on-failure -j $(JOBS) -R 'Thread|Mutex|Concurren|Resource'
+	cmake --build $(TSAN_BUILD) -j $(JOBS) --target zuSystemTests resourcesTests ioTests
+	cd $(TSAN_BUILD) && ctest --output-on-failure -j $(JOBS) -R 'Thread|Mutex|Concurren|Resource|ObjReaderTest'
 
 # The peer libraries the benchmarks compare with; only `make bench` needs them.
 PEER_PACKAGES := libopenscenegraph-dev libtinyobjloader-dev libassimp-dev

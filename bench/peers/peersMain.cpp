@@ -146,7 +146,9 @@ int main(int argc, char** argv)
     std::fflush(stdout);
     const peers::Table w1 = peers::runW1(options);
     peers::print(w1);
-    bool ok = w1.ok;
+    const peers::Table pick = peers::runW1Pick(options);
+    peers::print(pick);
+    bool ok = w1.ok && pick.ok;
     if (options.objGrid > 0) {
         std::fflush(stdout);
         const peers::Table w2 = peers::runW2(options);

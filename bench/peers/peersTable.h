@@ -45,6 +45,7 @@ std::string grouped(long long value);
 Row ratioRow(const std::string& measure, double ours, double peer, std::string (*format)(double), double target);
 
 Table runW1(const Options& options);
+Table runW1Pick(const Options& options);
 Table runW2(const Options& options);
 
 } // namespace peers
