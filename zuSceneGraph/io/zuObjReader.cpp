@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <climits>
 #include <condition_variable>
 #include <deque>
 #include <functional>
@@ -23,7 +24,6 @@
 #include <new>
 #include <set>
 #include <thread>
-#include <unordered_map>
 
 namespace zu {
 
@@ -273,6 +273,14 @@ public:
         return true;
     }
 
+    // Steps the progress group to its end (`steps` in all) once the whole file is read.
+    void completeProgress(int64_t steps)
+    {
+        if (mProgress && steps > mSteps)
+            mProgress->step(steps - mSteps);
+        mSteps = steps;
+    }
+
     zuPointer<zuNode> finish(const std::string& name)
     {
         zuPointer<zuNode> root(new zuNode);
@@ -433,7 +441,7 @@ private:
                     continue;
                 }
                 const int64_t resolved = index > 0 ? int64_t(index) - 1 : above[kind] + index;
-                if (resolved < 0 || resolved >= above[kind]) {
+                if (resolved < 0 || resolved >= above[kind] || resolved > INT32_MAX) {
                     report(mLineBase + element.line,
                            "index " + std::to_string(index) + " out of range (" + std::to_string(above[kind]) + " " +
                                KINDS[kind] + " statements above); the " + STATEMENTS[element.kind] +
@@ -459,7 +467,9 @@ private:
     zuMtlReader mMaterials;
     zuObjVertexData mData;
     std::vector<std::unique_ptr<zuObjMeshBuilder>> mBuilders;
-    std::unordered_map<std::string, size_t> mBuilderIndex;
+    // Ordered, not hashed: group names come from the file, and a file could choose names
+    // whose hashes collide.
+    std::map<std::string, size_t> mBuilderIndex;
     zuObjMeshBuilder* mCurrent[3] = {nullptr, nullptr, nullptr};
     std::string mGroup = "default";
     std::string mMaterial;
@@ -503,8 +513,9 @@ zuPointer<zuNode> zuObjReader::Read(zuIoDevice& device, const std::string& name,
     if (workers == 1 || (size >= 0 && static_cast<uint64_t>(size) <= chunkSize))
         workers = 0;
 
+    const int64_t steps = size > 0 ? (size + PROGRESS_STEP_BYTES - 1) / PROGRESS_STEP_BYTES : 1;
     if (progress)
-        progress->openGroup("Reading OBJ file", size > 0 ? (size + PROGRESS_STEP_BYTES - 1) / PROGRESS_STEP_BYTES : 1);
+        progress->openGroup("Reading OBJ file", steps);
     zuProgressNotifierGroupCloser closer(progress);
     try {
         Loader loader(mImages, folder, mMessages, progress);
@@ -517,6 +528,7 @@ zuPointer<zuNode> zuObjReader::Read(zuIoDevice& device, const std::string& name,
                 loader.report(0, "read error in \"" + name + "\"");
             return {};
         }
+        loader.completeProgress(steps);
         zuPointer<zuNode> root = loader.finish(name);
         std::stable_sort(mMessages.begin(), mMessages.end(),
                          [](const zuObjMessage& a, const zuObjMessage& b) { return a.line < b.line; });

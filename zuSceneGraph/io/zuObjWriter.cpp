@@ -17,6 +17,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdio>
 #include <functional>
 #include <memory>
 #include <system_error>
@@ -375,28 +376,48 @@ zuObjWriter::~zuObjWriter() = default;
 
 bool zuObjWriter::WriteFile(const zuSpatial& root, const std::string& path, zuProgressNotifierInterface* progress)
 {
+    // Both files are written under temporary names and take their names only when all went
+    // well, so that a failed write leaves the files that were there as they were.
     mError.clear();
-    zuFileIoDevice file(path, zuFileIoDevice::WriteOnly);
+    const std::string folder = zuDirUtils::ExtractDirectory(path);
+    const std::string libraryName = zuDirUtils::ExtractFileBaseName(path) + ".mtl";
+    const std::string partial = ".part";
+    zuFileIoDevice file(path + partial, zuFileIoDevice::WriteOnly);
     if (!file.isOpen()) {
         mError = "cannot write \"" + path + "\"";
         return false;
     }
-    const std::string folder = zuDirUtils::ExtractDirectory(path);
-    const std::string libraryName = zuDirUtils::ExtractFileBaseName(path) + ".mtl";
     zuFileIoDevice library;
-    const bool written = Write(root, file, &library, libraryName, folder, progress);
+    bool written = Write(root, file, &library, libraryName, folder, progress, partial);
     file.close();
     library.close();
     if (written && (file.isError() || library.isError())) {
         mError = "cannot write \"" + path + "\" or its material library";
-        return false;
+        written = false;
     }
-    return written;
+    if (written && library.path().empty() && std::rename(file.path().c_str(), path.c_str()) == 0)
+        return true;
+    if (written && !library.path().empty() && std::rename(library.path().c_str(), (folder + libraryName).c_str()) == 0 &&
+        std::rename(file.path().c_str(), path.c_str()) == 0)
+        return true;
+    if (written)
+        mError = "cannot rename the written files to \"" + path + "\"";
+    std::remove(file.path().c_str());
+    if (!library.path().empty())
+        std::remove(library.path().c_str());
+    return false;
 }
 
 bool zuObjWriter::Write(const zuSpatial& root, zuIoDevice& device, zuIoDevice* materials,
                         const std::string& libraryName, const std::string& libraryFolder,
                         zuProgressNotifierInterface* progress)
+{
+    return Write(root, device, materials, libraryName, libraryFolder, progress, "");
+}
+
+bool zuObjWriter::Write(const zuSpatial& root, zuIoDevice& device, zuIoDevice* materials,
+                        const std::string& libraryName, const std::string& libraryFolder,
+                        zuProgressNotifierInterface* progress, const std::string& librarySuffix)
 {
     mError.clear();
     mBytesWritten = 0;
@@ -442,7 +463,8 @@ bool zuObjWriter::Write(const zuSpatial& root, zuIoDevice& device, zuIoDevice* m
 
     if (ok && !order.empty()) {
         auto* file = dynamic_cast<zuFileIoDevice*>(materials);
-        if (file && !file->isOpen() && !file->open(libraryFolder + libraryName, zuFileIoDevice::WriteOnly)) {
+        if (file && !file->isOpen() &&
+            !file->open(libraryFolder + libraryName + librarySuffix, zuFileIoDevice::WriteOnly)) {
             mError = "cannot write the material library \"" + libraryFolder + libraryName + "\"";
             return false;
         }
