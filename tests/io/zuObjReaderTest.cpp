@@ -136,9 +136,11 @@ TEST_F(ObjReaderTest, ConstructsAndBadInput)
         // Lines as segments, points; a quad as two triangles.
         {"v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nl 1 2 3\np 4 3\nf 1 2 3 4\n",
          "zuLine default 3/4; zuPoint default 2/2; zuTriMesh default 4/6", ""},
-        // CRLF, tabs, repeated spaces, comments, continuations and no final line end.
-        {"# comment\r\nv\t0 0 0 # inline\r\nv  1   0 \\\r\n 0\r\nv 0 1 0\r\nf 1 \\\n2 \\\n3", "zuTriMesh default 3/3",
-         ""},
+        // CRLF, tabs, repeated spaces, comments, continuations, UTF-8 names and no final
+        // line end.
+        {"# comment\r\ng Tr\u00e4ger \u00fc # a beam\r\nv\t0 0 0 # inline\r\nv  1   0 \\\r\n 0\r\nv 0 1 0\r\n"
+         "f 1 \\\n2 \\\n3",
+         "zuTriMesh Tr\u00e4ger \u00fc 3/3", ""},
         // Bad lines: each reported with its line, the rest loads; faces with a bad index
         // are dropped.
         {"v 0 0 0\nv 1 0 0\nv 0 1 0\nv 1 x 0\nf 1 2 3\nf 1 2 5\nf 1 2 0\nf 1 2\nf 1/9 2 3\nfoo bar\nvn 1 2\n"
