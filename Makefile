@@ -66,14 +66,14 @@ setup-bench: setup
 	fi
 
 # One table against the peer libraries, every side run in turn in the same invocation:
-# W1 at depth 6 (a few minutes), or at depth 4 (seconds).
+# W1 at depth 6 and W2 at N = 1000 (a few minutes), or W1 at depth 4 and W2 at N = 250.
 bench: setup-bench
 	@$(MAKE) --no-print-directory build
 	$(BUILD)/bin/peers_table --depth 6 --runs 5
 
 bench-quick: setup-bench
 	@$(MAKE) --no-print-directory build
-	$(BUILD)/bin/peers_table --depth 4 --runs 11
+	$(BUILD)/bin/peers_table --depth 4 --obj-grid 250 --runs 11
 
 # Our own Google Benchmark programs, one after the other.
 bench-micro: build

@@ -90,6 +90,9 @@ public:
     void setResourceState(DynamicResourceState state) { mResourceState = state; }
     // Empty when the block never came from or went to a file.
     const std::string& getResourceFilePath() const { return mResourceFilePath ? *mResourceFilePath : msNoPath; }
+    // The same path as the one string that every resource recorded from a stream load
+    // shares (null when there is none): a handler keeps it without a copy.
+    const std::shared_ptr<const std::string>& getSharedResourceFilePath() const { return mResourceFilePath; }
     uint64_t getStreamOffset() const { return mStreamOffset; }
     const zuStreamVersion& getStreamVersion() const { return mStreamVersion; }
 
