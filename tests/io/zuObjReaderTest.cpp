@@ -338,6 +338,7 @@ TEST_F(ObjReaderTest, WrittenFilesReadBack)
     EXPECT_EQ(second->GetName(), "out");
     EXPECT_EQ(summary(*second), "zuLine line 3/4; zuPoint line 1/1; zuTriMesh a b 4/6");
     EXPECT_EQ(triangles(*second), triangles(*first));
+    ASSERT_EQ(second->getNbChildren(), 3);
     const auto* mesh = static_cast<zuBaseGeometry*>(second->getChild(2));
     EXPECT_EQ(mesh->GetMaterialState()->Diffuse, Wm4::ColorRGB(1, 0, 0));
     EXPECT_EQ(mesh->GetTextureState()->GetTexture(0)->GetImageName(), path("tex.png"));
