@@ -79,8 +79,10 @@ bench-quick: setup-bench
 bench-micro: build
 	@for b in $(BUILD)/bin/bench_*; do echo "== $$b"; $$b --benchmark_min_time=0.2; done
 
+# The demo's checks, and the camera's view of its scene as a picture in out/demo.svg.
 demo: build
-	$(BUILD)/bin/zusg demo
+	@mkdir -p out
+	$(BUILD)/bin/zusg demo --svg out/demo.svg
 
 install: build
 	cmake --install $(BUILD)

@@ -1,18 +1,22 @@
-// zusg demo [--depth N] [--keep FILE]: the library end to end, in a second or two.
+// zusg demo [--depth N] [--keep FILE] [--svg FILE]: the library end to end, in a second or two.
 //
 // Builds the W1 assembly of the benchmarks (zusgW1Assembly.h), each leaf a cube mesh with
 // its own vertex and index buffers; updates it and culls it from the W1 camera; saves it to
 // an object-stream file; loads the file back twice, with every buffer and with the vertex
 // and index buffers left in the file; reads back only the buffers of the leaves the second
 // tree sees; and checks that both loaded trees see the original's leaves, with the same
-// bounds and buffers. One line per step with its time, then "demo: OK"; at the first
-// difference, a message on standard error and status 1.
+// bounds and buffers. With --svg, it then draws what the camera sees of the second tree with
+// zuSvgBuilder into that file. One line per step with its time, then "demo: OK"; at the
+// first difference, a message on standard error and status 1.
 
 #include "zusgCommand.h"
 #include "zusgLibraryScope.h"
+#include "zusgModel.h"
+#include "zusgText.h"
 #include "zusgW1Assembly.h"
 
 #include <zuSceneGraph/culling/zuCuller.h>
+#include <zuSceneGraph/io/zuSvgBuilder.h>
 #include <zuSceneGraph/resources/zuDynamicLoadingResource.h>
 #include <zuSceneGraph/resources/zuIndexBuffer.h>
 #include <zuSceneGraph/resources/zuRendererInterface.h>
@@ -47,6 +51,7 @@ using Leaves = std::vector<zu::zuRenderableSpatial*>;
 struct Options {
     int depth = DEFAULT_DEPTH;
     std::string keep;  // empty: save to a temporary file, removed at the end
+    std::string svg;   // empty: no picture
 };
 
 // Every option takes a value.
@@ -67,6 +72,8 @@ bool parseOptions(const std::vector<std::string>& arguments, Options& options)
             options.depth = static_cast<int>(depth);
         } else if (arguments[i] == "--keep" && !value.empty()) {
             options.keep = value;
+        } else if (arguments[i] == "--svg" && !value.empty()) {
+            options.svg = value;
         } else {
             return false;
         }
@@ -84,19 +91,6 @@ public:
 private:
     std::chrono::steady_clock::time_point mStart = std::chrono::steady_clock::now();
 };
-
-// "4,469,305": the figures run to millions at the deeper levels.
-std::string grouped(uintmax_t value)
-{
-    const std::string digits = std::to_string(value);
-    std::string text;
-    for (size_t i = 0; i < digits.size(); ++i) {
-        if (i > 0 && (digits.size() - i) % 3 == 0)
-            text += ',';
-        text += digits[i];
-    }
-    return text;
-}
 
 void printStep(const char* step, const std::string& what, double milliseconds)
 {
@@ -213,29 +207,32 @@ zu::zuPointer<zu::zuNode> load(const std::string& path)
     return object && object->IsDerived(zu::zuNode::TYPE) ? static_cast<zu::zuNode*>(object) : nullptr;
 }
 
-// Reads back the buffers of the given leaves, at once on this thread and in one batch; the
-// number of buffers, or -1 when one could not be read.
-int readBack(const Leaves& leaves)
-{
-    std::vector<zu::zuDynamicLoadingResource*> all;
-    std::vector<zu::zuDynamicLoadingResource*> resources;
-    for (zu::zuRenderableSpatial* leaf : leaves) {
-        leaf->getResources(resources);
-        for (zu::zuDynamicLoadingResource* resource : resources)
-            if (resource)
-                all.push_back(resource);
-    }
-    const size_t resident = zu::zuRendererInterface::LoadCPUData(all);
-    return resident == all.size() ? static_cast<int>(all.size()) : -1;
-}
-
 std::string residentText(const TreeCount& count)
 {
     return grouped(count.resident) + " of " + grouped(count.buffers) + " buffers in memory";
 }
 
-// The steps, from the build to the last check; the caller removes the file.
-int runSteps(int depth, const std::string& path)
+// The picture of what the camera sees: square, as the W1 camera's field of view is.
+bool drawView(const Leaves& seen, const zu::zuCamera& camera, const std::string& path)
+{
+    constexpr int SIZE = 800;
+    Stopwatch watch;
+    zu::zuSvgBuilder builder;
+    builder.setCamera(camera);
+    builder.setViewport(SIZE, SIZE);
+    std::string svg;
+    if (!builder.build(seen, svg) || !writeFileSafely(path, svg))
+        return false;
+    std::error_code error;
+    const std::filesystem::path shown = std::filesystem::absolute(path, error);
+    printStep("view", grouped(builder.getReport().triangles) + " triangles drawn as SVG, " + grouped(svg.size()) + " bytes",
+              watch.milliseconds());
+    std::printf("%-8s %s\n", "picture", (error ? path : shown.string()).c_str());
+    return true;
+}
+
+// The steps, from the build to the last check and the picture; the caller removes the file.
+int runSteps(int depth, const std::string& path, const std::string& svgPath)
 {
     const W1Assembly workload(depth);
     std::printf("zusg demo: the W1 assembly, depth %d, %d children per node\n", depth, workload.fanOut());
@@ -316,7 +313,7 @@ int runSteps(int depth, const std::string& path)
     printStep("cull", "lazy: update, " + grouped(lazySeen.size()) + " leaves visible", watch.milliseconds());
 
     watch = Stopwatch();
-    const int read = readBack(lazySeen);
+    const int64_t read = readBackBlocks(lazySeen);
     const double readTime = watch.milliseconds();
     if (read < 0)
         return fail("could not read a buffer of a visible leaf back from " + path);
@@ -333,6 +330,8 @@ int runSteps(int depth, const std::string& path)
     if (!lazyDiffers.empty())
         return fail("lazy load: " + lazyDiffers);
     printStep("check", "lazy: the same " + grouped(seen.size()) + " leaves and buffers", watch.milliseconds());
+    if (!svgPath.empty() && !drawView(lazySeen, *camera, svgPath))
+        return fail("could not draw the view into " + svgPath);
     return Success;
 }
 
@@ -355,7 +354,7 @@ int runDemo(const std::vector<std::string>& arguments)
     int status = Success;
     {
         LibraryScope library;
-        status = runSteps(options.depth, path);
+        status = runSteps(options.depth, path, options.svg);
     }
     if (!options.keep.empty()) {
         if (status == Success)
