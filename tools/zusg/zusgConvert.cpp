@@ -12,9 +12,7 @@
 // and the save from their start, where a quick step would otherwise show none (for logs).
 
 #include "zusgCommand.h"
-#include "zusgLibraryScope.h"
 #include "zusgModel.h"
-#include "zusgProgress.h"
 #include "zusgText.h"
 
 #include <zuSceneGraph/io/zuFileStreamMeshDriver.h>
@@ -96,8 +94,7 @@ int runConvert(const std::vector<std::string>& arguments)
     if (!parseArguments(arguments, parsed))
         return Usage;
 
-    LibraryScope library;
-    InterruptScope interrupt;
+    Model model;
     zu::zuMeshManager& manager = zu::zuIoManager::msInstance->getMeshManager();
     zu::zuCoreMeshDriver* saver = manager.getSaveDriver(parsed.out, parsed.options);
     if (!saver) {
@@ -108,7 +105,6 @@ int runConvert(const std::vector<std::string>& arguments)
                   << zu::zuDirUtils::ExtractFileExtension(parsed.out) << "\" (known: " << known << ")\n";
         return Failure;
     }
-    Model model;
     if (const int status = loadModel(parsed.in, parsed.options, model, parsed.progress); status != Success)
         return status;
 

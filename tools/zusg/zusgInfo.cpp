@@ -10,9 +10,7 @@
 
 #include "zusgCommand.h"
 #include "zusgFields.h"
-#include "zusgLibraryScope.h"
 #include "zusgModel.h"
-#include "zusgProgress.h"
 #include "zusgText.h"
 
 #include <zuSceneGraph/resources/zuDynamicLoadingResource.h>
@@ -118,12 +116,10 @@ int runInfo(const std::vector<std::string>& arguments)
     if (path.empty())
         return Usage;
 
-    LibraryScope library;
-    InterruptScope interrupt;
+    Model model;
     zu::zuMeshManager::Options options;
     if (lazy)
         options[zu::zuMeshManager::sOptionLoadGeometry] = false;
-    Model model;
     if (const int status = loadModel(path, options, model); status != Success)
         return status;
     const Totals totals = measure(model);

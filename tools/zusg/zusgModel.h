@@ -3,6 +3,9 @@
 // What the commands that read a model share: the checks of the input file, the load through
 // the mesh manager with its progress bar and reports, and the walk of the loaded trees.
 
+#include "zusgLibraryScope.h"
+#include "zusgProgress.h"
+
 #include <zuSceneGraph/io/zuErrorMessage.h>
 #include <zuSceneGraph/io/zuMeshManager.h>
 #include <zuSceneGraph/scenegraph/zuRenderableSpatial.h>
@@ -31,8 +34,11 @@ bool checkInputFile(const std::string& path);
 void printReports(const std::string& path, const std::vector<zu::zuErrorMessage>& reports, bool failed);
 
 // A model loaded through the mesh manager: the top-level objects and, among them, the
-// spatial ones, updated (UpdateGS).
+// spatial ones, updated (UpdateGS). The library runs, and Ctrl-C asks the running step to
+// stop, for the life of the model (a command declares it before it uses the library).
 struct Model {
+    LibraryScope library;
+    InterruptScope interrupt;
     zu::zuMeshManager::ObjectList objects;
     std::vector<zu::zuSpatial*> roots;
     double milliseconds = 0.0;  // the load itself
@@ -40,7 +46,7 @@ struct Model {
 
 // Checks and loads `path` with a progress bar ("loading NAME", shown from the start when
 // asked), prints the driver's reports and, on failure, why. Answers an ExitStatus: Success,
-// Failure, or Interrupted on Ctrl-C (which needs an InterruptScope).
+// Failure, or Interrupted on Ctrl-C.
 int loadModel(const std::string& path, const zu::zuMeshManager::Options& options, Model& model,
               bool progressFromTheStart = false);
 

@@ -8,9 +8,7 @@
 
 #include "zusgCommand.h"
 #include "zusgFields.h"
-#include "zusgLibraryScope.h"
 #include "zusgModel.h"
-#include "zusgProgress.h"
 #include "zusgText.h"
 
 #include <zuSceneGraph/math/zuGenericTransformation.h>
@@ -68,12 +66,10 @@ int runTree(const std::vector<std::string>& arguments)
     if (path.empty())
         return Usage;
 
-    LibraryScope library;
-    InterruptScope interrupt;
+    Model model;
     zu::zuMeshManager::Options options;
     // The tree needs no vertex: the triangle counts are in the records.
     options[zu::zuMeshManager::sOptionLoadGeometry] = false;
-    Model model;
     if (const int status = loadModel(path, options, model); status != Success)
         return status;
 

@@ -16,9 +16,7 @@
 
 #include "zusgCommand.h"
 #include "zusgFields.h"
-#include "zusgLibraryScope.h"
 #include "zusgModel.h"
-#include "zusgProgress.h"
 #include "zusgText.h"
 
 #include <zuSceneGraph/culling/zuCuller.h>
@@ -162,12 +160,10 @@ int runView(const std::vector<std::string>& arguments)
     if (parsed.out.empty())
         parsed.out = zu::zuDirUtils::ExtractFileBaseName(parsed.path) + ".svg";
 
-    LibraryScope library;
-    InterruptScope interrupt;
+    Model model;
     zu::zuMeshManager::Options options;
     if (parsed.lazy)
         options[zu::zuMeshManager::sOptionLoadGeometry] = false;
-    Model model;
     if (const int status = loadModel(parsed.path, options, model); status != Success)
         return status;
 

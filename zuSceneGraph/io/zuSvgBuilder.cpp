@@ -42,19 +42,6 @@ uint32_t packColour(const Wm4::ColorRGB& colour, float intensity)
     return packed;
 }
 
-// "1,234,567".
-std::string grouped(uint64_t value)
-{
-    const std::string digits = std::to_string(value);
-    std::string text;
-    for (size_t i = 0; i < digits.size(); ++i) {
-        if (i > 0 && (digits.size() - i) % 3 == 0)
-            text += ',';
-        text += digits[i];
-    }
-    return text;
-}
-
 class SvgWriter {
 public:
     explicit SvgWriter(std::string& out) : mOut(out) {}
@@ -231,8 +218,8 @@ bool zuSvgBuilder::build(const std::vector<zuRenderableSpatial*>& leaves, std::s
     mSimplify = triangles > mTriangleLimit;
     mNote.clear();
     if (mSimplify)
-        mNote = grouped(triangles) + " triangles exceed the limit of " + grouped(mTriangleLimit) + ": each of the "
-              + grouped(leaves.size()) + " parts is drawn as the rectangle its bound covers";
+        mNote = std::to_string(triangles) + " triangles exceed the limit of " + std::to_string(mTriangleLimit)
+              + ": each of the " + std::to_string(leaves.size()) + " parts is drawn as the rectangle its bound covers";
 
     if (progress)
         progress->openGroup("Drawing", static_cast<int64_t>(leaves.size()));
@@ -249,8 +236,8 @@ bool zuSvgBuilder::build(const std::vector<zuRenderableSpatial*>& leaves, std::s
         }
     }
     if (!mSimplify && mReport.partsNotResident > 0)
-        mNote = grouped(mReport.partsNotResident) + " of the parts have no blocks in memory and are drawn as the "
-              + "rectangles their bounds cover";
+        mNote = std::to_string(mReport.partsNotResident)
+              + " of the parts have no blocks in memory and are drawn as the rectangles their bounds cover";
     mWorld = {};
     mCamera = {};
     write(svg);
