@@ -235,35 +235,43 @@ std::string residentText(const TreeCount& count)
     return grouped(count.resident) + " of " + grouped(count.buffers) + " buffers in memory";
 }
 
-// The steps, from the build to the last check; the caller removes the file.
-int runSteps(int depth, const std::string& path)
-{
-    const W1Assembly workload(depth);
-    std::printf("zusg demo: the W1 assembly, depth %d, %d children per node\n", depth, workload.fanOut());
+// The scene the loads must give back: the tree, its camera, its counts and what it sees.
+struct Original {
+    zu::zuPointer<zu::zuNode> root;
+    zu::zuPointer<zu::zuCamera> camera;
+    TreeCount count;
+    Leaves seen;
+};
 
+int buildStep(const W1Assembly& workload, Original& original)
+{
     Stopwatch watch;
-    zu::zuPointer<zu::zuNode> original = workload.build();
+    original.root = workload.build();
     const double buildTime = watch.milliseconds();
-    const zu::zuPointer<zu::zuCamera> camera = workload.camera();
-    const TreeCount built = countTree(original);
+    original.camera = workload.camera();
+    const TreeCount& built = original.count = countTree(original.root);
     printStep("build",
               grouped(built.objects) + " objects, " + grouped(built.leaves) + " meshes, " + grouped(built.buffers)
                   + " buffers",
               buildTime);
 
     watch = Stopwatch();
-    original->UpdateGS();
+    original.root->UpdateGS();
     printStep("update", "UpdateGS: world transformations and bounds", watch.milliseconds());
 
     watch = Stopwatch();
-    const Leaves seen = cull(original, camera);
-    printStep("cull", grouped(seen.size()) + " of " + grouped(built.leaves) + " leaves visible",
+    original.seen = cull(original.root, original.camera);
+    printStep("cull", grouped(original.seen.size()) + " of " + grouped(built.leaves) + " leaves visible",
               watch.milliseconds());
-    if (seen.empty())
+    if (original.seen.empty())
         return fail("the camera sees no leaf of the original");
+    return Success;
+}
 
-    watch = Stopwatch();
-    if (!save(original, path))
+int saveStep(const Original& original, const std::string& path)
+{
+    Stopwatch watch;
+    if (!save(original.root, path))
         return fail("could not save " + path);
     const double saveTime = watch.milliseconds();
     std::error_code error;
@@ -274,9 +282,14 @@ int runSteps(int depth, const std::string& path)
     std::snprintf(version, sizeof version, "MVK %d.%02d, ", zu::zuMajorOutputStreamVersion,
                   zu::zuMinorOutputStreamVersion);
     printStep("save", version + grouped(size) + " bytes", saveTime);
+    return Success;
+}
 
-    // Load 1: every buffer read with the tree.
-    watch = Stopwatch();
+// Every buffer read with the tree.
+int fullLoadStep(const Original& original, const std::string& path)
+{
+    const TreeCount& built = original.count;
+    Stopwatch watch;
     zu::zuPointer<zu::zuNode> full = load(path);
     const double fullTime = watch.milliseconds();
     if (!full)
@@ -289,16 +302,21 @@ int runSteps(int depth, const std::string& path)
                     + std::to_string(built.buffers));
     watch = Stopwatch();
     full->UpdateGS();
-    const std::string fullDiffers = compareVisible(cull(full, camera), seen);
+    const std::string fullDiffers = compareVisible(cull(full, original.camera), original.seen);
     if (!fullDiffers.empty())
         return fail("full load: " + fullDiffers);
-    printStep("check", "full: update, cull, the same " + grouped(seen.size()) + " leaves and buffers",
+    printStep("check", "full: update, cull, the same " + grouped(original.seen.size()) + " leaves and buffers",
               watch.milliseconds());
+    return Success;
+}
 
-    // Load 2: the vertex and index buffers stay in the file until asked for.
+// The vertex and index buffers stay in the file until the visible leaves ask for them.
+int lazyLoadStep(const Original& original, const std::string& path)
+{
+    const TreeCount& built = original.count;
     zu::zuDynamicLoadingResource::SetLoadPolicy(zu::zuVertexBuffer::TYPE, false);
     zu::zuDynamicLoadingResource::SetLoadPolicy(zu::zuIndexBuffer::TYPE, false);
-    watch = Stopwatch();
+    Stopwatch watch;
     zu::zuPointer<zu::zuNode> lazy = load(path);
     const double lazyTime = watch.milliseconds();
     zu::zuDynamicLoadingResource::ClearLoadingPolicies();
@@ -313,7 +331,7 @@ int runSteps(int depth, const std::string& path)
     // Bounds come from the file: the tree is culled before any buffer is read.
     watch = Stopwatch();
     lazy->UpdateGS();
-    const Leaves lazySeen = cull(lazy, camera);
+    const Leaves lazySeen = cull(lazy, original.camera);
     printStep("cull", "lazy: update, " + grouped(lazySeen.size()) + " leaves visible", watch.milliseconds());
 
     watch = Stopwatch();
@@ -330,11 +348,28 @@ int runSteps(int depth, const std::string& path)
         return fail(std::to_string(read) + " buffers read back but " + residentText(restored));
 
     watch = Stopwatch();
-    const std::string lazyDiffers = compareVisible(lazySeen, seen);
+    const std::string lazyDiffers = compareVisible(lazySeen, original.seen);
     if (!lazyDiffers.empty())
         return fail("lazy load: " + lazyDiffers);
-    printStep("check", "lazy: the same " + grouped(seen.size()) + " leaves and buffers", watch.milliseconds());
+    printStep("check", "lazy: the same " + grouped(original.seen.size()) + " leaves and buffers",
+              watch.milliseconds());
     return Success;
+}
+
+// The steps, from the build to the last check; the caller removes the file.
+int runSteps(int depth, const std::string& path)
+{
+    const W1Assembly workload(depth);
+    std::printf("zusg demo: the W1 assembly, depth %d, %d children per node\n", depth, workload.fanOut());
+    Original original;
+    int status = buildStep(workload, original);
+    if (status == Success)
+        status = saveStep(original, path);
+    if (status == Success)
+        status = fullLoadStep(original, path);
+    if (status == Success)
+        status = lazyLoadStep(original, path);
+    return status;
 }
 
 } // namespace
