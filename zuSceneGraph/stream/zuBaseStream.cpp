@@ -214,7 +214,7 @@ void reportBufferNotFilled(uint64_t written, uint64_t expected)
 
 bool zuBaseStream::Save(char*& buffer, unsigned long& size)
 {
-    mStreamError = false;
+    clearStreamError();
     registerTopLevel();
     const uint64_t total = computeSaveSize();
     char* data = total ? new char[total] : nullptr;
@@ -239,7 +239,7 @@ bool zuBaseStream::Save(char*& buffer, unsigned long& size)
 
 unsigned long zuBaseStream::initializeClientBufferSave()
 {
-    mStreamError = false;
+    clearStreamError();
     registerTopLevel();
     return computeSaveSize();
 }
@@ -361,7 +361,7 @@ bool zuBaseStream::Load(char* buffer, unsigned long size)
     clearObjectMap();
     RemoveAllToLevel();
     clearCustomInformations();
-    mStreamError = false;
+    clearStreamError();
     resetBufferState();
     setWindow(buffer, 0, buffer ? size : 0);
     setDataEnd(buffer ? size : 0);
@@ -502,11 +502,28 @@ void zuBaseStream::setCorrupt(const char* reason)
 {
     if (mStreamError)
         return;
-    mStreamError = true;
-    std::cerr << "zuBaseStream error : corrupt or truncated data at offset " << GetOffset() << " (" << reason;
+    std::string text = "corrupt or truncated data at offset " + std::to_string(GetOffset()) + " (" + reason;
     if (mRecordType && !mRecordType->empty())
-        std::cerr << ", in the record \"" << *mRecordType << "\" at offset " << mRecordStart;
-    std::cerr << ")\n";
+        text += ", in the record \"" + *mRecordType + "\" at offset " + std::to_string(mRecordStart);
+    text += ")";
+    std::cerr << "zuBaseStream error : " << text << "\n";
+    recordError(std::move(text));
+}
+
+void zuBaseStream::recordError(std::string text)
+{
+    if (mStreamError)
+        return;
+    mStreamError = true;
+    mErrorText = std::move(text);
+    mErrorOffset = GetOffset();
+}
+
+void zuBaseStream::clearStreamError()
+{
+    mStreamError = false;
+    mErrorText.clear();
+    mErrorOffset = 0;
 }
 
 bool zuBaseStream::CheckCount(int64_t count, uint64_t elementSize)
