@@ -15,11 +15,8 @@
 #include <zuSceneGraph/culling/zuCuller.h>
 #include <zuSceneGraph/resources/zuDynamicLoadingResource.h>
 #include <zuSceneGraph/resources/zuIndexBuffer.h>
-#include <zuSceneGraph/resources/zuRendererInterface.h>
 #include <zuSceneGraph/resources/zuVertexBuffer.h>
 #include <zuSceneGraph/scenegraph/zuBaseGeometry.h>
-#include <zuSceneGraph/stream/zuFileStream.h>
-#include <zuSystem/zuFileIoDevice.h>
 #include <zuSystem/zuOutputStreamVersion.h>
 
 #include <unistd.h>
@@ -110,40 +107,6 @@ int fail(const std::string& why)
     return Failure;
 }
 
-// What a walk of the whole tree finds.
-struct TreeCount {
-    int objects = 0;
-    int leaves = 0;
-    int buffers = 0;
-    int resident = 0;  // buffers whose data is in memory
-};
-
-void countTree(const zu::zuSpatial* object, TreeCount& count)
-{
-    ++count.objects;
-    if (object->IsDerived(zu::zuBaseGeometry::TYPE)) {
-        const auto* leaf = static_cast<const zu::zuBaseGeometry*>(object);
-        ++count.leaves;
-        const zu::zuDynamicLoadingResource* buffers[] = {leaf->GetVertices(), leaf->GetIndices()};
-        for (const zu::zuDynamicLoadingResource* buffer : buffers) {
-            count.buffers += buffer ? 1 : 0;
-            count.resident += buffer && buffer->isCPUResident() ? 1 : 0;
-        }
-    } else if (object->IsDerived(zu::zuNode::TYPE)) {
-        const auto* node = static_cast<const zu::zuNode*>(object);
-        for (int i = 0; i < node->getNbChildren(); ++i)
-            if (const zu::zuSpatial* child = node->getChild(i))
-                countTree(child, count);
-    }
-}
-
-TreeCount countTree(const zu::zuNode* root)
-{
-    TreeCount count;
-    countTree(root, count);
-    return count;
-}
-
 // The child slots from the root down to the object, as "/k1/k2/...": the same leaf in a
 // loaded copy of the tree has the same path.
 std::string treePath(const zu::zuSpatial* object)
@@ -192,43 +155,6 @@ std::string compareVisible(const Leaves& loaded, const Leaves& original)
     return {};
 }
 
-bool save(zu::zuNode* root, const std::string& path)
-{
-    zu::zuFileStream stream;
-    stream.SetVersion(zu::zuStreamVersion(zu::zuMajorOutputStreamVersion, zu::zuMinorOutputStreamVersion));
-    stream.InsertTopLevel(root);
-    zu::zuFileIoDevice device(path, zu::zuFileIoDevice::WriteOnly);
-    const bool saved = device.isOpen() && stream.Save(device, path, false);
-    device.close();
-    return saved && !device.isError();
-}
-
-zu::zuPointer<zu::zuNode> load(const std::string& path)
-{
-    zu::zuFileStream stream;
-    zu::zuFileIoDevice device(path, zu::zuFileIoDevice::ReadOnly);
-    if (!device.isOpen() || !stream.Load(device, path) || stream.GetObjectCount() != 1)
-        return nullptr;
-    zu::zuRttiInterface* object = stream.GetObjectAt(0);
-    return object && object->IsDerived(zu::zuNode::TYPE) ? static_cast<zu::zuNode*>(object) : nullptr;
-}
-
-// Reads back the buffers of the given leaves, at once on this thread and in one batch; the
-// number of buffers, or -1 when one could not be read.
-int readBack(const Leaves& leaves)
-{
-    std::vector<zu::zuDynamicLoadingResource*> all;
-    std::vector<zu::zuDynamicLoadingResource*> resources;
-    for (zu::zuRenderableSpatial* leaf : leaves) {
-        leaf->getResources(resources);
-        for (zu::zuDynamicLoadingResource* resource : resources)
-            if (resource)
-                all.push_back(resource);
-    }
-    const size_t resident = zu::zuRendererInterface::LoadCPUData(all);
-    return resident == all.size() ? static_cast<int>(all.size()) : -1;
-}
-
 std::string residentText(const TreeCount& count)
 {
     return grouped(count.resident) + " of " + grouped(count.buffers) + " buffers in memory";
@@ -270,7 +196,7 @@ int buildStep(const W1Assembly& workload, Original& original)
 int saveStep(const Original& original, const std::string& path)
 {
     Stopwatch watch;
-    if (!save(original.root, path))
+    if (!saveTree(original.root, path))
         return fail("could not save " + path);
     const double saveTime = watch.milliseconds();
     std::error_code error;
@@ -289,7 +215,7 @@ int fullLoadStep(const Original& original, const std::string& path)
 {
     const TreeCount& built = original.count;
     Stopwatch watch;
-    zu::zuPointer<zu::zuNode> full = load(path);
+    zu::zuPointer<zu::zuNode> full = loadTree(path);
     const double fullTime = watch.milliseconds();
     if (!full)
         return fail("could not load " + path);
@@ -316,7 +242,7 @@ int lazyLoadStep(const Original& original, const std::string& path)
     zu::zuDynamicLoadingResource::SetLoadPolicy(zu::zuVertexBuffer::TYPE, false);
     zu::zuDynamicLoadingResource::SetLoadPolicy(zu::zuIndexBuffer::TYPE, false);
     Stopwatch watch;
-    zu::zuPointer<zu::zuNode> lazy = load(path);
+    zu::zuPointer<zu::zuNode> lazy = loadTree(path);
     const double lazyTime = watch.milliseconds();
     zu::zuDynamicLoadingResource::ClearLoadingPolicies();
     if (!lazy)
