@@ -320,6 +320,12 @@ zuRttiInterface* zuBaseStream::getFromMapAndRemove(uint64_t identifier)
     return entry->object;
 }
 
+void zuBaseStream::requestLinkedPass(LinkedPass pass)
+{
+    if (std::find(mLinkedPasses.begin(), mLinkedPasses.end(), pass) == mLinkedPasses.end())
+        mLinkedPasses.push_back(pass);
+}
+
 void zuBaseStream::removeUnreferencedObjects()
 {
     // Entries that no reference waits for already read as absent in getFromMapAndRemove:
@@ -442,11 +448,14 @@ void zuBaseStream::finishLoad()
             zuLink* link = linkAt(i);
             link->getObject()->Link(*this, link);
         }
+        for (LinkedPass pass : mLinkedPasses)
+            pass(*this);
         for (size_t i = 0; i < mLinkCount; ++i) {
             if (!linkAt(i)->getObject()->PostLink())
                 std::cerr << "zuBaseStream error : cannot post link object\n";
         }
     }
+    mLinkedPasses.clear();
     deleteLinks();
     clearCustomInformations();
 }

@@ -93,6 +93,15 @@ public:
     void ReadLink(zuLink* link);
     zuRttiInterface* getFromMapAndRemove(uint64_t identifier);
     void removeUnreferencedObjects();
+    // A pass over the whole of a load, run once after the link pass and before the
+    // post-link pass: where one record's links cannot see the shape that all of them make
+    // (the scene graph checks and marks its loaded trees there, in one linear walk).
+    using LinkedPass = void (*)(zuBaseStream& stream);
+    // Asks for `pass` to run in this load; asking again for the same pass changes nothing.
+    void requestLinkedPass(LinkedPass pass);
+    // The objects this load created, in reading order, while the load's links last.
+    size_t GetLoadedObjectCount() const { return mLinkCount; }
+    zuRttiInterface* GetLoadedObjectAt(size_t i) const { return linkAt(i)->getObject(); }
     // Builds a T and lets it read its record: the body of every class's Factory.
     template <class T>
     static zuRttiInterface* LoadNew(zuBaseStream& stream)
@@ -371,6 +380,7 @@ private:
     zuReferenceMap mReferences;
     std::unordered_map<const zuRttiInterface*, zuRttiCustomInformation*> mCustomInformations;
     std::vector<std::pair<const zuRtti*, zuDataStreamLoader*>> mStreamLoaders;
+    std::vector<LinkedPass> mLinkedPasses;
     zuProgressNotifierInterface* mProgress = nullptr;
     std::shared_ptr<const std::string> mSharedPath;
 
