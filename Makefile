@@ -5,7 +5,7 @@ TSAN_BUILD ?= build-tsan
 JOBS       ?= $(shell nproc)
 CMAKE_GEN  := $(shell command -v ninja >/dev/null 2>&1 && echo "-G Ninja")
 
-.PHONY: all setup configure build test test-asan test-tsan bench demo install clean
+.PHONY: all setup setup-bench configure build test test-asan test-tsan bench bench-quick bench-micro demo install clean
 
 all: build
 
@@ -47,10 +47,36 @@ test-asan: setup
 test-tsan: setup
 	CXX=clang++ cmake -S . -B $(TSAN_BUILD) $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=RelWithDebInfo \
 	  -DZU_SANITIZE=thread -DZU_BUILD_BENCH=OFF -DZU_BUILD_TOOLS=OFF
-	cmake --build $(TSAN_BUILD) -j $(JOBS) --target zuSystemTests resourcesTests
-	cd $(TSAN_BUILD) && ctest --output-on-failure -j $(JOBS) -R 'Thread|Mutex|Concurren|Resource'
+	cmake --build $(TSAN_BUILD) -j $(JOBS) --target zuSystemTests resourcesTests ioTests
+	cd $(TSAN_BUILD) && ctest --output-on-failure -j $(JOBS) -R 'Thread|Mutex|Concurren|Resource|ObjReaderTest'
 
-bench: build
+# The peer libraries the benchmarks compare with; only `make bench` needs them.
+PEER_PACKAGES := libopenscenegraph-dev libtinyobjloader-dev libassimp-dev
+
+setup-bench: setup
+	@missing=""; \
+	for p in $(PEER_PACKAGES); do dpkg -s $$p >/dev/null 2>&1 || missing="$$missing $$p"; done; \
+	if [ -n "$$missing" ]; then \
+	  if [ "$$(id -u)" = "0" ]; then \
+	    echo "installing:$$missing"; \
+	    apt-get update -qq && DEBIAN_FRONTEND=noninteractive apt-get install -y -qq $$missing; \
+	  else \
+	    echo "missing packages:$$missing (run as root to install them)"; exit 1; \
+	  fi; \
+	fi
+
+# One table against the peer libraries, every side run in turn in the same invocation:
+# W1 at depth 6 and W2 at N = 1000 (a few minutes), or W1 at depth 4 and W2 at N = 250.
+bench: setup-bench
+	@$(MAKE) --no-print-directory build
+	$(BUILD)/bin/peers_table --depth 6 --runs 5
+
+bench-quick: setup-bench
+	@$(MAKE) --no-print-directory build
+	$(BUILD)/bin/peers_table --depth 4 --obj-grid 250 --runs 11
+
+# Our own Google Benchmark programs, one after the other.
+bench-micro: build
 	@for b in $(BUILD)/bin/bench_*; do echo "== $$b"; $$b --benchmark_min_time=0.2; done
 
 demo: build

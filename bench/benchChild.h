@@ -4,37 +4,14 @@
 // that the peak of one case does not mix with another's, and reports a plain result struct
 // through a pipe.
 
+#include "benchMeasure.h"
+
 #include <zuSceneGraph/zuSceneGraph.h>
 
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <cstdlib>
-#include <cstring>
-#include <fstream>
-#include <string>
-#include <vector>
-
 namespace bench {
-
-// A field of /proc/self/status in KB ("VmRSS:", "VmHWM:"), or -1.
-inline long statusKB(const char* field)
-{
-    std::ifstream status("/proc/self/status");
-    std::string line;
-    const size_t length = std::strlen(field);
-    while (std::getline(status, line))
-        if (line.compare(0, length, field) == 0)
-            return std::atol(line.c_str() + length);
-    return -1;
-}
-
-inline double median(std::vector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values.empty() ? 0.0 : values[values.size() / 2];
-}
 
 // Sends the result to the parent and ends the child, without freeing what it built: the
 // exit would otherwise take as long as a load.

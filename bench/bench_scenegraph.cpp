@@ -40,41 +40,27 @@
 
 #include "zusgW1Assembly.h"
 
-#include <zuSceneGraph/culling/zuCuller.h>
-#include <zuSceneGraph/resources/zuDynamicLoadingResource.h>
-#include <zuSceneGraph/resources/zuIndexBuffer.h>
-#include <zuSceneGraph/resources/zuVertexBuffer.h>
-#include <zuSceneGraph/scenegraph/zuBaseGeometry.h>
-#include <zuSceneGraph/scenegraph/zuBaseLODPolicy.h>
-#include <zuSceneGraph/scenegraph/zuLODNode.h>
-#include <zuSceneGraph/scenegraph/zuNode.h>
-#include <zuSceneGraph/stream/zuFileStream.h>
-#include <zuSceneGraph/zuSceneGraph.h>
-#include <zuSystem/zuFileIoDevice.h>
-#include <zuSystem/zuOutputStreamVersion.h>
-
 #include "benchChild.h"
+#include "benchW1.h"
 
 #include <benchmark/benchmark.h>
 
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <chrono>
-#include <cstdlib>
-#include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
 namespace {
 
+using bench::countTree;
+using bench::cull;
 using bench::finishChild;
 using bench::median;
 using bench::runInChild;
 using bench::statusKB;
+using bench::TreeCount;
 
 using namespace zu;
 
@@ -98,41 +84,6 @@ double secondsSince(Clock::time_point start)
     return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-
-// What a walk of the whole tree finds.
-struct TreeCount {
-    int objects = 0;
-    int leaves = 0;
-    int buffers = 0;
-    int resident = 0;  // buffers whose data is in memory
-};
-
-void countTree(const zuSpatial* object, TreeCount& count)
-{
-    ++count.objects;
-    if (object->IsDerived(zuBaseGeometry::TYPE)) {
-        const auto* leaf = static_cast<const zuBaseGeometry*>(object);
-        ++count.leaves;
-        const zuDynamicLoadingResource* buffers[] = {leaf->GetVertices(), leaf->GetIndices()};
-        for (const zuDynamicLoadingResource* buffer : buffers) {
-            count.buffers += buffer ? 1 : 0;
-            count.resident += buffer && buffer->isCPUResident() ? 1 : 0;
-        }
-    } else if (object->IsDerived(zuNode::TYPE)) {
-        const auto* node = static_cast<const zuNode*>(object);
-        for (int i = 0; i < node->getNbChildren(); ++i)
-            if (const zuSpatial* child = node->getChild(i))
-                countTree(child, count);
-    }
-}
-
-// The visible leaves from the W1 camera. No level-of-detail node in this scene; the policy
-// is the one producers hand over.
-size_t cull(zuCuller& culler, zuNode* root)
-{
-    culler.ComputeVisibleSet(root, zuLODNode::GetBasePolicy(), false);
-    return culler.GetVisibleSet().size();
-}
 
 // ---------------------------------------------------------------------------------------
 // Child processes
@@ -193,13 +144,7 @@ public:
 
     bool save(zuNode* root)
     {
-        zuFileStream stream;
-        stream.SetVersion(zuStreamVersion(zuMajorOutputStreamVersion, zuMinorOutputStreamVersion));
-        stream.InsertTopLevel(root);
-        zuFileIoDevice device(mPath, zuFileIoDevice::WriteOnly);
-        const bool saved = device.isOpen() && stream.Save(device, mPath, false);
-        device.close();
-        mSaved = saved && !device.isError();
+        mSaved = bench::save(root, mPath);
         return mSaved;
     }
 
@@ -234,16 +179,6 @@ private:
     bool mSaved = false;
 };
 
-zuPointer<zuNode> load(const std::string& path)
-{
-    zuFileStream stream;
-    zuFileIoDevice device(path, zuFileIoDevice::ReadOnly);
-    if (!device.isOpen() || !stream.Load(device, path) || stream.GetObjectCount() != 1)
-        return nullptr;
-    zuRttiInterface* object = stream.GetObjectAt(0);
-    return object && object->IsDerived(zuNode::TYPE) ? static_cast<zuNode*>(object) : nullptr;
-}
-
 // ---------------------------------------------------------------------------------------
 // Benchmarks
 
@@ -259,7 +194,7 @@ void BM_Build(benchmark::State& state)
             built.seconds = secondsSince(start);
             built.peakKB = statusKB("VmHWM:");
             built.rssAfterKB = statusKB("VmRSS:");
-            countTree(root, built.tree);
+            built.tree = countTree(root);
             built.ok = true;
             finishChild(pipeEnd, built);
         });
@@ -294,7 +229,7 @@ void BM_ComputeVisibleSet(benchmark::State& state)
     culler.SetCamera(scene.camera());
     size_t visible = 0;
     for (auto _ : state) {
-        visible = cull(culler, scene.root());
+        visible = cull(culler, scene.root()).size();
         benchmark::DoNotOptimize(culler.GetVisibleSet().data());
     }
     state.SetItemsProcessed(state.iterations() * OBJECTS);
@@ -325,13 +260,9 @@ ChildResult loadInChild(const std::string& path, bool lazy)
 {
     return runInChild<ChildResult>([&path, lazy](int pipeEnd) {
         ChildResult loaded;
-        if (lazy) {
-            zuDynamicLoadingResource::SetLoadPolicy(zuVertexBuffer::TYPE, false);
-            zuDynamicLoadingResource::SetLoadPolicy(zuIndexBuffer::TYPE, false);
-        }
         loaded.rssBeforeKB = statusKB("VmRSS:");
         Clock::time_point start = Clock::now();
-        const zuPointer<zuNode> root = load(path);
+        const zuPointer<zuNode> root = bench::load(path, lazy);
         loaded.loadSeconds = secondsSince(start);
         if (!root)
             finishChild(pipeEnd, loaded);
@@ -344,12 +275,12 @@ ChildResult loadInChild(const std::string& path, bool lazy)
             const zuPointer<zuCamera> camera = workload.camera();
             culler.SetCamera(camera);
             start = Clock::now();
-            loaded.visible = static_cast<long>(cull(culler, root));
+            loaded.visible = static_cast<long>(cull(culler, root).size());
             loaded.cullSeconds = secondsSince(start);
         }
         loaded.seconds = loaded.loadSeconds + loaded.updateSeconds + loaded.cullSeconds;
         loaded.peakKB = statusKB("VmHWM:");
-        countTree(root, loaded.tree);
+        loaded.tree = countTree(root);
         loaded.ok = true;
         finishChild(pipeEnd, loaded);
     });

@@ -1,7 +1,5 @@
 #include "resources/zuTestBlockResource.h"
 
-#include <zuSceneGraph/resources/zuDynamicResourceCPUDeleteRequest.h>
-#include <zuSceneGraph/resources/zuDynamicResourceCPULoadRequest.h>
 #include <zuSceneGraph/resources/zuRendererInterface.h>
 
 #include <vector>
@@ -38,18 +36,6 @@ bool zuTestBlockResource::HasPattern(int seed) const
     return true;
 }
 
-void zuTestBlockResource::RegisterRequests()
-{
-    if (msTestResourceID == 0) {
-        msTestResourceID = GetNextResourceIdentifier();
-        msTestHandlerID = GetNextHandlerIdentifier();
-    }
-    RegisterCPURequestBuilder(msTestHandlerID, zuDynamicResourceCPULoadRequest::CreateFromHandler,
-                              zuDynamicResourceCPUDeleteRequest::CreateFromHandler,
-                              zuDynamicResourceCPULoadRequest::CreateFromResource,
-                              zuDynamicResourceCPUDeleteRequest::CreateFromResource);
-}
-
 zuDynamicLoadingResourceHandler* zuTestBlockResource::createHandler() const
 {
     zuTestBlockHandler* handler = new zuTestBlockHandler;
@@ -64,9 +50,7 @@ int zuTestBlockResource::GetDiskUsed(const zuBaseStream& stream) const
 
 void zuTestBlockResource::Save(zuBaseStream& stream) const
 {
-    zuTestBlockResource* self = const_cast<zuTestBlockResource*>(this);
-    const bool wasResident = isCPUResident();
-    zuRendererInterface::LoadCPUData(self);
+    const zuRendererInterface::ResidentScope resident(this);
     zuUnnamedObject::Save(stream);
     stream.Write(mSize);
     storeStreamInfo(&stream);
@@ -74,8 +58,16 @@ void zuTestBlockResource::Save(zuBaseStream& stream) const
         stream.Write(mSize, mData);
     else
         stream.Write(mSize, std::vector<char>(static_cast<size_t>(mSize)).data());
-    if (!wasResident)
-        zuRendererInterface::DeleteCPUData(self, false);
+}
+
+bool zuTestBlockResource::Equals(const zuRttiInterface* other) const
+{
+    return zuUnnamedObject::Equals(other);
+}
+
+bool zuTestBlockResource::Clone(zuRttiInterface*& target) const
+{
+    return zuUnnamedObject::Clone(target);
 }
 
 void zuTestBlockResource::Load(zuBaseStream& stream, zuLink* link)

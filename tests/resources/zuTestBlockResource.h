@@ -7,7 +7,8 @@
 
 #include <zuSceneGraph/objects/zuUnnamedObject.h>
 #include <zuSceneGraph/resources/zuBindable.h>
-#include <zuSceneGraph/resources/zuBlockResourceHandler.h>
+#include <zuSceneGraph/resources/zuBlockResource.h>
+#include <zuSceneGraph/resources/zuBlockResourceHandlerOf.h>
 #include <zuSceneGraph/resources/zuDynamicLoadingResource.h>
 #include <zuSceneGraph/stream/zuBaseStream.h>
 
@@ -35,48 +36,20 @@ public:
 
     // Takes the resource-type and handler-type numbers once and registers the generic CPU
     // requests for the handler type.
-    static void RegisterRequests();
+    static void RegisterRequests() { zuBlockResourceRequests::Register(msTestResourceID, msTestHandlerID); }
+    static unsigned int GetResourceHandlerType() { return msTestHandlerID; }
     static unsigned int msTestResourceID;
     static unsigned int msTestHandlerID;
     static int msLiving;
 
-    unsigned long getResourceID() const override { return GetID(); }
-    zuDynamicLoadingResourceHandler* createHandler() const override;
-    unsigned int getResourceType() const override { return msTestResourceID; }
-    unsigned int getResourceHandlerType() const override { return msTestHandlerID; }
-    uint64_t getGPUSize() const override { return getCPUSize(); }
-    bool isGPUResident() const override { return getIdentifier() != nullptr; }
-    bool isGPUFreeable() const override { return GetReferences() == 1; }
-    uint64_t getCPUSize() const override { return static_cast<uint64_t>(mSize); }
-    bool isCPUResident() const override { return mData != nullptr; }
-    bool isCPUFreeable() const override { return GetReferences() == 1; }
-    const char* getTypeName() const override { return GetType().GetName(); }
-
-    const zuRtti& GetType() const override { return TYPE; }
-    int GetDiskUsed(const zuBaseStream& stream) const override;
-    void Save(zuBaseStream& stream) const override;
-    void Load(zuBaseStream& stream, zuLink* link) override;
+    ZU_BLOCK_RESOURCE_OPERATIONS(zuUnnamedObject, msTestResourceID, msTestHandlerID, mSize);
 
 private:
-    friend class zuTestBlockHandler;
-
     char* mData = nullptr;
     int mSize = 0;
 };
 
 // The handler of zuTestBlockResource: the block lies in the file as in memory.
-class zuTestBlockHandler : public zuBlockResourceHandler {
-public:
-    zuDynamicLoadingResourceHandler* clone() const override { return new zuTestBlockHandler(*this); }
-    unsigned int getResourceHandlerType() const override { return zuTestBlockResource::msTestHandlerID; }
-    char* getCPUBlock(zuDynamicLoadingResource* resource) const override
-    {
-        return static_cast<zuTestBlockResource*>(resource)->mData;
-    }
-    void setCPUBlock(zuDynamicLoadingResource* resource, char* block) const override
-    {
-        static_cast<zuTestBlockResource*>(resource)->mData = block;
-    }
-};
+class zuTestBlockHandler : public zuBlockResourceHandlerOf<zuTestBlockResource, zuTestBlockHandler> {};
 
 } // namespace zu::test

@@ -7,9 +7,9 @@
 #include "zusgW1Assembly.h"
 
 #include <zuSceneGraph/culling/zuCuller.h>
+#include <zuSceneGraph/math/zuGenericTransformation.h>
 #include <zuSceneGraph/objects/zuTSharedArray.h>
 #include <zuSceneGraph/resources/zuVertexBuffer.h>
-#include <zuSceneGraph/scenegraph/zuGenericTransformation.h>
 #include <zuSceneGraph/states/zuAlphaState.h>
 #include <zuSceneGraph/states/zuCamera.h>
 #include <zuSceneGraph/states/zuCullState.h>
@@ -18,6 +18,7 @@
 #include <zuSceneGraph/states/zuStencilState.h>
 #include <zuSceneGraph/states/zuWireframeState.h>
 #include <zuSceneGraph/states/zuZBufferState.h>
+#include <zuSceneGraph/spatial/zuPicker.h>
 #include <zuSceneGraph/stream/zuCoreSettings.h>
 #include <zuSceneGraph/stream/zuFileStream.h>
 #include <zuSceneGraph/zuSceneGraph.h>
@@ -973,6 +974,40 @@ TEST_F(ZusgDemo, BadArgumentsAreUsageErrorsAndAFailedStepSaysWhatFailed)
     EXPECT_EQ(r.status, 1);
     EXPECT_TRUE(has(r.err, "zusg demo: FAILED: could not save " + file("missing/kept.mvk").string()));
     EXPECT_EQ(r.out.find("demo: OK"), std::string::npos) << r.out;
+}
+
+// ---------------------------------------------------------------------------------------
+// Pick
+
+using ZusgPick = Zusg;
+
+TEST_F(ZusgPick, PrintsTheNearestHitOfTheRayAsThePickerFindsItHere)
+{
+    zuPointer<zuNode> root = zusg::W1Assembly(1).build();
+    root->getChild(0)->SetName("corner");
+    const fs::path path = save("w1.mvk", {root.get()});
+    root->UpdateGS();
+    zuPicker picker;
+    ASSERT_TRUE(picker.PickRay(root, Wm4::Vector3<float>(-2, -2, -10), Wm4::Vector3<float>(0, 0, 1)));
+    const zuPickRecord& hit = picker.GetRecords()[0];
+    std::ostringstream expected;
+    expected << "leaf      corner (zuCore.zuTriMesh)\ntriangle  " << hit.triangle << "\npoint     " << hit.point[0]
+             << ", " << hit.point[1] << ", " << hit.point[2] << "\nnormal    " << hit.normal[0] << ", " << hit.normal[1]
+             << ", " << hit.normal[2] << "\ndistance  " << hit.distance << "\n";
+    EXPECT_LT((hit.normal - Wm4::Vector3<float>(0, 0, -1)).Length(), 1e-6f);
+    RunResult r = run({"pick", path.string(), "--eye", "-2,-2,-10", "--dir", "0,0,1"});
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out, expected.str());
+    r = run({"pick", path.string(), "--dir", "0,0,-1", "--eye", "-2,-2,-10"});
+    EXPECT_EQ(r.out, "no hit\n");
+    for (const std::vector<std::string>& arguments : std::vector<std::vector<std::string>>{
+             {"pick", path.string(), "--eye", "0,0,0"}, {"pick", "--eye", "0,0,0", "--dir", "1,0,0"},
+             {"pick", path.string(), "--eye", "0,0", "--dir", "1,0,0"},
+             {"pick", path.string(), "--eye", "0,0,0", "--dir", "0,0,0"}})
+        EXPECT_EQ(run(arguments).status, 2) << arguments.back();
+    r = run({"pick", file("missing.mvk").string(), "--eye", "0,0,0", "--dir", "1,0,0"});
+    EXPECT_EQ(r.status, 1);
+    EXPECT_TRUE(has(r.err, "cannot open the file"));
 }
 
 } // namespace

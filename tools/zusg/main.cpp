@@ -3,6 +3,7 @@
 //     zusg version
 //     zusg dump [--no-fields] FILE
 //     zusg demo [--depth N] [--keep FILE]
+//     zusg pick FILE --eye x,y,z --dir x,y,z
 //
 // A command joins by adding its source file and one line to the table below.
 
@@ -26,6 +27,10 @@ const Command commands[] = {
      "build a scene of N levels (1 to 6, default 4), update, cull, save, load it fully and with\n"
      "      its buffers left in the file, and check what comes back; --keep saves to FILE and keeps it",
      runDemo},
+    {"pick", "FILE --eye x,y,z --dir x,y,z",
+     "the nearest triangle that the ray from the eye along the direction meets in the file's\n"
+     "      scene: leaf, triangle, world point and normal, distance",
+     runPick},
 };
 
 void printUsageLine(std::ostream& out, const Command& command)

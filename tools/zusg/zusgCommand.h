@@ -25,5 +25,6 @@ struct Command {
 int runVersion(const std::vector<std::string>& arguments);
 int runDump(const std::vector<std::string>& arguments);
 int runDemo(const std::vector<std::string>& arguments);
+int runPick(const std::vector<std::string>& arguments);
 
 } // namespace zusg

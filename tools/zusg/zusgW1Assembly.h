@@ -20,12 +20,8 @@ public:
     int fanOut() const { return mFanOut; }
 
     // A root with the identity transformation; every node above level `depth` has `fanOut`
-    // children, those at level `depth` are cube meshes (makeCube). Child k of a node at level
-    // l is translated by 2^(depth - l) (±1, ±1, ±1) (the signs from bits 0, 1, 2 of k mod 8:
-    // set is +), turned about z by (unit() - 0.5) / 2 radians and, at the leaves only, scaled
-    // uniformly by 0.5 + unit() / 4; the numbers come from splitmix64 seeded with 42, angle
-    // then scale, depth first, children in slot order. Nothing is updated: call UpdateGS on
-    // the root.
+    // children, those at level `depth` are cube meshes (makeCube), each placed as
+    // W1Layout (zusgW1Layout.h) says. Nothing is updated: call UpdateGS on the root.
     zu::zuPointer<zu::zuNode> build() const;
 
     // The camera of W1: perspective at the origin, looking down +x with up +z (right -y),

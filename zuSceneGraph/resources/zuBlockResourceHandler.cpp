@@ -1,12 +1,16 @@
 #include <zuSceneGraph/resources/zuBlockResourceHandler.h>
 
+#include <zuSceneGraph/resources/zuBlockReader.h>
 #include <zuSceneGraph/resources/zuDynamicLoadingResource.h>
 
 #include <cstddef>
+#include <cstring>
 #include <limits>
 #include <new>
 
 namespace zu {
+
+const std::string zuBlockResourceHandler::msNoPath;
 
 void zuBlockResourceHandler::setBlockHandler(const zuDynamicLoadingResource* resource)
 {
@@ -16,12 +20,18 @@ void zuBlockResourceHandler::setBlockHandler(const zuDynamicLoadingResource* res
     mGPUSize = resource->getGPUSize();
     mStreamOffset = resource->getStreamOffset();
     mStreamVersion = resource->getStreamVersion();
-    mResourceFilePath = resource->getResourceFilePath();
+    mResourceFilePath = resource->getSharedResourceFilePath();
 }
 
 bool zuBlockResourceHandler::readCPUBlock(std::FILE* file, char* block) const
 {
-    return ReadBytes(file, block, mCPUSize);
+    zuBlockReader reader(file);
+    return readCPUBlock(reader, block);
+}
+
+bool zuBlockResourceHandler::readCPUBlock(zuBlockReader& reader, char* block) const
+{
+    return reader.read(block, mCPUSize);
 }
 
 zuBlockResourceHandler* zuBlockResourceHandler::CloneFrom(const zuDynamicLoadingResourceHandler* handler)
@@ -53,18 +63,23 @@ char* zuBlockResourceHandler::AllocateBlock(uint64_t size)
     return new (std::nothrow) char[static_cast<size_t>(size)];
 }
 
+char* zuBlockResourceHandler::NewBlock(int64_t size, bool zeroed)
+{
+    if (size <= 0)
+        return nullptr;
+    if (size > std::numeric_limits<int>::max())
+        throw std::bad_alloc();
+    char* block = AllocateBlock(static_cast<uint64_t>(size));
+    if (!block)
+        throw std::bad_alloc();
+    if (zeroed)
+        std::memset(block, 0, static_cast<size_t>(size));
+    return block;
+}
+
 void zuBlockResourceHandler::FreeBlock(char* block)
 {
     delete[] block;
-}
-
-bool zuBlockResourceHandler::ReadBytes(std::FILE* file, void* destination, uint64_t size)
-{
-    if (size == 0)
-        return true;
-    if (!file || !destination || size > std::numeric_limits<size_t>::max())
-        return false;
-    return std::fread(destination, 1, static_cast<size_t>(size), file) == static_cast<size_t>(size);
 }
 
 } // namespace zu

@@ -41,16 +41,6 @@ const FormatInfo* infoOf(zuImage::FormatMode format)
     return index >= 0 && index < zuImage::FORMAT_QUANTITY ? &formatInfos[index] : nullptr;
 }
 
-void writeZeros(zuBaseStream& stream, int64_t size)
-{
-    static const char zeros[4096] = {};
-    while (size > 0) {
-        const int chunk = static_cast<int>(std::min<int64_t>(size, sizeof(zeros)));
-        stream.Write(chunk, zeros);
-        size -= chunk;
-    }
-}
-
 } // namespace
 
 zuImage::zuImage() = default;
@@ -129,7 +119,7 @@ bool zuImage::SetImage(FormatMode format, int width, int height, const void* pix
         else
             std::memset(block, 0, static_cast<size_t>(size));
     }
-    replaceBlock(block);
+    zuBlockResourceHandler::ReplaceBlock(mData, block);
     mFormat = format;
     mWidth = width;
     mHeight = height;
@@ -138,16 +128,9 @@ bool zuImage::SetImage(FormatMode format, int width, int height, const void* pix
     return true;
 }
 
-void zuImage::replaceBlock(char* block)
-{
-    if (block != mData)
-        zuBlockResourceHandler::FreeBlock(mData);
-    mData = block;
-}
-
 void zuImage::clearContents()
 {
-    replaceBlock(nullptr);
+    zuBlockResourceHandler::ReplaceBlock(mData, nullptr);
     mFormat = RGBA8;
     mWidth = 0;
     mHeight = 0;
@@ -156,16 +139,6 @@ void zuImage::clearContents()
 
 // ---------------------------------------------------------------------------------------
 // Resource requests
-
-void zuImage::RegisterRequests()
-{
-    zuBlockResourceRequests::Register(msImageID, msImageHandlerID);
-}
-
-void zuImage::UnRegisterRequests()
-{
-    zuBlockResourceRequests::Unregister(msImageHandlerID);
-}
 
 zuDynamicLoadingResourceHandler* zuImage::createHandler() const
 {
@@ -188,9 +161,7 @@ int zuImage::GetDiskUsed(const zuBaseStream& stream) const
 
 void zuImage::Save(zuBaseStream& stream) const
 {
-    zuImage* self = const_cast<zuImage*>(this);
-    const bool wasResident = isCPUResident();
-    zuRendererInterface::LoadCPUData(self);
+    const zuRendererInterface::ResidentScope resident(this);
 
     zuNamedObject::Save(stream);
     stream.Write(static_cast<int>(mFormat));
@@ -202,10 +173,7 @@ void zuImage::Save(zuBaseStream& stream) const
     if (mData)
         stream.Write(mDataSize, mData);
     else
-        writeZeros(stream, mDataSize);
-
-    if (!wasResident)
-        zuRendererInterface::DeleteCPUData(self, false);
+        stream.WriteZeros(static_cast<uint64_t>(mDataSize));
 }
 
 void zuImage::Load(zuBaseStream& stream, zuLink* link)
@@ -289,7 +257,7 @@ bool zuImage::Clone(zuRttiInterface*& target) const
             return false;
         std::memcpy(block, mData, static_cast<size_t>(mDataSize));
     }
-    image->replaceBlock(block);
+    zuBlockResourceHandler::ReplaceBlock(image->mData, block);
     image->mFormat = mFormat;
     image->mWidth = mWidth;
     image->mHeight = mHeight;

@@ -2,6 +2,7 @@
 
 #include <zuSceneGraph/objects/zuNamedObject.h>
 #include <zuSceneGraph/resources/zuBindable.h>
+#include <zuSceneGraph/resources/zuBlockResource.h>
 #include <zuSceneGraph/resources/zuDynamicLoadingResource.h>
 #include <zuSceneGraph/stream/zuBaseStream.h>
 
@@ -95,49 +96,27 @@ public:
     static unsigned int GetResourceHandlerType() { return msImageHandlerID; }
     // Takes the resource-type and handler-type numbers once and registers the generic CPU
     // load and delete requests of block resources for images. Called by the library start.
-    static void RegisterRequests();
+    static void RegisterRequests() { zuBlockResourceRequests::Register(msImageID, msImageHandlerID); }
     // Clears the request builders of the handler type (the library end); the numbers stay.
-    static void UnRegisterRequests();
+    static void UnRegisterRequests() { zuBlockResourceRequests::Unregister(msImageHandlerID); }
     static unsigned int msImageID;
     static unsigned int msImageHandlerID;
 
-    // zuDynamicLoadingResource
-    unsigned long getResourceID() const override { return GetID(); }
-    zuDynamicLoadingResourceHandler* createHandler() const override;
-    unsigned int getResourceType() const override { return msImageID; }
-    unsigned int getResourceHandlerType() const override { return msImageHandlerID; }
-    uint64_t getGPUSize() const override { return getCPUSize(); }
-    bool isGPUResident() const override { return getIdentifier() != nullptr; }
-    // Only the resource system still holds the image.
-    bool isGPUFreeable() const override { return GetReferences() == 1; }
-    uint64_t getCPUSize() const override { return static_cast<uint64_t>(mDataSize); }
-    bool isCPUResident() const override { return mData != nullptr; }
-    bool isCPUFreeable() const override { return GetReferences() == 1; }
-    const char* getTypeName() const override { return GetType().GetName(); }
-
-    const zuRtti& GetType() const override { return TYPE; }
-    int GetDiskUsed(const zuBaseStream& stream) const override;
-    // Makes the block resident for the write (and drops it again when it was not), and
-    // records the offset of the block in the stream written.
-    void Save(zuBaseStream& stream) const override;
-    // Refuses (marks the stream corrupt) negative dimensions, a block size the data cannot
-    // hold, and, for a known format, a block size other than ComputeDataSize gives; the
-    // image is then left empty. A format outside the list is kept with its block as read:
-    // only a renderer knows what to make of it. The block is read when the load policy
-    // asks for it (or there is no file to read it from later), else skipped.
-    void Load(zuBaseStream& stream, zuLink* link) override;
-    // The object part, format, dimensions and block size, then the pixels byte for byte.
-    // Two absent blocks are equal; one absent block is not.
-    bool Equals(const zuRttiInterface* other) const override;
-    // Creates the target when it is null. The target gets a copy of the block when this
-    // image is resident; otherwise no block and this image's file, so that it reads the
-    // same pixels when loaded.
-    bool Clone(zuRttiInterface*& target) const override;
+    // The zuObject operations, then the resource operations (see zuBlockResource.h).
+    // Save makes the block resident for the write (and drops it again when it was not), and
+    // records the offset of the block in the stream written. Load refuses (marks the stream
+    // corrupt) negative dimensions, a block size the data cannot hold, and, for a known
+    // format, a block size other than ComputeDataSize gives; the image is then left empty.
+    // A format outside the list is kept with its block as read: only a renderer knows what
+    // to make of it. The block is read when the load policy asks for it (or there is no file
+    // to read it from later), else skipped. Equals compares the object part, format,
+    // dimensions and block size, then the pixels byte for byte; two absent blocks are equal,
+    // one absent block is not. Clone gives the target a copy of the block when this image is
+    // resident; otherwise no block and this image's file, so that it reads the same pixels
+    // when loaded.
+    ZU_BLOCK_RESOURCE_OPERATIONS(zuNamedObject, msImageID, msImageHandlerID, mDataSize);
 
 private:
-    friend class zuImageHandler;
-
-    void replaceBlock(char* block);
     void clearContents();
 
     char* mData = nullptr;

@@ -25,31 +25,6 @@ zuIndexBuffer::IndexBufferType normalized(int type)
     return type == zuIndexBuffer::INDEX_32 ? zuIndexBuffer::INDEX_32 : zuIndexBuffer::INDEX_16;
 }
 
-// An array of `bytes` bytes, zero-filled on request (null for 0); throws as new does.
-char* newArray(int64_t bytes, bool zeroed)
-{
-    if (bytes <= 0)
-        return nullptr;
-    if (bytes > std::numeric_limits<int>::max())
-        throw std::bad_alloc();
-    char* block = zuBlockResourceHandler::AllocateBlock(static_cast<uint64_t>(bytes));
-    if (!block)
-        throw std::bad_alloc();
-    if (zeroed)
-        std::memset(block, 0, static_cast<size_t>(bytes));
-    return block;
-}
-
-void writeZeros(zuBaseStream& stream, int64_t size)
-{
-    static const char zeros[4096] = {};
-    while (size > 0) {
-        const int chunk = static_cast<int>(std::min<int64_t>(size, sizeof(zeros)));
-        stream.Write(chunk, zeros);
-        size -= chunk;
-    }
-}
-
 } // namespace
 
 zuIndexBuffer::zuIndexBuffer() = default;
@@ -57,7 +32,7 @@ zuIndexBuffer::zuIndexBuffer() = default;
 zuIndexBuffer::zuIndexBuffer(int quantity, IndexBufferType type)
     : mIndexQuantity(std::max(quantity, 0)), mIndexType(normalized(type))
 {
-    mData = newArray(static_cast<int64_t>(mIndexQuantity) * GetIndexSize(), true);
+    mData = zuBlockResourceHandler::NewBlock(static_cast<int64_t>(mIndexQuantity) * GetIndexSize(), true);
 }
 
 zuIndexBuffer::zuIndexBuffer(const zuIndexBuffer* source)
@@ -68,7 +43,7 @@ zuIndexBuffer::zuIndexBuffer(const zuIndexBuffer* source)
     mIndexType = source->mIndexType;
     if (source->mData) {
         const int64_t bytes = static_cast<int64_t>(getCPUSize());
-        mData = newArray(bytes, false);
+        mData = zuBlockResourceHandler::NewBlock(bytes, false);
         if (mData)
             std::memcpy(mData, source->mData, static_cast<size_t>(bytes));
     }
@@ -80,16 +55,9 @@ zuIndexBuffer::~zuIndexBuffer()
     zuBlockResourceHandler::FreeBlock(mData);
 }
 
-void zuIndexBuffer::replaceBlock(char* block)
-{
-    if (block != mData)
-        zuBlockResourceHandler::FreeBlock(mData);
-    mData = block;
-}
-
 void zuIndexBuffer::clearContents()
 {
-    replaceBlock(nullptr);
+    zuBlockResourceHandler::ReplaceBlock(mData, nullptr);
     mIndexQuantity = 0;
     mIndexType = INDEX_32;
     mFileDeltaWidth = 0;
@@ -127,14 +95,14 @@ bool zuIndexBuffer::resizeIndexBuffer(int quantity)
         if (!block)
             return false;
     } else {
-        block = newArray(bytes, false);
+        block = zuBlockResourceHandler::NewBlock(bytes, false);
     }
     const int64_t kept = mData ? std::min(bytes, oldBytes) : 0;
     if (kept > 0)
         std::memcpy(block, mData, static_cast<size_t>(kept));
     if (bytes > kept)
         std::memset(block + kept, 0, static_cast<size_t>(bytes - kept));
-    replaceBlock(block);
+    zuBlockResourceHandler::ReplaceBlock(mData, block);
     mIndexQuantity = quantity;
     return true;
 }
@@ -149,7 +117,7 @@ bool zuIndexBuffer::ConvertToShort()
         return true;
     if (mIndexQuantity > 0 && !mData)
         return false;
-    char* block = newArray(static_cast<int64_t>(mIndexQuantity) * 2, false);
+    char* block = zuBlockResourceHandler::NewBlock(static_cast<int64_t>(mIndexQuantity) * 2, false);
     const unsigned int* from = reinterpret_cast<const unsigned int*>(mData);
     unsigned short* to = reinterpret_cast<unsigned short*>(block);
     for (int k = 0; k < mIndexQuantity; ++k) {
@@ -160,7 +128,7 @@ bool zuIndexBuffer::ConvertToShort()
         to[k] = static_cast<unsigned short>(from[k]);
     }
     mIndexType = INDEX_16;
-    replaceBlock(block);
+    zuBlockResourceHandler::ReplaceBlock(mData, block);
     return true;
 }
 
@@ -190,17 +158,15 @@ bool zuIndexBuffer::CloneIndexBuffer(zuRttiInterface*& target, bool withData) co
     if (!withData)
         return true;
     const int64_t bytes = static_cast<int64_t>(getCPUSize());
-    char* block = newArray(bytes, false);
+    char* block = zuBlockResourceHandler::NewBlock(bytes, false);
     if (mData) {
         if (block)
             std::memcpy(block, mData, static_cast<size_t>(bytes));
     } else {
         // As for vertex buffers: loaded and dropped again, the clone's array left unfilled.
-        zuIndexBuffer* self = const_cast<zuIndexBuffer*>(this);
-        zuRendererInterface::LoadCPUData(self);
-        zuRendererInterface::DeleteCPUData(self, false);
+        const zuRendererInterface::ResidentScope resident(this);
     }
-    clone->replaceBlock(block);
+    zuBlockResourceHandler::ReplaceBlock(clone->mData, block);
     return true;
 }
 
@@ -254,11 +220,8 @@ int zuIndexBuffer::deltaWidthForSave() const
     if (mFileDeltaWidth != 0)
         return mFileDeltaWidth;
     // Indices from an older file, not resident: the width needs them.
-    zuIndexBuffer* self = const_cast<zuIndexBuffer*>(this);
-    zuRendererInterface::LoadCPUData(self);
-    const int width = PackedDeltaWidth(mIndexQuantity, reinterpret_cast<const unsigned int*>(mData));
-    zuRendererInterface::DeleteCPUData(self, false);
-    return width;
+    const zuRendererInterface::ResidentScope resident(this);
+    return PackedDeltaWidth(mIndexQuantity, reinterpret_cast<const unsigned int*>(mData));
 }
 
 bool zuIndexBuffer::readPacked(zuBaseStream& stream, bool load)
@@ -312,16 +275,6 @@ bool zuIndexBuffer::readPacked(zuBaseStream& stream, bool load)
 // ---------------------------------------------------------------------------------------
 // Resource requests
 
-void zuIndexBuffer::RegisterRequests()
-{
-    zuBlockResourceRequests::Register(msIndexBufferID, msIndexBufferHandlerID);
-}
-
-void zuIndexBuffer::UnRegisterRequests()
-{
-    zuBlockResourceRequests::Unregister(msIndexBufferHandlerID);
-}
-
 zuDynamicLoadingResourceHandler* zuIndexBuffer::createHandler() const
 {
     zuIndexBufferHandler* handler = new zuIndexBufferHandler;
@@ -353,9 +306,7 @@ int zuIndexBuffer::GetDiskUsed(const zuBaseStream& stream) const
 
 void zuIndexBuffer::Save(zuBaseStream& stream) const
 {
-    zuIndexBuffer* self = const_cast<zuIndexBuffer*>(this);
-    const bool wasResident = isCPUResident();
-    zuRendererInterface::LoadCPUData(self);
+    const zuRendererInterface::ResidentScope resident(this);
 
     zuUnnamedObject::Save(stream);
     const zuStreamVersion& version = stream.GetVersion();
@@ -386,14 +337,14 @@ void zuIndexBuffer::Save(zuBaseStream& stream) const
                     done += count;
                 }
             } else {
-                writeZeros(stream, static_cast<int64_t>(mIndexQuantity - 1) * width);
+                stream.WriteZeros(static_cast<uint64_t>(mIndexQuantity - 1) * width);
             }
             mFileDeltaWidth = width;
         } else if (mIndexType == INDEX_32) {
             if (indices32)
                 stream.Write(mIndexQuantity, indices32);
             else
-                writeZeros(stream, static_cast<int64_t>(mIndexQuantity) * 4);
+                stream.WriteZeros(static_cast<uint64_t>(mIndexQuantity) * 4);
         } else if (version < zuStreamVersion(5, 2)) {
             // These streams know only 32-bit indices.
             for (int k = 0; k < mIndexQuantity; ++k)
@@ -401,14 +352,11 @@ void zuIndexBuffer::Save(zuBaseStream& stream) const
         } else if (indices16) {
             stream.Write(mIndexQuantity, indices16);
         } else {
-            writeZeros(stream, static_cast<int64_t>(mIndexQuantity) * 2);
+            stream.WriteZeros(static_cast<uint64_t>(mIndexQuantity) * 2);
         }
     }
     if (version >= zuStreamVersion(4, 2) && version < zuStreamVersion(6, 32))
         stream.Write(0);
-
-    if (!wasResident)
-        zuRendererInterface::DeleteCPUData(self, false);
 }
 
 void zuIndexBuffer::Load(zuBaseStream& stream, zuLink* link)

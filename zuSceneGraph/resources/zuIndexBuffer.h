@@ -2,7 +2,7 @@
 
 #include <zuSceneGraph/objects/zuUnnamedObject.h>
 #include <zuSceneGraph/resources/zuBindable.h>
-#include <zuSceneGraph/resources/zuBlockResourceRequests.h>
+#include <zuSceneGraph/resources/zuBlockResource.h>
 #include <zuSceneGraph/resources/zuDynamicLoadingResource.h>
 #include <zuSceneGraph/stream/zuBaseStream.h>
 
@@ -119,8 +119,8 @@ public:
     static unsigned int GetResourceType() { return msIndexBufferID; }
     static unsigned int GetResourceHandlerType() { return msIndexBufferHandlerID; }
     // As zuVertexBuffer::RegisterRequests, for index buffers.
-    static void RegisterRequests();
-    static void UnRegisterRequests();
+    static void RegisterRequests() { zuBlockResourceRequests::Register(msIndexBufferID, msIndexBufferHandlerID); }
+    static void UnRegisterRequests() { zuBlockResourceRequests::Unregister(msIndexBufferHandlerID); }
     static constexpr auto& CreateIndexBufferCPULoadRequest = zuBlockResourceRequests::LoadFromHandler;
     static constexpr auto& CreateIndexBufferCPUDeleteRequest = zuBlockResourceRequests::DeleteFromHandler;
     static constexpr auto& CreateIndexBufferCPULoadRequestResource = zuBlockResourceRequests::LoadFromResource;
@@ -128,46 +128,24 @@ public:
     static unsigned int msIndexBufferID;
     static unsigned int msIndexBufferHandlerID;
 
-    // zuDynamicLoadingResource
-    unsigned long getResourceID() const override { return GetID(); }
-    zuDynamicLoadingResourceHandler* createHandler() const override;
-    unsigned int getResourceType() const override { return msIndexBufferID; }
-    unsigned int getResourceHandlerType() const override { return msIndexBufferHandlerID; }
-    uint64_t getGPUSize() const override { return getCPUSize(); }
-    bool isGPUResident() const override { return getIdentifier() != nullptr; }
-    bool isGPUFreeable() const override { return GetReferences() == 1; }
-    // indexQuantity × 4 for INDEX_32, × 2 otherwise.
-    uint64_t getCPUSize() const override { return static_cast<uint64_t>(mIndexQuantity) * GetIndexSize(); }
-    bool isCPUResident() const override { return mData != nullptr; }
-    bool isCPUFreeable() const override { return GetReferences() == 1; }
-    const char* getTypeName() const override { return GetType().GetName(); }
-
-    const zuRtti& GetType() const override { return TYPE; }
-    // Packed data needs the delta width: from the indices when resident, else from the
-    // width read or written at the recorded offset, else by loading the indices for the
-    // count.
-    int GetDiskUsed(const zuBaseStream& stream) const override;
-    // Makes the array resident for the write (and drops it again when it was not), and
-    // records the offset of the data in the stream written.
-    void Save(zuBaseStream& stream) const override;
-    // Refuses (marks the stream corrupt) counts the data cannot hold and unknown delta
-    // widths; the buffer is then left empty. When the resource is not to be loaded now the
-    // data is skipped (for packed data the width byte is read to know how far).
-    void Load(zuBaseStream& stream, zuLink* link) override;
-    bool PostLink() override { return true; }
-    // Same count and type, then the arrays byte for byte. Two arrays that are both absent
-    // are equal; one absent array is not.
-    bool Equals(const zuRttiInterface* other) const override;
-    // CloneIndexBuffer(target, false).
-    bool Clone(zuRttiInterface*& target) const override;
+    // The zuObject operations, then the resource operations (see zuBlockResource.h); the
+    // CPU size is indexQuantity × 4 for INDEX_32, × 2 otherwise.
+    // GetDiskUsed needs the delta width of packed data: from the indices when resident, else
+    // from the width read or written at the recorded offset, else by loading the indices for
+    // the count. Save makes the array resident for the write (and drops it again when it was
+    // not), and records the offset of the data in the stream written. Load refuses (marks
+    // the stream corrupt) counts the data cannot hold and unknown delta widths, leaving the
+    // buffer empty; when the resource is not to be loaded now the data is skipped (for
+    // packed data the width byte is read to know how far). Equals compares count and type,
+    // then the arrays byte for byte; two absent arrays are equal, one absent array is not.
+    // Clone is CloneIndexBuffer(target, false).
+    ZU_BLOCK_RESOURCE_OPERATIONS(zuUnnamedObject, msIndexBufferID, msIndexBufferHandlerID,
+                                 static_cast<uint64_t>(mIndexQuantity) * GetIndexSize());
 
 private:
-    friend class zuIndexBufferHandler;
-
     bool isPackedIn(const zuStreamVersion& version) const;
     int deltaWidthForSave() const;
     bool readPacked(zuBaseStream& stream, bool load);
-    void replaceBlock(char* block);
     void clearContents();
 
     char* mData = nullptr;

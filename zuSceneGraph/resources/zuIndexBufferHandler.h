@@ -1,12 +1,10 @@
 #pragma once
 
-#include <zuSceneGraph/resources/zuBlockResourceHandler.h>
+#include <zuSceneGraph/resources/zuBlockResourceHandlerOf.h>
+#include <zuSceneGraph/resources/zuIndexBuffer.h>
 
-#include <cstdio>
 
 namespace zu {
-
-class zuIndexBuffer;
 
 // What a load request needs to read an index buffer's indices back without touching the
 // buffer: its CPU and GPU sizes, the offset of the data, the stream version and the file
@@ -15,7 +13,7 @@ class zuIndexBuffer;
 // - packed: 32-bit indices of a 6.32 stream, stored as deltas (decoded while reading);
 // - widened: 16-bit indices written to a stream older than 5.2, stored as ints;
 // - otherwise the indices lie in the file as in memory.
-class zuIndexBufferHandler : public zuBlockResourceHandler {
+class zuIndexBufferHandler : public zuBlockResourceHandlerOf<zuIndexBuffer, zuIndexBufferHandler> {
 public:
     zuIndexBufferHandler() = default;
     zuIndexBufferHandler(const zuIndexBufferHandler&) = default;
@@ -30,18 +28,16 @@ public:
     // Bytes per index in memory: 4 or 2.
     int getIndexSize() const { return mIndexSize; }
 
-    zuDynamicLoadingResourceHandler* clone() const override { return new zuIndexBufferHandler(*this); }
-    // zuIndexBuffer::msIndexBufferHandlerID.
-    unsigned int getResourceHandlerType() const override;
     // Reads the indices in the file's form into the memory form. False on a short read
     // or an unknown delta width.
-    bool readCPUBlock(std::FILE* file, char* block) const override;
-    char* getCPUBlock(zuDynamicLoadingResource* resource) const override;
-    void setCPUBlock(zuDynamicLoadingResource* resource, char* block) const override;
+    bool readCPUBlock(zuBlockReader& reader, char* block) const override;
+    // Packed: the width byte, the first index and 4 bytes per later index at the widest;
+    // widened: 4 bytes per index.
+    uint64_t getMaxFileBytes() const override;
 
 private:
-    bool readPackedBlock(std::FILE* file, unsigned int* indices, uint64_t count) const;
-    bool readWidenedBlock(std::FILE* file, unsigned short* indices, uint64_t count) const;
+    bool readPackedBlock(zuBlockReader& reader, unsigned int* indices, uint64_t count) const;
+    bool readWidenedBlock(zuBlockReader& reader, unsigned short* indices, uint64_t count) const;
 
     bool mPacked = false;
     bool mWidened = false;

@@ -1,10 +1,9 @@
 #include <zuSceneGraph/resources/zuVertexBuffer.h>
 
+#include <zuSceneGraph/math/zuGenericTransformation.h>
 #include <zuSceneGraph/resources/zuBlockResourceHandler.h>
 #include <zuSceneGraph/resources/zuRendererInterface.h>
 #include <zuSceneGraph/resources/zuVertexBufferHandler.h>
-#include <zuSceneGraph/scenegraph/zuBoundingVolume.h>
-#include <zuSceneGraph/scenegraph/zuGenericTransformation.h>
 #include <zuSceneGraph/stream/zuBaseStream.h>
 
 #include <algorithm>
@@ -24,33 +23,6 @@ unsigned int zuVertexBuffer::msVertexBufferHandlerID = 0;
 namespace {
 
 using Group = zuAttributes::Group;
-
-// A block of `size` bytes, zero-filled on request (null for 0). A block the memory cannot
-// hold, or one too large for the int sizes of the format, fails as new does.
-char* newBlock(int64_t size, bool zeroed)
-{
-    if (size <= 0)
-        return nullptr;
-    if (size > std::numeric_limits<int>::max())
-        throw std::bad_alloc();
-    char* block = zuBlockResourceHandler::AllocateBlock(static_cast<uint64_t>(size));
-    if (!block)
-        throw std::bad_alloc();
-    if (zeroed)
-        std::memset(block, 0, static_cast<size_t>(size));
-    return block;
-}
-
-// `size` zero bytes, for a block that is not at hand when it must be written.
-void writeZeros(zuBaseStream& stream, int64_t size)
-{
-    static const char zeros[4096] = {};
-    while (size > 0) {
-        const int chunk = static_cast<int>(std::min<int64_t>(size, sizeof(zeros)));
-        stream.Write(chunk, zeros);
-        size -= chunk;
-    }
-}
 
 Wm4::Vector3<float> readVector3(const char* address)
 {
@@ -91,7 +63,7 @@ zuVertexBuffer::zuVertexBuffer(const zuAttributes& layout, int quantity)
     : mAttributes(layout), mVertexSize(layout.GetStride()), mVertexQuantity(std::max(quantity, 0))
 {
     const int64_t size = static_cast<int64_t>(mVertexSize) * mVertexQuantity;
-    mData = newBlock(size, true);
+    mData = zuBlockResourceHandler::NewBlock(size, true);
     mDataSize = static_cast<int>(size);
 }
 
@@ -104,7 +76,7 @@ zuVertexBuffer::zuVertexBuffer(const zuVertexBuffer* source)
     mVertexQuantity = source->mVertexQuantity;
     mDataSize = source->mDataSize;
     if (source->mData) {
-        mData = newBlock(mDataSize, false);
+        mData = zuBlockResourceHandler::NewBlock(mDataSize, false);
         if (mData)
             std::memcpy(mData, source->mData, static_cast<size_t>(mDataSize));
     }
@@ -116,16 +88,9 @@ zuVertexBuffer::~zuVertexBuffer()
     zuBlockResourceHandler::FreeBlock(mData);
 }
 
-void zuVertexBuffer::replaceBlock(char* block)
-{
-    if (block != mData)
-        zuBlockResourceHandler::FreeBlock(mData);
-    mData = block;
-}
-
 void zuVertexBuffer::clearContents()
 {
-    replaceBlock(nullptr);
+    zuBlockResourceHandler::ReplaceBlock(mData, nullptr);
     mAttributes = zuAttributes();
     mVertexSize = 0;
     mVertexQuantity = 0;
@@ -146,13 +111,13 @@ void zuVertexBuffer::resizeVertexBuffer(int quantity)
 {
     quantity = std::max(quantity, 0);
     const int64_t size = std::max<int64_t>(static_cast<int64_t>(mVertexSize) * quantity, 0);
-    char* block = newBlock(size, false);
+    char* block = zuBlockResourceHandler::NewBlock(size, false);
     const int64_t kept = mData ? std::min<int64_t>(size, mDataSize) : 0;
     if (kept > 0)
         std::memcpy(block, mData, static_cast<size_t>(kept));
     if (size > kept)
         std::memset(block + kept, 0, static_cast<size_t>(size - kept));
-    replaceBlock(block);
+    zuBlockResourceHandler::ReplaceBlock(mData, block);
     mVertexQuantity = quantity;
     mDataSize = static_cast<int>(size);
 }
@@ -165,7 +130,7 @@ void zuVertexBuffer::copyVertexFormat(zuVertexBuffer* target) const
     target->mVertexSize = mVertexSize;
     target->mVertexQuantity = mVertexQuantity;
     target->mDataSize = mDataSize;
-    target->replaceBlock(nullptr);
+    zuBlockResourceHandler::ReplaceBlock(target->mData, nullptr);
 }
 
 float* zuVertexBuffer::tuple(Group group, int unit, int i) const
@@ -349,33 +314,21 @@ bool zuVertexBuffer::CloneVertexBuffer(zuRttiInterface*& target, bool withData) 
     clone->mAttributes = mAttributes;
     if (!withData)
         return true;
-    char* block = newBlock(mDataSize, false);
+    char* block = zuBlockResourceHandler::NewBlock(mDataSize, false);
     if (mData) {
         if (block)
             std::memcpy(block, mData, static_cast<size_t>(mDataSize));
     } else {
         // The bytes are brought in and dropped again, and the clone's block stays unfilled:
         // the behaviour callers of this format know and keep.
-        zuVertexBuffer* self = const_cast<zuVertexBuffer*>(this);
-        zuRendererInterface::LoadCPUData(self);
-        zuRendererInterface::DeleteCPUData(self, false);
+        const zuRendererInterface::ResidentScope resident(this);
     }
-    clone->replaceBlock(block);
+    zuBlockResourceHandler::ReplaceBlock(clone->mData, block);
     return true;
 }
 
 // ---------------------------------------------------------------------------------------
 // Resource requests
-
-void zuVertexBuffer::RegisterRequests()
-{
-    zuBlockResourceRequests::Register(msVertexBufferID, msVertexBufferHandlerID);
-}
-
-void zuVertexBuffer::UnRegisterRequests()
-{
-    zuBlockResourceRequests::Unregister(msVertexBufferHandlerID);
-}
 
 zuDynamicLoadingResourceHandler* zuVertexBuffer::createHandler() const
 {
@@ -403,9 +356,7 @@ int zuVertexBuffer::GetDiskUsed(const zuBaseStream& stream) const
 
 void zuVertexBuffer::Save(zuBaseStream& stream) const
 {
-    zuVertexBuffer* self = const_cast<zuVertexBuffer*>(this);
-    const bool wasResident = isCPUResident();
-    zuRendererInterface::LoadCPUData(self);
+    const zuRendererInterface::ResidentScope resident(this);
 
     zuUnnamedObject::Save(stream);
     const zuStreamVersion& version = stream.GetVersion();
@@ -419,7 +370,7 @@ void zuVertexBuffer::Save(zuBaseStream& stream) const
     if (mData)
         stream.Write(mDataSize, mData);
     else
-        writeZeros(stream, mDataSize);
+        stream.WriteZeros(static_cast<uint64_t>(mDataSize));
 
     stream.Write(mAttributes.GetPositionChannels());
     if (version <= zuStreamVersion(4, 3)) {
@@ -441,9 +392,6 @@ void zuVertexBuffer::Save(zuBaseStream& stream) const
                 writeUnits(stream, mAttributes, static_cast<Group>(family));
         }
     }
-
-    if (!wasResident)
-        zuRendererInterface::DeleteCPUData(self, false);
 }
 
 void zuVertexBuffer::Load(zuBaseStream& stream, zuLink* link)
@@ -618,48 +566,6 @@ std::ostream& operator<<(std::ostream& out, const zuVertexBuffer& buffer)
         }
     }
     return out;
-}
-
-// The bound's form over a vertex buffer lives here, with the only code that knows the layout.
-void zuBoundingVolume::computeFromDataBox(const zuVertexBuffer* vertices)
-{
-    if (!vertices || vertices->GetVertexQuantity() <= 0) {
-        invalidate();
-        return;
-    }
-    // A block that waits in its file keeps the bound it was saved with.
-    const char* data = vertices->GetData();
-    if (!data)
-        return;
-    const zuAttributes& layout = vertices->GetAttributes();
-    const int channels = std::min(layout.GetPositionChannels(), 3);
-    if (channels <= 0) {
-        invalidate();
-        return;
-    }
-    const unsigned int offset = layout.GetPositionOffsetByte();
-    const ptrdiff_t stride = vertices->GetVertexSize();
-    // Missing channels (2D positions) count as 0; a NaN component never wins a comparison.
-    float low[3] = {0.0f, 0.0f, 0.0f};
-    float high[3] = {0.0f, 0.0f, 0.0f};
-    for (int c = 0; c < channels; ++c) {
-        low[c] = std::numeric_limits<float>::infinity();
-        high[c] = -std::numeric_limits<float>::infinity();
-    }
-    for (int i = 0; i < vertices->GetVertexQuantity(); ++i) {
-        float position[3];
-        // Copied, as the stride of a layout with byte-sized groups leaves floats unaligned.
-        std::memcpy(position, data + i * stride + offset, 4 * static_cast<size_t>(channels));
-        for (int c = 0; c < channels; ++c) {
-            if (position[c] < low[c])
-                low[c] = position[c];
-            if (position[c] > high[c])
-                high[c] = position[c];
-        }
-    }
-    // No finite position leaves low above high: a negative extent, an invalid bound.
-    setBox(Wm4::Vector3<float>(0.5f * (low[0] + high[0]), 0.5f * (low[1] + high[1]), 0.5f * (low[2] + high[2])),
-           Wm4::Vector3<float>(0.5f * (high[0] - low[0]), 0.5f * (high[1] - low[1]), 0.5f * (high[2] - low[2])));
 }
 
 } // namespace zu

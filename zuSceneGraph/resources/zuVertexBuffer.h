@@ -3,7 +3,7 @@
 #include <zuSceneGraph/objects/zuUnnamedObject.h>
 #include <zuSceneGraph/resources/zuAttributes.h>
 #include <zuSceneGraph/resources/zuBindable.h>
-#include <zuSceneGraph/resources/zuBlockResourceRequests.h>
+#include <zuSceneGraph/resources/zuBlockResource.h>
 #include <zuSceneGraph/resources/zuDynamicLoadingResource.h>
 #include <zuSceneGraph/stream/zuBaseStream.h>
 
@@ -215,9 +215,9 @@ public:
     static unsigned int GetResourceHandlerType() { return msVertexBufferHandlerID; }
     // Takes the resource-type and handler-type numbers once and registers the CPU load and
     // delete requests of vertex buffers. Called by the library start.
-    static void RegisterRequests();
+    static void RegisterRequests() { zuBlockResourceRequests::Register(msVertexBufferID, msVertexBufferHandlerID); }
     // Clears the request builders of the handler type (the library end); the numbers stay.
-    static void UnRegisterRequests();
+    static void UnRegisterRequests() { zuBlockResourceRequests::Unregister(msVertexBufferHandlerID); }
     // The request factories RegisterRequests registers: the generic CPU requests of block
     // resources, for a vertex-buffer handler or buffer.
     static constexpr auto& CreateVertexBufferCPULoadRequest = zuBlockResourceRequests::LoadFromHandler;
@@ -227,40 +227,18 @@ public:
     static unsigned int msVertexBufferID;
     static unsigned int msVertexBufferHandlerID;
 
-    // zuDynamicLoadingResource
-    unsigned long getResourceID() const override { return GetID(); }
-    zuDynamicLoadingResourceHandler* createHandler() const override;
-    unsigned int getResourceType() const override { return msVertexBufferID; }
-    unsigned int getResourceHandlerType() const override { return msVertexBufferHandlerID; }
-    uint64_t getGPUSize() const override { return getCPUSize(); }
-    bool isGPUResident() const override { return getIdentifier() != nullptr; }
-    // Only the resource system still holds the buffer.
-    bool isGPUFreeable() const override { return GetReferences() == 1; }
-    uint64_t getCPUSize() const override { return static_cast<uint64_t>(mDataSize); }
-    bool isCPUResident() const override { return mData != nullptr; }
-    bool isCPUFreeable() const override { return GetReferences() == 1; }
-    const char* getTypeName() const override { return GetType().GetName(); }
-
-    const zuRtti& GetType() const override { return TYPE; }
-    int GetDiskUsed(const zuBaseStream& stream) const override;
-    // Makes the block resident for the write (and drops it again when it was not), and
-    // records the offset of the block in the stream written.
-    void Save(zuBaseStream& stream) const override;
-    // Refuses (marks the stream corrupt) negative sizes, a dataSize other than vertexSize ×
-    // vertexQuantity, sizes or unit counts the data cannot hold, negative channel counts,
-    // and a layout wider than vertexSize; the buffer is then left empty.
-    void Load(zuBaseStream& stream, zuLink* link) override;
-    bool PostLink() override { return true; }
-    // Same sizes and layout (zuAttributes::operator==), then the blocks as dataSize / 4
-    // floats within 0.0001 (a NaN difference is no mismatch). Two blocks that are both
-    // absent are equal; one absent block is not.
-    bool Equals(const zuRttiInterface* other) const override;
-    // CloneVertexBuffer(target, false): a plain clone never copies vertex bytes.
-    bool Clone(zuRttiInterface*& target) const override;
+    // The zuObject operations, then the resource operations (see zuBlockResource.h).
+    // Save makes the block resident for the write (and drops it again when it was not), and
+    // records the offset of the block in the stream written. Load refuses (marks the stream
+    // corrupt) negative sizes, a dataSize other than vertexSize × vertexQuantity, sizes or
+    // unit counts the data cannot hold, negative channel counts, and a layout wider than
+    // vertexSize; the buffer is then left empty. Equals compares sizes and layout
+    // (zuAttributes::operator==), then the blocks as dataSize / 4 floats within 0.0001 (a
+    // NaN difference is no mismatch); two absent blocks are equal, one absent block is not.
+    // Clone is CloneVertexBuffer(target, false): a plain clone never copies vertex bytes.
+    ZU_BLOCK_RESOURCE_OPERATIONS(zuUnnamedObject, msVertexBufferID, msVertexBufferHandlerID, mDataSize);
 
 private:
-    friend class zuVertexBufferHandler;
-
     float* tuple(zuAttributes::Group group, int unit, int i) const;
     template <class T> T& component(zuAttributes::Group group, int unit, int i)
     {
@@ -276,7 +254,6 @@ private:
     {
         return mData + static_cast<ptrdiff_t>(i) * mVertexSize + static_cast<int>(offset);
     }
-    void replaceBlock(char* block);
     void clearContents();
 
     char* mData = nullptr;

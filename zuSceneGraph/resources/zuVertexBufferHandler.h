@@ -1,15 +1,14 @@
 #pragma once
 
-#include <zuSceneGraph/resources/zuBlockResourceHandler.h>
+#include <zuSceneGraph/resources/zuBlockResourceHandlerOf.h>
+#include <zuSceneGraph/resources/zuVertexBuffer.h>
 
 namespace zu {
-
-class zuVertexBuffer;
 
 // What a load request needs to read a vertex buffer's block back without touching the
 // buffer: its CPU and GPU sizes, the offset of the block, the stream version and the file
 // path. The block lies in the file exactly as in memory.
-class zuVertexBufferHandler : public zuBlockResourceHandler {
+class zuVertexBufferHandler : public zuBlockResourceHandlerOf<zuVertexBuffer, zuVertexBufferHandler> {
 public:
     zuVertexBufferHandler() = default;
     zuVertexBufferHandler(const zuVertexBufferHandler&) = default;
@@ -19,11 +18,6 @@ public:
     void setBufferHandler(const zuVertexBuffer* buffer);
     void setBufferHandler(const zuVertexBufferHandler& other) { *this = other; }
 
-    zuDynamicLoadingResourceHandler* clone() const override { return new zuVertexBufferHandler(*this); }
-    // zuVertexBuffer::msVertexBufferHandlerID.
-    unsigned int getResourceHandlerType() const override;
-    char* getCPUBlock(zuDynamicLoadingResource* resource) const override;
-    void setCPUBlock(zuDynamicLoadingResource* resource, char* block) const override;
 };
 
 } // namespace zu

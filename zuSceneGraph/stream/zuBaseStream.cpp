@@ -1,5 +1,6 @@
 #include <zuSceneGraph/stream/zuBaseStream.h>
 
+#include <zuSceneGraph/math/zuGenericTransformation.h>
 #include <zuSceneGraph/objects/zuRttiInterface.h>
 #include <zuSceneGraph/stream/zuDataStreamLoader.h>
 #include <zuSceneGraph/stream/zuRttiCustomInformation.h>
@@ -184,7 +185,7 @@ void reportBufferNotFilled(uint64_t written, uint64_t expected)
 
 bool zuBaseStream::Save(char*& buffer, unsigned long& size)
 {
-    mStreamError = false;
+    clearStreamError();
     registerTopLevel();
     const uint64_t total = computeSaveSize();
     char* data = total ? new char[total] : nullptr;
@@ -209,7 +210,7 @@ bool zuBaseStream::Save(char*& buffer, unsigned long& size)
 
 unsigned long zuBaseStream::initializeClientBufferSave()
 {
-    mStreamError = false;
+    clearStreamError();
     registerTopLevel();
     return computeSaveSize();
 }
@@ -337,7 +338,7 @@ bool zuBaseStream::Load(char* buffer, unsigned long size)
     clearObjectMap();
     RemoveAllToLevel();
     clearCustomInformations();
-    mStreamError = false;
+    clearStreamError();
     resetBufferState();
     setWindow(buffer, 0, buffer ? size : 0);
     setDataEnd(buffer ? size : 0);
@@ -464,11 +465,28 @@ void zuBaseStream::setCorrupt(const char* reason)
 {
     if (mStreamError)
         return;
-    mStreamError = true;
-    std::cerr << "zuBaseStream error : corrupt or truncated data at offset " << GetOffset() << " (" << reason;
+    std::string text = "corrupt or truncated data at offset " + std::to_string(GetOffset()) + " (" + reason;
     if (mRecordType && !mRecordType->empty())
-        std::cerr << ", in the record \"" << *mRecordType << "\" at offset " << mRecordStart;
-    std::cerr << ")\n";
+        text += ", in the record \"" + *mRecordType + "\" at offset " + std::to_string(mRecordStart);
+    text += ")";
+    std::cerr << "zuBaseStream error : " << text << "\n";
+    recordError(std::move(text));
+}
+
+void zuBaseStream::recordError(std::string text)
+{
+    if (mStreamError)
+        return;
+    mStreamError = true;
+    mErrorText = std::move(text);
+    mErrorOffset = GetOffset();
+}
+
+void zuBaseStream::clearStreamError()
+{
+    mStreamError = false;
+    mErrorText.clear();
+    mErrorOffset = 0;
 }
 
 bool zuBaseStream::CheckCount(int64_t count, uint64_t elementSize)
@@ -623,6 +641,16 @@ void zuBaseStream::Skip(uint64_t n)
         setCorrupt("a skip runs past the end of the data");
 }
 
+void zuBaseStream::WriteZeros(uint64_t n)
+{
+    static const char zeros[4096] = {};
+    while (n > 0) {
+        const uint64_t chunk = std::min<uint64_t>(n, sizeof(zeros));
+        writeValues(zeros, 1, chunk);
+        n -= chunk;
+    }
+}
+
 void zuBaseStream::readAcrossWindows(void* destination, int size, uint64_t count)
 {
     uint64_t bytes = static_cast<uint64_t>(size) * count;
@@ -677,5 +705,34 @@ void zuBaseStream::writeAcrossWindows(const void* source, int size, uint64_t cou
     }
     (void)converted;
 }
+
+// The streamed value: the matrix (row-major), translation and scale as runs of Reals, then
+// the three flags as bytes.
+template <class Real>
+void zuBaseStream::Write(const zuGenericTransformation<Real>& value)
+{
+    Write(value.matrix);
+    Write(value.translate);
+    Write(value.scale);
+    Write(value.isIdentity);
+    Write(value.isRSMatrix);
+    Write(value.isUniformScale);
+}
+
+template <class Real>
+void zuBaseStream::Read(zuGenericTransformation<Real>& value)
+{
+    Read(value.matrix);
+    Read(value.translate);
+    Read(value.scale);
+    Read(value.isIdentity);
+    Read(value.isRSMatrix);
+    Read(value.isUniformScale);
+}
+
+template void zuBaseStream::Write<float>(const zuGenericTransformation<float>&);
+template void zuBaseStream::Read<float>(zuGenericTransformation<float>&);
+template void zuBaseStream::Write<double>(const zuGenericTransformation<double>&);
+template void zuBaseStream::Read<double>(zuGenericTransformation<double>&);
 
 } // namespace zu

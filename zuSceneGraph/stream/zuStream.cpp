@@ -3,6 +3,7 @@
 #include <zuSceneGraph/objects/zuRttiInterface.h>
 
 #include <zuSystem/zuLog.h>
+#include <zuSystem/zuOutputStreamVersion.h>
 #include <zuSystem/zuProgressNotifierGroupCloser.h>
 #include <zuSystem/zuProgressNotifierInterface.h>
 
@@ -26,7 +27,16 @@ bool zuStream::save(bool append)
     registerTopLevel();
     if (!append) {
         if (GetVersion().GetMajor() < 6) {
+            // A new stream has version 0.00: the usual way here is a caller who never named one.
+            char version[32];
+            std::snprintf(version, sizeof version, "%d.%02d", GetVersion().GetMajor(), GetVersion().GetMinor());
             zuLog::instance().write("zustream", "Too old version to save file stream");
+            recordError(std::string("Too old version to save file stream: the stream version is ") + version
+                        + "; name the version to write before saving, as in SetVersion(zuStreamVersion("
+                        + std::to_string(zuMajorOutputStreamVersion) + ", "
+                        + std::to_string(zuMinorOutputStreamVersion)
+                        + ")) (zuMeshManager::saveMeshes writes that version by default)");
+            zuLog::instance().write("zustream", GetErrorText());
             return false;
         }
         char header[32];
