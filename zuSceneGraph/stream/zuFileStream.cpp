@@ -182,8 +182,12 @@ bool zuFileStream::readNullTerminatedString(int& length, char** text)
         Skip(static_cast<uint64_t>(length));
         return true;
     }
-    if (available >= limit)
+    if (available >= limit) {
+        // Passed over as the gathering below would have, so that the failure lies at the
+        // same offset.
+        Skip(limit);
         return false;
+    }
     mText.clear();
     while (mText.size() < limit && GetRemaining() > 0) {
         char c = 0;
