@@ -235,21 +235,16 @@ bool zuIndexBuffer::readPacked(zuBaseStream& stream, bool load)
         return false;
     }
     mFileDeltaWidth = width;
-    const int64_t deltaBytes = (static_cast<int64_t>(mIndexQuantity) - 1) * width;
+    // An empty buffer's first index stands for nothing.
+    const int64_t deltaBytes = (std::max(mIndexQuantity, 1) - 1) * static_cast<int64_t>(width);
     char* block = nullptr;
     if (load && mIndexQuantity > 0 && stream.CheckCount(mIndexQuantity - 1, static_cast<uint64_t>(width)))
         block = zuBlockResourceHandler::AllocateBlock(static_cast<uint64_t>(mIndexQuantity) * 4);
     if (stream.isStreamError())
         return false;
     if (!block) {
-        // Not wanted now (or no memory for it): skip the first index and the deltas, as
-        // the reader of this format always has, whatever the count.
-        if (load && mIndexQuantity == 0) {
-            int first = 0;
-            stream.Read(first);
-        } else {
-            stream.Skip(static_cast<uint64_t>(deltaBytes + 4));
-        }
+        // Not wanted now (or no memory for it): skip the first index and the deltas.
+        stream.Skip(static_cast<uint64_t>(deltaBytes + 4));
         return !stream.isStreamError();
     }
     int first = 0;
@@ -386,8 +381,10 @@ void zuIndexBuffer::Load(zuBaseStream& stream, zuLink* link)
     const bool load = hasToLoad();
     bool valid = true;
     if (packed) {
-        // Read whatever the count: see the class comment.
-        valid = readPacked(stream, load);
+        // An empty buffer has a width and a first index only when its record holds them
+        // (see the class comment).
+        if (mIndexQuantity != 0 || stream.GetRecordBytesLeft() > 0)
+            valid = readPacked(stream, load);
     } else if (mIndexQuantity != 0) {
         const int64_t bytes = static_cast<int64_t>(getCPUSize());
         char* block = load ? zuBlockResourceHandler::AllocateBlock(static_cast<uint64_t>(bytes)) : nullptr;

@@ -28,10 +28,10 @@ class zuResourceRequestClientInterface;
 // (as ints before 5.2, where the reader knows only 32-bit indices). An empty buffer
 // writes no data.
 //
-// The reader keeps an asymmetry of the format: for a 32-bit buffer in a 6.32 stream it
-// reads the width byte and the first index even when the count is 0, while the writer
-// writes nothing then. Such a record does not load (its fields overrun its size), so an
-// empty 32-bit buffer is best not saved.
+// An empty 32-bit buffer in a 6.32 stream: the writer writes nothing after the type, as
+// always, while other writers may put a width byte and a first index there. The record's
+// size tells which: the reader reads the two only when the record holds more bytes, so
+// both forms load.
 class zuIndexBuffer : public zuBindable, public zuDynamicLoadingResource, public zuUnnamedObject {
 public:
     // Stored as a 32-bit integer; any value other than 1 is taken as 16-bit.

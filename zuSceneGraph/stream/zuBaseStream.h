@@ -133,6 +133,15 @@ public:
     // Checks, before anything is allocated, that `count` elements of `elementSize` bytes
     // can still be read; a negative or too large count sets the stream-error flag.
     bool CheckCount(int64_t count, uint64_t elementSize);
+    // The bytes of the record being read that its size field (from 6.0) still announces
+    // after the current position; before 6.0, where records carry no size, the bytes left.
+    uint64_t GetRecordBytesLeft() const
+    {
+        if (mVersion < zuStreamVersion(6, 0))
+            return GetRemaining();
+        const uint64_t end = mRecordStart + mRecordSize;
+        return end > GetOffset() ? end - GetOffset() : 0;
+    }
 
     // Primitives. Multi-byte values are little-endian; there is no padding.
     void Read(bool& value);
