@@ -43,5 +43,21 @@ TEST_F(SaveLoadsBack, EmptyIndexBufferLoadsWithOrWithoutAFirstIndex)
         }
 }
 
+// Indices made 16-bit after they were saved stay what they are: the file holds the packed
+// 32-bit form, so the buffer keeps them in memory instead of reading that back as shorts.
+TEST_F(SaveLoadsBack, IndicesMade16BitAfterASaveComeBackUnchanged)
+{
+    zuTempDir dir;
+    const zuPointer<zuIndexBuffer> buffer = new zuIndexBuffer(4, zuIndexBuffer::INDEX_32);
+    for (int k = 0; k < 4; ++k)
+        buffer->SetIndex(k, 1000u * static_cast<unsigned>(k));
+    ASSERT_TRUE(saveResources(dir.file("a.mvk"), {buffer}));
+    ASSERT_TRUE(buffer->ConvertToShort());
+    zuRendererInterface::DeleteCPUData(buffer, false);
+    zuRendererInterface::LoadCPUData(buffer);
+    for (int k = 0; k < 4; ++k)
+        EXPECT_EQ(buffer->GetIndex(k), 1000u * static_cast<unsigned>(k));
+}
+
 } // namespace
 } // namespace zu::test

@@ -104,6 +104,7 @@ bool zuIndexBuffer::resizeIndexBuffer(int quantity)
         std::memset(block + kept, 0, static_cast<size_t>(bytes - kept));
     zuBlockResourceHandler::ReplaceBlock(mData, block);
     mIndexQuantity = quantity;
+    forgetFile();
     return true;
 }
 
@@ -129,7 +130,16 @@ bool zuIndexBuffer::ConvertToShort()
     }
     mIndexType = INDEX_16;
     zuBlockResourceHandler::ReplaceBlock(mData, block);
+    forgetFile();
     return true;
+}
+
+void zuIndexBuffer::forgetFile()
+{
+    // The file holds the indices in their old form or count: reading them back from there
+    // as they are now would give other numbers.
+    clearStreamInfo();
+    mFileDeltaWidth = 0;
 }
 
 bool zuIndexBuffer::swapIndexBuffer(zuIndexBuffer& other)

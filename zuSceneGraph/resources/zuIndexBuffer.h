@@ -85,12 +85,13 @@ public:
     // A new array of `quantity` indices: the old ones as far as they fit, zeros after them.
     // Growing allocates without throwing: false, buffer unchanged, when the memory is not
     // there (or the array would pass 2 GB). Shrinking allocates as new does. A non-resident
-    // buffer gets zeros only.
+    // buffer gets zeros only. The indices then exist in memory only (no file to read them
+    // back from, so no delete drops them unforced).
     bool resizeIndexBuffer(int quantity);
     // Makes a 32-bit buffer 16-bit. False with the message "cannot convert iBuffer if
     // already loaded" when the buffer is bound on the renderer; true at once when it is
     // 16-bit already; false, buffer unchanged, when an index exceeds 65535 or a non-empty
-    // buffer is not resident.
+    // buffer is not resident. Converted indices exist in memory only, as resized ones.
     bool ConvertToShort();
     // Exchanges count, type, arrays and file information; false, changing nothing, when
     // either buffer is bound on the renderer.
@@ -147,6 +148,7 @@ private:
     int deltaWidthForSave() const;
     bool readPacked(zuBaseStream& stream, bool load);
     void clearContents();
+    void forgetFile();
 
     char* mData = nullptr;
     int mIndexQuantity = 0;

@@ -121,6 +121,8 @@ void zuVertexBuffer::resizeVertexBuffer(int quantity)
     zuBlockResourceHandler::ReplaceBlock(mData, block);
     mVertexQuantity = quantity;
     mDataSize = static_cast<int>(size);
+    // The file holds the block of the old size: it cannot be read back from there.
+    clearStreamInfo();
 }
 
 void zuVertexBuffer::copyVertexFormat(zuVertexBuffer* target) const
@@ -132,6 +134,7 @@ void zuVertexBuffer::copyVertexFormat(zuVertexBuffer* target) const
     target->mVertexQuantity = mVertexQuantity;
     target->mDataSize = mDataSize;
     zuBlockResourceHandler::ReplaceBlock(target->mData, nullptr);
+    target->clearStreamInfo();
 }
 
 float* zuVertexBuffer::tuple(Group group, int unit, int i) const

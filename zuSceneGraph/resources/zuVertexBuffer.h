@@ -88,9 +88,11 @@ public:
     // resizes to `quantity`. False, changing nothing, otherwise.
     bool setVertexFormat(const zuAttributes& layout, int quantity);
     // A new block for `quantity` vertices: the old bytes as far as they fit, zero bytes
-    // after them. A non-resident buffer gets zero bytes only.
+    // after them. A non-resident buffer gets zero bytes only. The block then exists in
+    // memory only (no file to read it back from, so no delete drops it unforced).
     void resizeVertexBuffer(int quantity);
-    // Gives `target` this layout, quantity and sizes, and frees the target's block.
+    // Gives `target` this layout, quantity and sizes, frees the target's block and forgets
+    // its file.
     void copyVertexFormat(zuVertexBuffer* target) const;
 
     // The address of a group of vertex i (unit `unit` of a family), or null when the group
