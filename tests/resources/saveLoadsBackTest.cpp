@@ -43,6 +43,40 @@ TEST_F(SaveLoadsBack, EmptyIndexBufferLoadsWithOrWithoutAFirstIndex)
         }
 }
 
+// A save needs the block of a buffer left on disk: when its file has gone the save fails,
+// names the buffer and leaves it referring to its file; under a queued request it is read.
+TEST_F(SaveLoadsBack, ABufferLeftOnDiskIsReadForTheSaveOrTheSaveFails)
+{
+    zuTempDir dir;
+    const zuPointer<zuIndexBuffer> original = new zuIndexBuffer(3, zuIndexBuffer::INDEX_32);
+    original->SetIndex(2, 70000);
+    ASSERT_TRUE(saveResources(dir.file("a.mvk"), {original}));
+    zuDynamicLoadingResource::SetLoadPolicy(zuIndexBuffer::TYPE, false);
+    for (bool gone : {true, false}) {
+        const zuPointer<zuObject> object = loadFile(dir.file("a.mvk"));
+        auto* buffer = dynamic_cast<zuIndexBuffer*>(object.get());
+        ASSERT_TRUE(buffer && !buffer->isCPUResident());
+        zuResourceController controller;
+        if (gone)
+            std::filesystem::rename(dir.file("a.mvk"), dir.file("b.mvk"));
+        else
+            controller.requestCPULoad(buffer);
+        zuLogCapture log;
+        const bool saved = saveResources(dir.file("c.mvk"), {buffer});
+        EXPECT_EQ(saved, !gone);
+        if (gone) {
+            ASSERT_EQ(log.mMessages.size(), 1u);
+            EXPECT_EQ(log.mMessages[0].second.find("Cannot save \"zuCore.zuIndexBuffer\""), 0u) << log.mMessages[0].second;
+            EXPECT_EQ(buffer->getResourceFilePath(), dir.file("a.mvk"));
+            std::filesystem::rename(dir.file("b.mvk"), dir.file("a.mvk"));
+        } else {
+            zuDynamicLoadingResource::ClearLoadingPolicies();
+            const zuPointer<zuObject> copy = loadFile(dir.file("c.mvk"));
+            EXPECT_TRUE(copy && copy->Equals(original));
+        }
+    }
+}
+
 // Indices made 16-bit after they were saved stay what they are: the file holds the packed
 // 32-bit form, so the buffer keeps them in memory instead of reading that back as shorts.
 TEST_F(SaveLoadsBack, IndicesMade16BitAfterASaveComeBackUnchanged)

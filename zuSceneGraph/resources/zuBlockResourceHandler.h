@@ -45,6 +45,9 @@ public:
     // False when the file ends early or holds invalid data. The default reads the bytes as
     // they are.
     virtual bool readCPUBlock(std::FILE* file, char* block) const;
+    // The fewest bytes the block takes in its file from the stream offset on: the CPU size
+    // unless the file holds another form.
+    virtual uint64_t getFileBlockSize() const { return mCPUSize; }
     // The block of `resource`, a resource of this handler's type (the caller checked it).
     virtual char* getCPUBlock(zuDynamicLoadingResource* resource) const = 0;
     // Sets the block pointer of `resource` (null: not resident) and frees nothing.

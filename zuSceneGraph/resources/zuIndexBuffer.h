@@ -133,8 +133,9 @@ public:
     // CPU size is indexQuantity × 4 for INDEX_32, × 2 otherwise.
     // GetDiskUsed needs the delta width of packed data: from the indices when resident, else
     // from the width read or written at the recorded offset, else by loading the indices for
-    // the count. Save makes the array resident for the write (and drops it again when it was
-    // not), and records the offset of the data in the stream written. Load refuses (marks
+    // the count. Save packs with that same width, makes the array resident for the write
+    // (zuBlockResourceSave: refused when it cannot) and records the offset of the data in
+    // the stream written. Load refuses (marks
     // the stream corrupt) counts the data cannot hold and unknown delta widths, leaving the
     // buffer empty; when the resource is not to be loaded now the data is skipped (for
     // packed data the width byte is read to know how far). Equals compares count and type,
@@ -146,6 +147,7 @@ public:
 private:
     bool isPackedIn(const zuStreamVersion& version) const;
     int deltaWidthForSave() const;
+    void writeDeltas(zuBaseStream& stream, int width) const;
     bool readPacked(zuBaseStream& stream, bool load);
     void clearContents();
     void forgetFile();

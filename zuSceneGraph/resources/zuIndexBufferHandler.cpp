@@ -33,6 +33,16 @@ bool zuIndexBufferHandler::readCPUBlock(std::FILE* file, char* block) const
     return zuBlockResourceHandler::readCPUBlock(file, block);
 }
 
+uint64_t zuIndexBufferHandler::getFileBlockSize() const
+{
+    const uint64_t count = getCPUSize() / static_cast<uint64_t>(mIndexSize);
+    if (count == 0)
+        return 0;
+    if (mPacked)
+        return 5 + (count - 1);
+    return mWidened ? 4 * count : getCPUSize();
+}
+
 bool zuIndexBufferHandler::readPackedBlock(std::FILE* file, unsigned int* indices, uint64_t count) const
 {
     char width = 0;

@@ -32,6 +32,8 @@ public:
     // Reads the indices in the file's form into the memory form. False on a short read
     // or an unknown delta width.
     bool readCPUBlock(std::FILE* file, char* block) const override;
+    // Packed indices take at least a width byte, the first index and a byte per delta.
+    uint64_t getFileBlockSize() const override;
 
 private:
     bool readPackedBlock(std::FILE* file, unsigned int* indices, uint64_t count) const;

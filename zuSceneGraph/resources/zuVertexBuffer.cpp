@@ -1,6 +1,7 @@
 #include <zuSceneGraph/resources/zuVertexBuffer.h>
 
 #include <zuSceneGraph/resources/zuBlockResourceHandler.h>
+#include <zuSceneGraph/resources/zuBlockResourceSave.h>
 #include <zuSceneGraph/resources/zuRendererInterface.h>
 #include <zuSceneGraph/resources/zuVertexBufferHandler.h>
 #include <zuSceneGraph/scenegraph/zuBoundingVolume.h>
@@ -358,10 +359,13 @@ int zuVertexBuffer::GetDiskUsed(const zuBaseStream& stream) const
     return size;
 }
 
+void zuVertexBuffer::checkSave(zuBaseStream& stream) const
+{
+    zuBlockResourceSave::Check(stream, *this);
+}
+
 void zuVertexBuffer::Save(zuBaseStream& stream) const
 {
-    const zuRendererInterface::ResidentScope resident(this);
-
     zuUnnamedObject::Save(stream);
     const zuStreamVersion& version = stream.GetVersion();
     // Up to 5.1 the sizes are counted in floats.
@@ -369,8 +373,10 @@ void zuVertexBuffer::Save(zuBaseStream& stream) const
     stream.Write(sizesInFloats ? mVertexSize / 4 : mVertexSize);
     stream.Write(mVertexQuantity);
     stream.Write(sizesInFloats ? mDataSize / 4 : mDataSize);
+    const zuBlockResourceSave block(stream, *this);
     // From now on the block is found in the stream being written.
-    storeStreamInfo(&stream);
+    if (block.isReadable())
+        storeStreamInfo(&stream);
     if (mData)
         stream.Write(mDataSize, mData);
     else

@@ -4,6 +4,7 @@
 #include <zuSceneGraph/stream/zuDataStreamLoader.h>
 #include <zuSceneGraph/stream/zuRttiCustomInformation.h>
 
+#include <zuSystem/zuLog.h>
 #include <zuSystem/zuProgressNotifierInterface.h>
 
 #include <algorithm>
@@ -126,8 +127,18 @@ void zuBaseStream::registerTopLevel()
     clearObjectMap();
     clearCustomInformations();
     mRecordSizes.clear();
+    mRegisteringForSave = true;
     for (zuRttiInterface* object : mTopLevel)
         object->Register(*this);
+    mRegisteringForSave = false;
+}
+
+void zuBaseStream::refuseSave(const std::string& message)
+{
+    if (mStreamError)
+        return;
+    zuLog::instance().write("zustream", message);
+    mStreamError = true;
 }
 
 uint64_t zuBaseStream::computeSaveSize()
@@ -186,6 +197,8 @@ bool zuBaseStream::Save(char*& buffer, unsigned long& size)
 {
     mStreamError = false;
     registerTopLevel();
+    if (mStreamError)
+        return false;
     const uint64_t total = computeSaveSize();
     char* data = total ? new char[total] : nullptr;
     resetBufferState();

@@ -81,6 +81,15 @@ public:
 
     // Save passes: an object registers itself once; false when it was registered already.
     bool registerObject(const zuRttiInterface* object);
+    // True during the register pass of a save (not when a caller registers objects only to
+    // list them): an object whose record cannot be written as it must says so then, with
+    // refuseSave, before anything is written.
+    bool IsRegisteringForSave() const { return mRegisteringForSave; }
+    // Fails the save under way: `message` says which object cannot be written and why. The
+    // first refusal is logged (category "zustream") and raises the stream-error flag, so
+    // that the save stops before the next record and hands nothing out; a refusal in the
+    // register pass fails it before a byte is written.
+    void refuseSave(const std::string& message);
     int GetOrderedObjectCount() const { return static_cast<int>(mOrdered.size()); }
     const zuRttiInterface* GetOrderedObjectAt(int i) const { return mOrdered[static_cast<size_t>(i)]; }
 
@@ -365,6 +374,7 @@ private:
     // had no size pass, as a container's has not), and the record being written.
     std::vector<int> mRecordSizes;
     size_t mWritingRecord = 0;
+    bool mRegisteringForSave = false;
     std::unordered_set<const zuRttiInterface*> mRegistered;
     std::vector<const zuRttiInterface*> mOrdered;
     // Raw storage: a link is constructed when an object takes it, so that a load of one

@@ -24,6 +24,9 @@ bool zuStream::Save(zuIoDevice&, const std::string&, bool)
 bool zuStream::save(bool append)
 {
     registerTopLevel();
+    // An object refused the save: nothing goes to the device.
+    if (isStreamError())
+        return false;
     if (!append) {
         if (GetVersion().GetMajor() < 6) {
             zuLog::instance().write("zustream", "Too old version to save file stream");
