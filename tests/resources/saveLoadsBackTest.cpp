@@ -93,5 +93,19 @@ TEST_F(SaveLoadsBack, IndicesMade16BitAfterASaveComeBackUnchanged)
         EXPECT_EQ(buffer->GetIndex(k), 1000u * static_cast<unsigned>(k));
 }
 
+// Up to 5.1 vertex sizes are stored in floats: a vertex of 15 bytes is refused, by name.
+TEST_F(SaveLoadsBack, VertexSizesOldStreamsCannotHoldAreRefused)
+{
+    zuAttributes layout;
+    layout.SetPositionChannels(3);
+    layout.SetUserShortChannels(0, 1);
+    const zuPointer<zuVertexBuffer> buffer = new zuVertexBuffer(layout, 2);
+    zuLogCapture log;
+    EXPECT_TRUE(saveToBytes({buffer}, {5, 1}).empty());
+    ASSERT_EQ(log.mMessages.size(), 1u);
+    EXPECT_NE(log.mMessages[0].second.find("a vertex of 14 bytes"), std::string::npos) << log.mMessages[0].second;
+    EXPECT_FALSE(saveToBytes({buffer}, {5, 2}).empty());
+}
+
 } // namespace
 } // namespace zu::test

@@ -361,11 +361,23 @@ int zuVertexBuffer::GetDiskUsed(const zuBaseStream& stream) const
 
 void zuVertexBuffer::checkSave(zuBaseStream& stream) const
 {
+    checkSizesFit(stream);
     zuBlockResourceSave::Check(stream, *this);
+}
+
+void zuVertexBuffer::checkSizesFit(zuBaseStream& stream) const
+{
+    // Up to 5.1 the sizes are counted in floats: a remainder would be lost.
+    if (stream.GetVersion() <= zuStreamVersion(5, 1) && mVertexSize % 4 != 0)
+        zuBlockResourceSave::Refuse(stream, *this,
+                                    "a vertex of " + std::to_string(mVertexSize)
+                                        + " bytes cannot be stored in a stream of version 5.1 or older, which counts"
+                                          " vertex sizes in floats");
 }
 
 void zuVertexBuffer::Save(zuBaseStream& stream) const
 {
+    checkSizesFit(stream);
     zuUnnamedObject::Save(stream);
     const zuStreamVersion& version = stream.GetVersion();
     // Up to 5.1 the sizes are counted in floats.
