@@ -107,5 +107,19 @@ TEST_F(SaveLoadsBack, VertexSizesOldStreamsCannotHoldAreRefused)
     EXPECT_FALSE(saveToBytes({buffer}, {5, 2}).empty());
 }
 
+// A load before the library is started says so, once, beside the lines of skipped types.
+TEST(LoadBeforeStart, SaysThatNoFactoryIsRegistered)
+{
+    std::vector<char> bytes = recordStream("zuCore.zuNode", {}, 1, {6, 0});
+    bytes.insert(bytes.end(), bytes.begin(), bytes.end());
+    zuLogCapture log;
+    zuBaseStream stream;
+    stream.SetVersion({6, 0});
+    EXPECT_TRUE(stream.Load(bytes.data(), bytes.size()));
+    ASSERT_EQ(log.mMessages.size(), 1u);
+    EXPECT_EQ(log.mMessages[0].first, "zustream");
+    EXPECT_NE(log.mMessages[0].second.find("zu::initializeZuSceneGraph()"), std::string::npos);
+}
+
 } // namespace
 } // namespace zu::test

@@ -367,6 +367,8 @@ void zuBaseStream::loadRecords(bool detailedFactoryMessage)
     };
     RecentFactory recent[RECENT_FACTORY_COUNT];
     size_t nextRecent = 0;
+    // A type without a factory may mean that no type has one: the library was not started.
+    bool registryChecked = false;
     // Progress counts every byte once, the header and the top-level markers included, so
     // that the steps of a complete load add up to the size of the stream.
     uint64_t reported = 0;
@@ -395,6 +397,12 @@ void zuBaseStream::loadRecords(bool detailedFactoryMessage)
             RecentFactory& entry = recent[nextRecent++ % RECENT_FACTORY_COUNT];
             entry.type = name;
             entry.factory = factory;
+        }
+        if (!factory && !registryChecked) {
+            registryChecked = true;
+            if (zuRttiInterface::GetFactoryNames().empty())
+                zuLog::instance().write("zustream", "No factory is registered for any type: the library must be started "
+                                                    "with zu::initializeZuSceneGraph() before a stream is loaded");
         }
         if (factory) {
             zuRttiInterface* object = factory(*this);
