@@ -47,11 +47,11 @@ test-asan: setup
 test-tsan: setup
 	CXX=clang++ cmake -S . -B $(TSAN_BUILD) $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=RelWithDebInfo \
 	  -DZU_SANITIZE=thread -DZU_BUILD_BENCH=OFF -DZU_BUILD_TOOLS=OFF
-	cmake --build $(TSAN_BUILD) -j $(JOBS) --target zuSystemTests resourcesTests
-	cd $(TSAN_BUILD) && ctest --output-on-failure -j $(JOBS) -R 'Thread|Mutex|Concurren|Resource'
+	cmake --build $(TSAN_BUILD) -j $(JOBS) --target zuSystemTests resourcesTests ioTests
+	cd $(TSAN_BUILD) && ctest --output-on-failure -j $(JOBS) -R 'Thread|Mutex|Concurren|Resource|ObjReaderTest'
 
 # The peer libraries the benchmarks compare with; only `make bench` needs them.
-PEER_PACKAGES := libopenscenegraph-dev
+PEER_PACKAGES := libopenscenegraph-dev libtinyobjloader-dev libassimp-dev
 
 setup-bench: setup
 	@missing=""; \
@@ -66,14 +66,14 @@ setup-bench: setup
 	fi
 
 # One table against the peer libraries, every side run in turn in the same invocation:
-# W1 at depth 6 (a few minutes), or at depth 4 (seconds).
+# W1 at depth 6 and W2 at N = 1000 (a few minutes), or W1 at depth 4 and W2 at N = 250.
 bench: setup-bench
 	@$(MAKE) --no-print-directory build
 	$(BUILD)/bin/peers_table --depth 6 --runs 5
 
 bench-quick: setup-bench
 	@$(MAKE) --no-print-directory build
-	$(BUILD)/bin/peers_table --depth 4 --runs 11
+	$(BUILD)/bin/peers_table --depth 4 --obj-grid 250 --runs 11
 
 # Our own Google Benchmark programs, one after the other.
 bench-micro: build

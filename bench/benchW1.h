@@ -93,21 +93,21 @@ inline zu::zuPointer<zu::zuNode> load(const std::string& path, bool lazy = false
     return object && object->IsDerived(zu::zuNode::TYPE) ? static_cast<zu::zuNode*>(object) : nullptr;
 }
 
-// Reads back the blocks of the given leaves on this thread; the number of blocks, or -1 when
-// one could not be read.
+// Reads back the blocks of the given leaves on this thread, in one batch; the number of
+// blocks, or -1 when one could not be read.
 inline int readBack(const std::vector<zu::zuRenderableSpatial*>& leaves)
 {
+    std::vector<zu::zuDynamicLoadingResource*> all;
     std::vector<zu::zuDynamicLoadingResource*> resources;
-    int count = 0;
+    all.reserve(2 * leaves.size());
     for (zu::zuRenderableSpatial* leaf : leaves) {
         leaf->getResources(resources);
-        for (zu::zuDynamicLoadingResource* resource : resources) {
-            if (resource && !zu::zuRendererInterface::LoadCPUData(resource))
-                return -1;
-            count += resource ? 1 : 0;
-        }
+        for (zu::zuDynamicLoadingResource* resource : resources)
+            if (resource)
+                all.push_back(resource);
     }
-    return count;
+    const size_t resident = zu::zuRendererInterface::LoadCPUData(all);
+    return resident == all.size() ? static_cast<int>(all.size()) : -1;
 }
 
 } // namespace bench

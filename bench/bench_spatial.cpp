@@ -7,8 +7,10 @@
 //                              and the trees' total MB;
 //   BM_PickNearest/box|sphere  the nearest hit of rays through random pixels of a
 //                              1000 × 1000 viewport of the W1 camera where a part is seen
-//                              (10,000 rays, the same every run), the trees already built;
-//                              items are picks (items_per_second: picks per second);
+//                              (10,000 rays, the same every run), the trees already built
+//                              (those the rays reach; box_every_tree: every mesh's, as the
+//                              peer benchmark builds them); items are picks (items_per_second:
+//                              picks per second);
 //   BM_PickNearestCold         the same rays with a new cache, so that every tree a ray
 //                              reaches is built on the way (a viewer's first clicks).
 //
@@ -143,11 +145,14 @@ void pickAll(zuPicker& picker, const Scene& scene, int64_t& hits)
         hits += picker.PickRay(scene.root(), ray.origin, ray.direction, ray.tmin, ray.tmax) ? 1 : 0;
 }
 
-void BM_PickNearest(benchmark::State& state, zuBVTree::Kind kind)
+void BM_PickNearest(benchmark::State& state, zuBVTree::Kind kind, bool everyTree)
 {
     const Scene& scene = Scene::instance();
     zuPicker picker;
     picker.SetTreeKind(kind);
+    if (everyTree)
+        for (zuTriMesh* mesh : scene.meshes())
+            picker.GetCache().GetTree(mesh, kind);
     int64_t hits = 0;
     pickAll(picker, scene, hits);  // builds the trees the rays reach
     hits = 0;
@@ -157,10 +162,12 @@ void BM_PickNearest(benchmark::State& state, zuBVTree::Kind kind)
     state.counters["hit_ratio"] = static_cast<double>(hits) / static_cast<double>(state.iterations() * RAYS);
     state.counters["trees"] = picker.GetCache().GetTreeQuantity();
 }
-BENCHMARK_CAPTURE(BM_PickNearest, box, zuBVTree::BOX)->Unit(benchmark::kMillisecond)->Repetitions(RUNS)
+BENCHMARK_CAPTURE(BM_PickNearest, box, zuBVTree::BOX, false)->Unit(benchmark::kMillisecond)->Repetitions(RUNS)
     ->ReportAggregatesOnly(true);
-BENCHMARK_CAPTURE(BM_PickNearest, sphere, zuBVTree::SPHERE)->Unit(benchmark::kMillisecond)->Repetitions(RUNS)
+BENCHMARK_CAPTURE(BM_PickNearest, sphere, zuBVTree::SPHERE, false)->Unit(benchmark::kMillisecond)->Repetitions(RUNS)
     ->ReportAggregatesOnly(true);
+BENCHMARK_CAPTURE(BM_PickNearest, box_every_tree, zuBVTree::BOX, true)->Unit(benchmark::kMillisecond)
+    ->Repetitions(RUNS)->ReportAggregatesOnly(true);
 
 void BM_PickNearestCold(benchmark::State& state)
 {

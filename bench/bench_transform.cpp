@@ -2,7 +2,7 @@
 // on 1,000,000 points, for each kind of transformation. The single-point calls go into the
 // shared library as an application's calls do; nothing of them is inlined here.
 
-#include <zuSceneGraph/scenegraph/zuGenericTransformation.h>
+#include <zuSceneGraph/math/zuGenericTransformation.h>
 
 #include <benchmark/benchmark.h>
 

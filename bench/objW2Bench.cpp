@@ -6,7 +6,7 @@
 // Other arguments (those `make bench` gives the Google Benchmark programs) are ignored.
 
 #include "benchChild.h"
-#include "objW2.h"
+#include "peers/peersW2.h"
 
 #include <sys/stat.h>
 
@@ -28,6 +28,7 @@ struct Reader {
     const char* name;
     std::function<bench::w2::Measure(const std::string&)> read;
     std::vector<double> seconds;
+    std::vector<double> cpuSeconds;
     std::vector<double> peakKB;
     long triangles = 0;
 };
@@ -78,28 +79,37 @@ int main(int argc, char** argv)
                 continue;
             }
             reader.seconds.push_back(measure.seconds);
+            reader.cpuSeconds.push_back(measure.cpuSeconds);
             reader.peakKB.push_back(static_cast<double>(measure.peakKB));
             reader.triangles = measure.triangles;
         }
 
+    if (readers[0].seconds.empty())
+        return 1;
     const double ours = bench::median(readers[0].seconds);
+    const double oursCpu = bench::median(readers[0].cpuSeconds);
     const double oursPeak = bench::median(readers[0].peakKB);
-    std::printf("%-14s %9s %9s %10s %12s %11s %11s\n", "read", "median s", "MB/s", "peak MB", "triangles",
-                "time/ours", "peak/ours");
+    std::printf("%-14s %9s %9s %9s %10s %12s %10s %10s %10s\n", "read", "median s", "MB/s", "cpu s", "peak MB",
+                "triangles", "time/ours", "cpu/ours", "peak/ours");
     for (const Reader& reader : readers) {
+        if (reader.seconds.empty())
+            continue;
         const double seconds = bench::median(reader.seconds);
+        const double cpu = bench::median(reader.cpuSeconds);
         const double peak = bench::median(reader.peakKB);
-        std::printf("%-14s %9.3f %9.1f %10.1f %12ld %11.2f %11.2f\n", reader.name, seconds, megabytes / seconds,
-                    peak / 1024.0, reader.triangles, seconds / ours, peak / oursPeak);
+        std::printf("%-14s %9.3f %9.1f %9.3f %10.1f %12ld %10.2f %10.2f %10.2f\n", reader.name, seconds,
+                    megabytes / seconds, cpu, peak / 1024.0, reader.triangles, seconds / ours, cpu / oursCpu,
+                    peak / oursPeak);
     }
 
-    std::vector<double> writeSeconds;
+    std::vector<double> writeSeconds, writeCpu;
     double writtenMB = 0.0;
     const std::string output = path + ".written.obj";
     for (int run = 0; run < runs; ++run) {
         const bench::w2::Measure measure = bench::w2::WriteOurs(path, output);
         if (measure.ok) {
             writeSeconds.push_back(measure.seconds);
+            writeCpu.push_back(measure.cpuSeconds);
             writtenMB = measure.peakKB * 1024.0 / 1e6;
         }
     }
@@ -107,7 +117,8 @@ int main(int argc, char** argv)
     std::remove((path + ".written.mtl").c_str());
     if (!writeSeconds.empty()) {
         const double seconds = bench::median(writeSeconds);
-        std::printf("write zuObjWriter: %.3f s, %.1f MB written, %.1f MB/s\n", seconds, writtenMB, writtenMB / seconds);
+        std::printf("write zuObjWriter: %.3f s (cpu %.3f s), %.1f MB written, %.1f MB/s\n", seconds,
+                    bench::median(writeCpu), writtenMB, writtenMB / seconds);
     }
     return 0;
 }

@@ -1,6 +1,7 @@
 #include <zuSceneGraph/zuSceneGraph.h>
 
 #include <zuSceneGraph/animation/zuKeyframeController.h>
+#include <zuSceneGraph/io/zuIoManager.h>
 #include <zuSceneGraph/objects/zuObject.h>
 #include <zuSceneGraph/states/zuAlphaState.h>
 #include <zuSceneGraph/states/zuCullState.h>
@@ -141,12 +142,14 @@ void initializeZuSceneGraph()
     zuVertexBuffer::RegisterRequests();
     zuIndexBuffer::RegisterRequests();
     zuImage::RegisterRequests();
+    zuIoManager::createInstance();
 }
 
 void terminateZuSceneGraph()
 {
     if (!LibInitCounter::terminate("scenegraph"))
         return;
+    zuIoManager::destroyInstance();
     zuImage::UnRegisterRequests();
     zuIndexBuffer::UnRegisterRequests();
     zuVertexBuffer::UnRegisterRequests();

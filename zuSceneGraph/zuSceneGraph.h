@@ -23,7 +23,9 @@ public:
 };
 
 // Library start and end. Calls nest: only the first initialise and the last terminate
-// do the work (creating the library mutex and registering every persistable class).
+// do the work: creating the library mutex, registering every persistable class and the
+// request builders of the resources, creating zuIoManager::msInstance with the built-in
+// drivers; and undoing all of it in reverse.
 void initializeZuSceneGraph();
 void terminateZuSceneGraph();
 

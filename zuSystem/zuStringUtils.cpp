@@ -89,4 +89,17 @@ std::string zuStringUtils::convertCharset(const std::string& text, Charset from,
     return from == UTF8 ? utf8ToLatin1(text) : latin1ToUtf8(text);
 }
 
+bool zuStringUtils::isValidUtf8(const std::string& text)
+{
+    size_t index = 0;
+    unsigned codePoint = 0;
+    while (index < text.size()) {
+        const size_t length = decodeUtf8(text, index, codePoint);
+        if (length == 0)
+            return false;
+        index += length;
+    }
+    return true;
+}
+
 } // namespace zu

@@ -1,4 +1,4 @@
-// peers_table [--depth N] [--runs N]: our library against peer libraries, side by side, in
+// peers_table [--depth N] [--obj-grid N] [--runs N]: our library against peer libraries, side by side, in
 // one invocation on one machine; prints one Markdown table per workload (the README keeps
 // the latest) with the machine it ran on. Status 1 when a run failed, 2 on bad arguments.
 
@@ -121,6 +121,8 @@ bool parse(int argc, char** argv, Options& options)
             return false;
         if (option == "--depth" && value >= 1 && value <= 7)
             options.depth = static_cast<int>(value);
+        else if (option == "--obj-grid" && value >= 0 && value <= 4000)
+            options.objGrid = static_cast<int>(value);
         else if (option == "--runs" && value >= 1 && value <= 99)
             options.runs = static_cast<int>(value);
         else
@@ -137,11 +139,21 @@ int main(int argc, char** argv)
 {
     peers::Options options;
     if (!peers::parse(argc, argv, options)) {
-        std::fprintf(stderr, "usage: peers_table [--depth 1..7] [--runs 1..99]\n");
+        std::fprintf(stderr, "usage: peers_table [--depth 1..7] [--obj-grid 0..4000] [--runs 1..99]\n");
         return 2;
     }
     std::printf("machine: %s\n", peers::machine().c_str());
+    std::fflush(stdout);
     const peers::Table w1 = peers::runW1(options);
     peers::print(w1);
-    return w1.ok ? 0 : 1;
+    const peers::Table pick = peers::runW1Pick(options);
+    peers::print(pick);
+    bool ok = w1.ok && pick.ok;
+    if (options.objGrid > 0) {
+        std::fflush(stdout);
+        const peers::Table w2 = peers::runW2(options);
+        peers::print(w2);
+        ok = ok && w2.ok;
+    }
+    return ok ? 0 : 1;
 }

@@ -11,8 +11,9 @@
 namespace peers {
 
 struct Options {
-    int depth = 6;  // W1
-    int runs = 5;   // runs of each side of each measure
+    int depth = 6;       // W1
+    int objGrid = 1000;  // W2; 0 leaves it out
+    int runs = 5;        // runs of each side of each measure
 };
 
 struct Row {
@@ -40,9 +41,11 @@ std::string megabytes(double kilobytes);
 std::string times(double ratio);
 std::string grouped(long long value);
 
-// "≥ 3x" rows: met when ratio >= target.
+// A row of peer / ours, "≥ 3x" when a target is given (met when the ratio reaches it).
 Row ratioRow(const std::string& measure, double ours, double peer, std::string (*format)(double), double target);
 
 Table runW1(const Options& options);
+Table runW1Pick(const Options& options);
+Table runW2(const Options& options);
 
 } // namespace peers

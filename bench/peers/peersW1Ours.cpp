@@ -6,7 +6,13 @@
 #include "../benchW1.h"
 #include "zusgW1Assembly.h"
 
+#include <zuSceneGraph/spatial/zuBVTreeCache.h>
+#include <zuSceneGraph/spatial/zuPicker.h>
+
 #include <filesystem>
+#include <fstream>
+#include <memory>
+#include <vector>
 
 namespace peers {
 
@@ -80,6 +86,78 @@ W1LoadRun oursLoad(const zusg::W1Layout& layout, const std::string& path, bool l
     // A lazy open holds the visible leaves' blocks and no other; a full load holds them all.
     const int expected = lazy ? static_cast<int>(run.blocksRead) : count.buffers;
     run.ok = count.resident == expected && run.blocksRead >= 0;
+    return run;
+}
+
+} // namespace peers
+
+namespace peers {
+
+bool pickPixels(const zusg::W1Layout& layout, const std::string& path)
+{
+    const zusg::W1Assembly workload(layout.depth(), layout.fanOut());
+    const zuPointer<zuNode> root = workload.build();
+    root->UpdateGS();
+    const zuPointer<zuCamera> camera = workload.camera();
+    zuPicker picker;
+    zusg::SplitMix64 random(42);
+    std::vector<float> pixels;
+    for (int tries = 0; pixels.size() < 2 * PICK_RAYS && tries < 100 * PICK_RAYS; ++tries) {
+        const float x = random.unit() * PICK_VIEWPORT, y = random.unit() * PICK_VIEWPORT;
+        if (picker.PickPixel(root, *camera, x, y, PICK_VIEWPORT, PICK_VIEWPORT)) {
+            pixels.push_back(x);
+            pixels.push_back(y);
+        }
+    }
+    std::ofstream out(path, std::ios::binary);
+    out.write(reinterpret_cast<const char*>(pixels.data()), static_cast<std::streamsize>(pixels.size() * sizeof(float)));
+    return pixels.size() == 2 * PICK_RAYS && out.good();
+}
+
+static std::vector<float> readPixels(const std::string& path)
+{
+    std::vector<float> pixels(2 * PICK_RAYS);
+    std::ifstream in(path, std::ios::binary);
+    in.read(reinterpret_cast<char*>(pixels.data()), static_cast<std::streamsize>(pixels.size() * sizeof(float)));
+    return in.good() ? pixels : std::vector<float>();
+}
+
+W1PickRun oursPick(const zusg::W1Layout& layout, const std::string& pixelsPath)
+{
+    W1PickRun run;
+    const std::vector<float> pixels = readPixels(pixelsPath);
+    const zusg::W1Assembly workload(layout.depth(), layout.fanOut());
+    const zuPointer<zuNode> root = workload.build();
+    root->UpdateGS();
+    const zuPointer<zuCamera> camera = workload.camera();
+    std::vector<zuTriMesh*> meshes;
+    for (std::vector<zuSpatial*> stack{root}; !stack.empty();) {
+        zuSpatial* object = stack.back();
+        stack.pop_back();
+        if (object->IsDerived(zuTriMesh::TYPE))
+            meshes.push_back(static_cast<zuTriMesh*>(object));
+        else if (object->IsDerived(zuNode::TYPE))
+            for (int i = 0; i < static_cast<zuNode*>(object)->getNbChildren(); ++i)
+                stack.push_back(static_cast<zuNode*>(object)->getChild(i));
+    }
+
+    auto cache = std::make_shared<zuBVTreeCache>();
+    const long before = bench::statusKB("VmRSS:");
+    Stopwatch watch;
+    for (zuTriMesh* mesh : meshes)
+        cache->GetTree(mesh, zuBVTree::BOX);
+    run.treeSeconds = watch.seconds();
+    run.treeKB = bench::statusKB("VmRSS:") - before;
+
+    zuPicker picker(cache);
+    const auto pass = [&] {
+        run.hits = 0;
+        for (size_t i = 0; i + 1 < pixels.size(); i += 2)
+            run.hits += picker.PickPixel(root, *camera, pixels[i], pixels[i + 1], PICK_VIEWPORT, PICK_VIEWPORT) ? 1 : 0;
+    };
+    pass();
+    run.pickSeconds = pickPasses(pass) / PICK_RAYS;
+    run.ok = !pixels.empty() && cache->GetTreeQuantity() == static_cast<int>(meshes.size());
     return run;
 }
 

@@ -10,6 +10,7 @@
 #include <zuSceneGraph/zuSceneGraph.h>
 
 #include <zuSystem/zuMemoryIoDevice.h>
+#include <zuSystem/zuProgressNotifier.h>
 
 #include <gtest/gtest.h>
 
@@ -289,6 +290,29 @@ TEST_F(ObjReaderTest, ChunksAndThreadsReadAlike)
                         ->Equals(static_cast<zuBaseGeometry*>(chunked->getChild(i))->GetVertices()));
 }
 
+// One step per megabyte read, the group complete at the end; a cancellation returns null.
+TEST_F(ObjReaderTest, ProgressAndCancel)
+{
+    std::string text;
+    for (int i = 0; i < 330000; ++i)
+        text += "v 0 0 0\n";
+    text += "f 1 2 3\n";
+    for (const bool cancel : {false, true}) {
+        zuProgressNotifier progress;
+        if (cancel)
+            progress.requestCancel();
+        zuMemoryIoDevice device(std::vector<char>(text.begin(), text.end()));
+        zuObjReader reader(mImages);
+        reader.SetChunkSize(1 << 20);
+        reader.SetThreadCount(2);
+        zuPointer<zuNode> root = reader.Read(device, "big", "", &progress);
+        EXPECT_EQ(bool(root), !cancel);
+        EXPECT_EQ(progress.totalSteps(), cancel ? 1 : 3);
+        EXPECT_EQ(progress.groupDepth(), 0);
+        EXPECT_TRUE(reader.GetMessages().empty());
+    }
+}
+
 // obj -> scene -> obj -> scene: the same triangles in world coordinates, the same
 // materials, through a transformed subtree.
 TEST_F(ObjReaderTest, WrittenFilesReadBack)
@@ -313,6 +337,53 @@ TEST_F(ObjReaderTest, WrittenFilesReadBack)
     const auto* mesh = static_cast<zuBaseGeometry*>(second->getChild(0));
     EXPECT_EQ(mesh->GetMaterialState()->Diffuse, Wm4::ColorRGB(1, 0, 0));
     EXPECT_EQ(mesh->GetTextureState()->GetTexture(0)->GetImageName(), path("tex.png"));
+}
+
+// A cancelled write leaves the files that were there as they were, and no others.
+TEST_F(ObjReaderTest, FailedWritesKeepOldFiles)
+{
+    writeFile("old.obj", "old");
+    writeFile("old.mtl", "old library");
+    writeFile("in.mtl", "newmtl red\nKd 1 0 0\n");
+    zuPointer<zuNode> root = read(std::string("mtllib in.mtl\n") + TRIANGLE + "usemtl red\nf 1 2 3\n");
+    zuProgressNotifier progress;
+    progress.requestCancel();
+    zuObjWriter writer;
+    EXPECT_FALSE(writer.WriteFile(*root, path("old.obj"), &progress));
+    EXPECT_EQ(writer.GetError(), "writing was cancelled");
+    EXPECT_FALSE(writer.WriteFile(*root, path("missing/new.obj"), nullptr));
+    std::ifstream obj(path("old.obj")), library(path("old.mtl"));
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(obj), {}), "old");
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(library), {}), "old library");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(mFolder), {}), 3);
+}
+
+// A leaf long enough to be formatted in blocks on several threads comes back whole and in
+// order.
+TEST_F(ObjReaderTest, LongLeavesWriteInOrder)
+{
+    zuAttributes layout;
+    layout.SetPositionChannels(3);
+    const int count = 150000;
+    zuPointer<zuVertexBuffer> vertices(new zuVertexBuffer(layout, count));
+    zuPointer<zuIndexBuffer> indices(new zuIndexBuffer(3 * (count - 2), zuIndexBuffer::INDEX_32));
+    for (int i = 0; i < count; ++i) {
+        float* p = vertices->PositionTuple(i);
+        p[0] = static_cast<float>(i) * 0.25f;
+        p[1] = static_cast<float>(i % 2);
+        p[2] = 1.0f / static_cast<float>(i + 1);
+    }
+    for (int t = 0; t < count - 2; ++t)
+        for (int k = 0; k < 3; ++k)
+            indices->GetIndices32()[3 * t + k] = static_cast<unsigned>(t + (t % 2 ? 2 - k : k));
+    zuPointer<zuNode> root(new zuNode);
+    root->attachChild(new zuTriMesh(vertices.get(), indices.get()));
+    zuObjWriter writer;
+    ASSERT_TRUE(writer.WriteFile(*root, path("long.obj"), nullptr));
+    zuObjReader reader(mImages);
+    zuPointer<zuNode> back = reader.ReadFile(path("long.obj"), nullptr);
+    ASSERT_TRUE(back);
+    EXPECT_EQ(triangles(*back), triangles(*root));
 }
 
 // The fast path of the number parser against the standard one: the same float for

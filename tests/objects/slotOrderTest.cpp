@@ -4,7 +4,7 @@
 // pointer holds 1 + the byte offset of its slot, and a this-adjustment that is 0 only for
 // the primary table; the destructor takes two slots).
 
-#include <zuSceneGraph/animation/zuController.h>
+#include <zuSceneGraph/objects/zuController.h>
 #include <zuSceneGraph/resources/zuIndexBuffer.h>
 #include <zuSceneGraph/resources/zuRequestInterfaceForDynamicResource.h>
 #include <zuSceneGraph/resources/zuVertexBuffer.h>

@@ -5,9 +5,12 @@
 
 #include "resources/zuResourceTestSupport.h"
 
+#include <zuSceneGraph/resources/zuCPULoadBatch.h>
 #include <zuSceneGraph/resources/zuDynamicResourceCPULoadRequest.h>
 #include <zuSceneGraph/resources/zuIndexBuffer.h>
 #include <zuSceneGraph/resources/zuRendererInterface.h>
+#include <zuSceneGraph/resources/zuRequestInterfaceForDynamicResource.h>
+#include <zuSceneGraph/resources/zuResourceRequestClientInterface.h>
 #include <zuSceneGraph/resources/zuVertexBuffer.h>
 
 #include <zuSystem/zuDelegateIoDevice.h>
@@ -17,6 +20,7 @@
 
 #include <cstring>
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -308,6 +312,114 @@ TEST_F(ResourceBuffersLazyLoad, AShortenedFileLeavesTheBufferOnDiskWithAnInputEr
     // Earlier buffers still come back.
     ASSERT_TRUE(zuRendererInterface::LoadCPUData(resourceOf(loaded[0])));
     EXPECT_TRUE(loaded[0]->Equals(originals[0]));
+}
+
+// The batch form reads what one request per buffer reads: from the whole file, and from a
+// file cut inside a block (the buffers past the cut stay on disk). The list mixes three
+// files, names some buffers twice and holds nulls; the third file puts a block larger than
+// a batch's read between two small ones.
+TEST_F(ResourceBuffersLazyLoad, ABatchReadsWhatOneRequestPerBufferReads)
+{
+    const std::string other = dir.file("other.mvk");
+    const std::string large = dir.file("large.mvk");
+    std::filesystem::copy_file(path, other);
+    Numbers numbers{9};
+    zuAttributes layout;
+    layout.SetPositionChannels(4);
+    zuPointer<zuVertexBuffer> big = new zuVertexBuffer(layout, 70000);
+    std::vector<zuPointer<zuObject>> bigOriginals = {makeVertexBuffer(numbers), big.get(), makeIndexBuffer(numbers, 2)};
+    ASSERT_TRUE(saveResources(large, {bigOriginals[0], bigOriginals[1], bigOriginals[2]}));
+    ASSERT_GT(static_cast<uint64_t>(big->GetDataSize()), zuCPULoadBatch::SPAN_BYTES);
+
+    for (const bool cut : {false, true}) {
+        SCOPED_TRACE(cut);
+        std::vector<zuPointer<zuObject>> single = loadLazily(path), first = loadLazily(path), second = loadLazily(other);
+        std::vector<zuPointer<zuObject>> third = loadLazily(large);
+        ASSERT_EQ(first.size(), originals.size());
+        ASSERT_EQ(second.size(), originals.size());
+        ASSERT_EQ(third.size(), bigOriginals.size());
+        if (cut) {
+            const uint64_t end = resourceOf(first[PAIRS + 1])->getStreamOffset() + 3;
+            std::filesystem::resize_file(path, end);
+            std::filesystem::resize_file(other, end);
+        }
+        std::vector<zuDynamicLoadingResource*> list = {nullptr};
+        for (size_t i = 0; i < first.size(); ++i) {
+            list.push_back(resourceOf(first[i]));
+            list.push_back(resourceOf(second[i]));
+            if (i % 1000 == 0)
+                list.insert(list.end(), {resourceOf(first[i]), nullptr});
+            if (i < third.size())
+                list.push_back(resourceOf(third[i]));
+        }
+        size_t resident = 0;
+        const size_t answer = zuRendererInterface::LoadCPUData(list);
+        for (const zuDynamicLoadingResource* resource : list)
+            resident += resource && resource->isCPUResident() ? 1 : 0;
+        EXPECT_EQ(answer, resident);
+        for (size_t i = 0; i < first.size(); ++i) {
+            const bool alone = zuRendererInterface::LoadCPUData(resourceOf(single[i]));
+            ASSERT_EQ(alone, !cut || i <= PAIRS) << i;
+            ASSERT_EQ(resourceOf(first[i])->isCPUResident(), alone) << i;
+            ASSERT_EQ(resourceOf(second[i])->isCPUResident(), alone) << i;
+            ASSERT_EQ(resourceOf(first[i])->getResourceState(), zuDynamicLoadingResource::RESOURCE_IDLE) << i;
+            if (alone) {
+                ASSERT_TRUE(first[i]->Equals(originals[i])) << i;
+                ASSERT_TRUE(second[i]->Equals(originals[i])) << i;
+            }
+        }
+        for (size_t i = 0; i < third.size(); ++i)
+            EXPECT_TRUE(third[i]->Equals(bigOriginals[i])) << i;
+    }
+}
+
+// The controller gives its workers batches of one file's loads. Requests cancelled before
+// the start, while the batches run, and by a stop in the middle end as cancelled requests
+// always do: heard once, the buffer on disk and idle; the others are whole.
+TEST_F(ResourceBuffersLazyLoad, TheControllersBatchesOfTwoFilesCanBeCancelledAnywhere)
+{
+    struct Client : zuResourceRequestClientInterface {
+        void onRequestFinished(zuRequestInterfaceForDynamicResource* request, bool finalized) override
+        {
+            heard[request->getResourceID()] += finalized ? 1 : 100;
+        }
+        std::map<unsigned long, int> heard;
+    };
+    const std::string other = dir.file("other.mvk");
+    std::filesystem::copy_file(path, other);
+    for (const bool stopEarly : {false, true}) {
+        SCOPED_TRACE(stopEarly);
+        std::vector<zuPointer<zuObject>> first = loadLazily(path), second = loadLazily(other);
+        ASSERT_EQ(first.size(), second.size());
+        Client client;
+        zuResourceController controller(2);
+        std::vector<zuResourceController::Ticket> tickets;
+        for (size_t i = 0; i < first.size(); ++i)
+            for (const zuPointer<zuObject>* object : {&first[i], &second[i]})
+                tickets.push_back(controller.requestCPULoad(resourceOf(*object), &client));
+        for (size_t t = 0; t < tickets.size(); t += 7)
+            ASSERT_TRUE(controller.cancelRequest(tickets[t]));
+        ASSERT_TRUE(controller.start());
+        for (size_t t = 3; t < tickets.size(); t += 13)
+            controller.cancelRequest(tickets[t]);
+        if (stopEarly)
+            controller.stop();
+        ASSERT_TRUE(finalizeUntilIdle(controller));
+        controller.stop();
+        ASSERT_EQ(client.heard.size(), tickets.size());
+        for (size_t i = 0; i < first.size(); ++i) {
+            for (const zuPointer<zuObject>* object : {&first[i], &second[i]}) {
+                const zuDynamicLoadingResource* resource = resourceOf(*object);
+                const int heard = client.heard[resource->getResourceID()];
+                ASSERT_TRUE(heard == 1 || heard == 100) << i;
+                ASSERT_EQ(resource->isCPUResident(), heard == 1) << i;
+                ASSERT_EQ(resource->getResourceState(), zuDynamicLoadingResource::RESOURCE_IDLE) << i;
+                if (heard == 1) {
+                    ASSERT_TRUE((*object)->Equals(originals[i])) << i;
+                }
+            }
+        }
+    }
 }
 
 class ResourceBuffersRepack : public ResourceLibrary {};

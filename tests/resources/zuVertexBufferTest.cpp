@@ -4,10 +4,10 @@
 
 #include "resources/zuResourceTestSupport.h"
 
+#include <zuSceneGraph/math/zuGenericTransformation.h>
 #include <zuSceneGraph/objects/zuTSharedArray.h>
 #include <zuSceneGraph/resources/zuResourceIdentifier.h>
 #include <zuSceneGraph/resources/zuVertexBuffer.h>
-#include <zuSceneGraph/scenegraph/zuGenericTransformation.h>
 
 #include <gtest/gtest.h>
 

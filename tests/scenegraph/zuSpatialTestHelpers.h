@@ -4,7 +4,7 @@
 // the bytes of the persisted transformation, transformations built from angles, and the
 // change marks of a spatial object.
 
-#include <zuSceneGraph/scenegraph/zuGenericTransformation.h>
+#include <zuSceneGraph/math/zuGenericTransformation.h>
 #include <zuSceneGraph/scenegraph/zuNode.h>
 #include <zuSceneGraph/stream/zuBaseStream.h>
 

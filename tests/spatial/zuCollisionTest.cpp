@@ -110,7 +110,7 @@ TEST(zuCollisionGroup, ReportsTheTrianglePairsThatMeetAsTestingEveryPairDoes)
             EXPECT_EQ(contact.leaf0, cubeOf(a));
             const std::set<std::pair<int, int>> found(contact.triangles.begin(), contact.triangles.end());
             EXPECT_EQ(found, expected);
-            EXPECT_EQ(contact.triangles.size(), expected.size());
+            EXPECT_EQ(contact.triangles.size(), expected.size());  // each pair once
             group.SetReport(zuCollisionGroup::FIRST_CONTACT);
             ASSERT_TRUE(group.TestObject(b));
             ASSERT_EQ(group.GetContacts()[0].triangles.size(), 1u);
@@ -149,8 +149,6 @@ TEST(zuCollisionGroup, SubtreesMeetOthersButNotThemselvesOrWhatTheyHold)
     touching->SetCullingMode(zuSpatial::CULL_ALWAYS);
     apart->forceIgnore(true, false, false);
     EXPECT_FALSE(group.Test());
-    EXPECT_TRUE(group.RemoveObject(scene));
-    EXPECT_EQ(group.GetObjectQuantity(), 3);
 }
 
 TEST(zuCollisionCameraUpdater, StopsOrSlidesAtItsDistanceFromTheScene)

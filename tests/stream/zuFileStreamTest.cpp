@@ -213,9 +213,12 @@ TEST_F(FileStream, SavingBeforeVersion6FailsUnlessAppending)
         zuMemoryIoDevice device;
         EXPECT_FALSE(stream.Save(device, "old", false));
         EXPECT_TRUE(device.data().empty());
-        ASSERT_EQ(log.mMessages.size(), 1u);
+        ASSERT_EQ(log.mMessages.size(), 2u);
         EXPECT_EQ(log.mMessages[0].first, "zustream");
         EXPECT_EQ(log.mMessages[0].second, "Too old version to save file stream");
+        // The second line says how to name a version.
+        EXPECT_NE(log.mMessages[1].second.find("SetVersion(zuStreamVersion(6, 32))"), std::string::npos);
+        EXPECT_EQ(stream.GetErrorText(), log.mMessages[1].second);
     }
 }
 

@@ -2,7 +2,7 @@
 
 // Persistable classes that exist only to exercise the object model and the stream.
 
-#include <zuSceneGraph/animation/zuController.h>
+#include <zuSceneGraph/objects/zuController.h>
 #include <zuSceneGraph/objects/zuNamedObject.h>
 #include <zuSceneGraph/objects/zuUnnamedObject.h>
 #include <zuSceneGraph/stream/zuBaseStream.h>

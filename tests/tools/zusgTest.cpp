@@ -7,9 +7,9 @@
 #include "zusgW1Assembly.h"
 
 #include <zuSceneGraph/culling/zuCuller.h>
+#include <zuSceneGraph/math/zuGenericTransformation.h>
 #include <zuSceneGraph/objects/zuTSharedArray.h>
 #include <zuSceneGraph/resources/zuVertexBuffer.h>
-#include <zuSceneGraph/scenegraph/zuGenericTransformation.h>
 #include <zuSceneGraph/states/zuAlphaState.h>
 #include <zuSceneGraph/states/zuCamera.h>
 #include <zuSceneGraph/states/zuCullState.h>

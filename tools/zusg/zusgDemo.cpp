@@ -213,21 +213,20 @@ zu::zuPointer<zu::zuNode> load(const std::string& path)
     return object && object->IsDerived(zu::zuNode::TYPE) ? static_cast<zu::zuNode*>(object) : nullptr;
 }
 
-// Reads back the buffers of the given leaves, at once on this thread; the number of
-// buffers, or -1 when one could not be read.
+// Reads back the buffers of the given leaves, at once on this thread and in one batch; the
+// number of buffers, or -1 when one could not be read.
 int readBack(const Leaves& leaves)
 {
+    std::vector<zu::zuDynamicLoadingResource*> all;
     std::vector<zu::zuDynamicLoadingResource*> resources;
-    int count = 0;
     for (zu::zuRenderableSpatial* leaf : leaves) {
         leaf->getResources(resources);
-        for (zu::zuDynamicLoadingResource* resource : resources) {
-            if (resource && !zu::zuRendererInterface::LoadCPUData(resource))
-                return -1;
-            count += resource ? 1 : 0;
-        }
+        for (zu::zuDynamicLoadingResource* resource : resources)
+            if (resource)
+                all.push_back(resource);
     }
-    return count;
+    const size_t resident = zu::zuRendererInterface::LoadCPUData(all);
+    return resident == all.size() ? static_cast<int>(all.size()) : -1;
 }
 
 std::string residentText(const TreeCount& count)

@@ -3,8 +3,8 @@
 
 #include "zusgFields.h"
 
+#include <zuSceneGraph/math/zuGenericTransformation.h>
 #include <zuSceneGraph/objects/zuObject.h>
-#include <zuSceneGraph/scenegraph/zuGenericTransformation.h>
 
 #include <algorithm>
 #include <charconv>

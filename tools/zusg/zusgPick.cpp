@@ -1,21 +1,23 @@
 // zusg pick FILE --eye x,y,z --dir x,y,z: the nearest triangle a ray meets in a scene file.
 //
-// Loads the file's top-level objects, updates those that are spatial objects (UpdateGS) and
-// picks along the ray from the eye in the given direction through each, keeping the
-// nearest hit. Prints the leaf's name (or "(unnamed)"), its type, the triangle, the world
-// point and normal and the distance; "no hit" when the ray meets nothing. Buffers are read
-// with the file.
+// Loads the file through the mesh manager (any mesh file it has a driver for), updates the
+// top-level objects that are spatial objects (UpdateGS) and picks along the ray from the eye
+// in the given direction through each, keeping the nearest hit. Prints the leaf's name (or
+// "(unnamed)"), its type, the triangle, the world point and normal and the distance; "no
+// hit" when the ray meets nothing. The blocks of a stream file stay in the file; the picker
+// reads back those of the leaves the ray reaches.
 
 #include "zusgCommand.h"
 #include "zusgLibraryScope.h"
 
 #include <zuSceneGraph/scenegraph/zuRenderableSpatial.h>
+#include <zuSceneGraph/io/zuIoManager.h>
+#include <zuSceneGraph/io/zuMeshManager.h>
 #include <zuSceneGraph/spatial/zuPicker.h>
-#include <zuSceneGraph/stream/zuFileStream.h>
-#include <zuSystem/zuFileIoDevice.h>
 
 #include <cmath>
 #include <cstdlib>
+#include <filesystem>
 #include <iostream>
 #include <optional>
 #include <sstream>
@@ -80,23 +82,27 @@ int runPick(const std::vector<std::string>& arguments)
     }
 
     LibraryScope library;
-    zu::zuFileStream stream;
-    zu::zuFileIoDevice device(path, zu::zuFileIoDevice::ReadOnly);
-    if (!device.isOpen()) {
+    if (!std::filesystem::is_regular_file(path)) {
         std::cerr << "zusg: " << path << ": cannot open the file\n";
         return Failure;
     }
-    if (!stream.Load(device, path)) {
-        std::cerr << "zusg: " << path << ": the objects cannot be loaded (the reason is written above)\n";
+    // The blocks stay in the file: the picker reads back those of the leaves the ray reaches.
+    zu::zuMeshManager::ObjectList objects;
+    std::vector<zu::zuErrorMessage> errors;
+    zu::zuMeshManager::Options options;
+    options[zu::zuMeshManager::sOptionLoadGeometry] = false;
+    if (!zu::zuIoManager::msInstance->getMeshManager().loadMeshes(objects, path, nullptr, options, nullptr, &errors)) {
+        std::cerr << "zusg: " << path << ": the objects cannot be loaded\n";
+        for (const zu::zuErrorMessage& error : errors)
+            std::cerr << "    " << error.text << "\n";
         return Failure;
     }
     zu::zuPicker picker;
     std::optional<zu::zuPickRecord> nearest;
-    for (int i = 0; i < stream.GetObjectCount(); ++i) {
-        zu::zuRttiInterface* object = stream.GetObjectAt(i);
+    for (const zu::zuPointer<zu::zuObject>& object : objects) {
         if (!object || !object->IsDerived(zu::zuSpatial::TYPE))
             continue;
-        zu::zuSpatial* root = static_cast<zu::zuSpatial*>(object);
+        zu::zuSpatial* root = static_cast<zu::zuSpatial*>(object.get());
         root->UpdateGS();
         if (picker.PickRay(root, *eye, *direction) && (!nearest || picker.GetRecords()[0].distance < nearest->distance))
             nearest = picker.GetRecords()[0];

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <zuSceneGraph/animation/zuController.h>
+#include <zuSceneGraph/objects/zuController.h>
 #include <zuSceneGraph/objects/zuTSharedArray.h>
 #include <zuSceneGraph/stream/zuBaseStream.h>
 

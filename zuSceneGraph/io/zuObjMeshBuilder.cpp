@@ -6,7 +6,9 @@
 #include <zuSceneGraph/scenegraph/zuPoint.h>
 #include <zuSceneGraph/scenegraph/zuTriMesh.h>
 
+#include <climits>
 #include <cmath>
+#include <new>
 #include <cstring>
 #include <utility>
 
@@ -14,7 +16,7 @@ namespace zu {
 
 namespace {
 
-constexpr int FIRST_TABLE_BITS = 10;
+constexpr int FIRST_TABLE_BITS = 4;
 // Concave polygons up to this many corners are split by ear clipping (quadratic in the
 // corners); larger ones, which real files hardly have, as a fan.
 constexpr int MAX_CLIPPED_CORNERS = 256;
@@ -161,7 +163,7 @@ zuObjMeshBuilder::zuObjMeshBuilder(Kind kind, std::string group, std::string mat
 {
 }
 
-size_t zuObjMeshBuilder::slotOf(const int32_t* corner) const
+inline size_t zuObjMeshBuilder::slotOf(const int32_t* corner) const
 {
     // Positions that follow each other land in neighbouring slots, so that the table is
     // walked almost in order for a typical file; each run of 2^bits positions starts at a
@@ -286,6 +288,9 @@ zuPointer<zuBaseGeometry> zuObjMeshBuilder::Finish(const zuObjVertexData& data)
         if (mHasTexCoords)
             layout.SetTCoordChannels(0, 2);
 
+        // The buffers count in ints.
+        if (mIndices.size() > size_t(INT_MAX) || mVertexCount > uint32_t(INT_MAX))
+            throw std::bad_alloc();
         // The indices first, so that their blocks are gone before the vertex block exists.
         const int indexCount = static_cast<int>(mIndices.size());
         const bool narrow = mVertexCount <= 65536;

@@ -44,7 +44,9 @@ public:
 
     // The leaf named after the group, or null when nothing was added. Normals a face did
     // not give are computed from the triangles around each vertex (area-weighted). The
-    // builder's memory is released; it is empty afterwards.
+    // builder's memory is released; it is empty afterwards. Throws std::bad_alloc when the
+    // memory is not there or the leaf is too large for a buffer (2^31 indices or 2 GB of
+    // vertices).
     zuPointer<zuBaseGeometry> Finish(const zuObjVertexData& data);
 
 private:
@@ -56,9 +58,9 @@ private:
     };
 
     uint32_t vertexOf(const int32_t* corner);
-    size_t slotOf(const int32_t* corner) const;
+    [[gnu::always_inline]] size_t slotOf(const int32_t* corner) const;
     void growTable();
-    void emit(uint32_t index) { mIndices.push_back(&index); }
+    [[gnu::always_inline]] void emit(uint32_t index) { mIndices.push_back(&index); }
     void fillVertices(class zuVertexBuffer& vertices, const zuObjVertexData& data, bool normalsOnly) const;
 
     Kind mKind;

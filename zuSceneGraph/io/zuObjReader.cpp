@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <climits>
 #include <condition_variable>
 #include <deque>
 #include <functional>
@@ -23,7 +24,6 @@
 #include <new>
 #include <set>
 #include <thread>
-#include <unordered_map>
 
 namespace zu {
 
@@ -113,7 +113,7 @@ private:
                 break;  // fewer workers, or none: the calling thread parses
             }
         }
-        mSlots.resize(mWorkers.empty() ? 1 : mWorkers.size() + 2);
+        mSlots.resize(mWorkers.empty() ? 1 : 2 * mWorkers.size() + 2);
     }
 
     ~Pipeline()
@@ -183,8 +183,21 @@ private:
         for (size_t consumed = 0; consumed < filled; ++consumed) {
             Slot& slot = mSlots[consumed % mSlots.size()];
             {
+                // While the chunk it needs is not parsed yet, the calling thread parses queued
+                // chunks itself rather than wait for a worker the system may not be running.
                 std::unique_lock<std::mutex> lock(mMutex);
-                mParsed.wait(lock, [&slot] { return slot.state == PARSED || slot.state == FAILED; });
+                while (slot.state == QUEUED) {
+                    if (mQueue.empty()) {
+                        mParsed.wait(lock);
+                        continue;
+                    }
+                    Slot& queued = mSlots[mQueue.front()];
+                    mQueue.pop_front();
+                    lock.unlock();
+                    const State state = parse(queued);
+                    lock.lock();
+                    queued.state = state;
+                }
             }
             if (slot.state == FAILED)
                 throw std::bad_alloc();  // a worker ran out of memory: the caller reports it
@@ -258,6 +271,14 @@ public:
                 return false;
         }
         return true;
+    }
+
+    // Steps the progress group to its end (`steps` in all) once the whole file is read.
+    void completeProgress(int64_t steps)
+    {
+        if (mProgress && steps > mSteps)
+            mProgress->step(steps - mSteps);
+        mSteps = steps;
     }
 
     zuPointer<zuNode> finish(const std::string& name)
@@ -402,14 +423,6 @@ private:
         return *mCurrent[kind];
     }
 
-    // Makes a written index 0-based: a positive one counts from the first statement, a
-    // negative one back from the last above. -1 for one outside the `above` statements.
-    static int64_t resolve(int32_t written, int64_t above)
-    {
-        const int64_t index = written > 0 ? int64_t(written) - 1 : above + written;
-        return index >= 0 && index < above ? index : -1;
-    }
-
     void addElement(const zuObjParser::Chunk& chunk, const zuObjParser::Element& element, size_t positionBase,
                     size_t texCoordBase, size_t normalBase)
     {
@@ -420,21 +433,23 @@ private:
         static const char* const STATEMENTS[] = {"f", "l", "p"};
         mCorners.resize(3 * size_t(element.cornerCount));
         const int32_t* written = &chunk.corners[3 * size_t(element.firstCorner)];
-        for (size_t i = 0; i < mCorners.size(); ++i) {
-            const int kind = static_cast<int>(i % 3);
-            if (written[i] == 0 && kind > 0) {
-                mCorners[i] = -1;
-                continue;
+        for (size_t i = 0; i < mCorners.size(); i += 3) {
+            for (int kind = 0; kind < 3; ++kind) {
+                const int32_t index = written[i + kind];
+                if (index == 0 && kind > 0) {
+                    mCorners[i + kind] = -1;
+                    continue;
+                }
+                const int64_t resolved = index > 0 ? int64_t(index) - 1 : above[kind] + index;
+                if (resolved < 0 || resolved >= above[kind] || resolved > INT32_MAX) {
+                    report(mLineBase + element.line,
+                           "index " + std::to_string(index) + " out of range (" + std::to_string(above[kind]) + " " +
+                               KINDS[kind] + " statements above); the " + STATEMENTS[element.kind] +
+                               " statement is dropped");
+                    return;
+                }
+                mCorners[i + kind] = static_cast<int32_t>(resolved);
             }
-            const int64_t index = resolve(written[i], above[kind]);
-            if (index < 0) {
-                report(mLineBase + element.line,
-                       "index " + std::to_string(written[i]) + " out of range (" + std::to_string(above[kind]) + " " +
-                           KINDS[kind] + " statements above); the " + STATEMENTS[element.kind] +
-                           " statement is dropped");
-                return;
-            }
-            mCorners[i] = static_cast<int32_t>(index);
         }
         zuObjMeshBuilder& target = builder(element.kind);
         const int count = static_cast<int>(element.cornerCount);
@@ -452,7 +467,9 @@ private:
     zuMtlReader mMaterials;
     zuObjVertexData mData;
     std::vector<std::unique_ptr<zuObjMeshBuilder>> mBuilders;
-    std::unordered_map<std::string, size_t> mBuilderIndex;
+    // Ordered, not hashed: group names come from the file, and a file could choose names
+    // whose hashes collide.
+    std::map<std::string, size_t> mBuilderIndex;
     zuObjMeshBuilder* mCurrent[3] = {nullptr, nullptr, nullptr};
     std::string mGroup = "default";
     std::string mMaterial;
@@ -496,8 +513,9 @@ zuPointer<zuNode> zuObjReader::Read(zuIoDevice& device, const std::string& name,
     if (workers == 1 || (size >= 0 && static_cast<uint64_t>(size) <= chunkSize))
         workers = 0;
 
+    const int64_t steps = size > 0 ? (size + PROGRESS_STEP_BYTES - 1) / PROGRESS_STEP_BYTES : 1;
     if (progress)
-        progress->openGroup("Reading OBJ file", size > 0 ? (size + PROGRESS_STEP_BYTES - 1) / PROGRESS_STEP_BYTES : 1);
+        progress->openGroup("Reading OBJ file", steps);
     zuProgressNotifierGroupCloser closer(progress);
     try {
         Loader loader(mImages, folder, mMessages, progress);
@@ -510,6 +528,7 @@ zuPointer<zuNode> zuObjReader::Read(zuIoDevice& device, const std::string& name,
                 loader.report(0, "read error in \"" + name + "\"");
             return {};
         }
+        loader.completeProgress(steps);
         zuPointer<zuNode> root = loader.finish(name);
         std::stable_sort(mMessages.begin(), mMessages.end(),
                          [](const zuObjMessage& a, const zuObjMessage& b) { return a.line < b.line; });

@@ -3,31 +3,32 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <vector>
 
 namespace zu {
 
-// Records of N values of T in blocks of 2^14 records: growing never copies what is stored
-// and never holds more than one partly filled block, so a large file's arrays take what
-// they hold and no doubling reserve.
+// Records of N values of T in blocks of 2^14 records: growing never copies more than the
+// last block and never holds more than one partly filled block, so a large file's arrays
+// take what they hold and no doubling reserve. The last block starts small and doubles up
+// to its full size, so that the many small arrays of a file of many small groups stay small.
 template <class T, int N>
 class zuObjBlockArray {
 public:
     static constexpr int BLOCK_SHIFT = 14;
     static constexpr size_t BLOCK_RECORDS = size_t(1) << BLOCK_SHIFT;
+    static constexpr size_t FIRST_RECORDS = 16;
 
     size_t size() const { return mSize; }
     bool empty() const { return mSize == 0; }
-    const T* operator[](size_t i) const { return mBlocks[i >> BLOCK_SHIFT].get() + (i & (BLOCK_RECORDS - 1)) * N; }
-    T* operator[](size_t i) { return mBlocks[i >> BLOCK_SHIFT].get() + (i & (BLOCK_RECORDS - 1)) * N; }
+    const T* operator[](size_t i) const { return mBlocks[i >> BLOCK_SHIFT].data() + (i & (BLOCK_RECORDS - 1)) * N; }
+    T* operator[](size_t i) { return mBlocks[i >> BLOCK_SHIFT].data() + (i & (BLOCK_RECORDS - 1)) * N; }
 
     // Appends `records` records from `values` (records × N values).
     void append(const T* values, size_t records)
     {
         while (records > 0) {
             const size_t taken = reserveRun(records);
-            std::copy(values, values + taken * N, (*this)[mSize]);
+            mBlocks.back().insert(mBlocks.back().end(), values, values + taken * N);
             values += taken * N;
             mSize += taken;
             records -= taken;
@@ -38,12 +39,20 @@ public:
     {
         while (records > 0) {
             const size_t taken = reserveRun(records);
-            std::fill((*this)[mSize], (*this)[mSize] + taken * N, value);
+            mBlocks.back().insert(mBlocks.back().end(), taken * N, value);
             mSize += taken;
             records -= taken;
         }
     }
-    void push_back(const T* record) { append(record, 1); }
+    [[gnu::always_inline]] void push_back(const T* record)
+    {
+        if ((mSize & (BLOCK_RECORDS - 1)) == 0 || mBlocks.back().size() == mBlocks.back().capacity())
+            reserveRun(1);
+        std::vector<T>& block = mBlocks.back();
+        for (int k = 0; k < N; ++k)
+            block.push_back(record[k]);
+        ++mSize;
+    }
     // Frees every block.
     void clear()
     {
@@ -53,17 +62,27 @@ public:
     }
 
 private:
-    // Makes room for the next record and returns how many of `wanted` fit in its block.
+    // Makes room for the next records in the last block and returns how many of `wanted`
+    // fit there.
     size_t reserveRun(size_t wanted)
     {
         const size_t offset = mSize & (BLOCK_RECORDS - 1);
-        if (offset == 0 && (mSize >> BLOCK_SHIFT) == mBlocks.size())
-            mBlocks.emplace_back(new T[BLOCK_RECORDS * N]);
+        if (offset == 0)
+            mBlocks.emplace_back();
+        std::vector<T>& block = mBlocks.back();
         const size_t room = BLOCK_RECORDS - offset;
-        return wanted < room ? wanted : room;
+        const size_t taken = wanted < room ? wanted : room;
+        if (block.capacity() < (offset + taken) * N) {
+            size_t capacity = block.capacity() / N;
+            capacity = capacity == 0 ? FIRST_RECORDS : capacity;
+            while (capacity < offset + taken)
+                capacity *= 2;
+            block.reserve((capacity < BLOCK_RECORDS ? capacity : BLOCK_RECORDS) * N);
+        }
+        return taken;
     }
 
-    std::vector<std::unique_ptr<T[]>> mBlocks;
+    std::vector<std::vector<T>> mBlocks;
     size_t mSize = 0;
 };
 

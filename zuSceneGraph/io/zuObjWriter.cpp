@@ -15,7 +15,13 @@
 #include <zuSystem/zuProgressNotifierGroupCloser.h>
 #include <zuSystem/zuProgressNotifierInterface.h>
 
+#include <algorithm>
 #include <charconv>
+#include <cstdio>
+#include <functional>
+#include <memory>
+#include <system_error>
+#include <thread>
 #include <cstring>
 #include <map>
 #include <utility>
@@ -30,33 +36,30 @@ constexpr size_t BUFFER_BYTES = size_t(4) << 20;
 // corners of three indices, or a vertex of six numbers).
 constexpr size_t LINE_ROOM = 256;
 
-// Text formatted in one buffer that goes to the device when it fills.
+// Text formatted in one buffer that goes to the device when it fills; without a device the
+// buffer grows instead (a block formatted on a worker thread).
 class TextBuffer {
 public:
-    explicit TextBuffer(zuIoDevice& device) : mDevice(device), mBuffer(BUFFER_BYTES) {}
+    explicit TextBuffer(zuIoDevice* device) : mDevice(device), mBuffer(BUFFER_BYTES) {}
 
     // Makes room for `bytes` more; then the put operations need no check up to that.
     void reserve(size_t bytes)
     {
-        if (mUsed + bytes > mBuffer.size())
+        if (mUsed + bytes <= mBuffer.size())
+            return;
+        if (mDevice)
             flush();
+        if (mUsed + bytes > mBuffer.size())
+            mBuffer.resize(std::max(2 * mBuffer.size(), mUsed + bytes));
     }
     void put(char c) { mBuffer[mUsed++] = c; }
-    void put(const std::string& text)
+    void put(const std::string& text) { append(text.data(), text.size()); }
+    void put(const char* text, size_t length)
     {
-        for (size_t start = 0; start < text.size(); start += LINE_ROOM) {
-            const size_t length = std::min(LINE_ROOM, text.size() - start);
-            reserve(length);
-            std::memcpy(mBuffer.data() + mUsed, text.data() + start, length);
-            mUsed += length;
-        }
-    }
-    void putLiteral(const char* text)
-    {
-        const size_t length = std::strlen(text);
         std::memcpy(mBuffer.data() + mUsed, text, length);
         mUsed += length;
     }
+    void putLiteral(const char* text) { put(text, std::strlen(text)); }
     // Shortest text that reads back to the same float.
     void put(float value)
     {
@@ -68,10 +71,27 @@ public:
         mUsed = static_cast<size_t>(std::to_chars(mBuffer.data() + mUsed, mBuffer.data() + mBuffer.size(), value).ptr -
                                     mBuffer.data());
     }
+    // Any length, in pieces that fit.
+    void append(const char* text, size_t length)
+    {
+        while (length > 0) {
+            reserve(std::min(length, BUFFER_BYTES));
+            const size_t piece = std::min(length, mBuffer.size() - mUsed);
+            put(text, piece);
+            text += piece;
+            length -= piece;
+        }
+    }
+    // Another buffer's text, then that buffer emptied.
+    void take(TextBuffer& other)
+    {
+        append(other.mBuffer.data(), other.mUsed);
+        other.mUsed = 0;
+    }
     bool flush()
     {
-        if (mUsed > 0 && !mFailed) {
-            mFailed = mDevice.write(mBuffer.data(), static_cast<int64_t>(mUsed)) != static_cast<int64_t>(mUsed);
+        if (mUsed > 0 && mDevice && !mFailed) {
+            mFailed = mDevice->write(mBuffer.data(), static_cast<int64_t>(mUsed)) != static_cast<int64_t>(mUsed);
             mWritten += static_cast<int64_t>(mUsed);
         }
         mUsed = 0;
@@ -80,11 +100,62 @@ public:
     int64_t written() const { return mWritten; }
 
 private:
-    zuIoDevice& mDevice;
+    zuIoDevice* mDevice;
     std::vector<char> mBuffer;
     size_t mUsed = 0;
     bool mFailed = false;
     int64_t mWritten = 0;
+};
+
+// Formats lines [begin, end) of a section of a leaf (its v, vt or vn lines, or its elements).
+using Section = std::function<void(TextBuffer& out, int begin, int end)>;
+
+// The lines of a section in order. A long section is cut into blocks of lines that worker
+// threads format side by side into buffers of their own; the buffers then go out in order.
+class SectionWriter {
+public:
+    static constexpr int BLOCK_LINES = 1 << 16;
+
+    SectionWriter()
+    {
+        const unsigned hardware = std::thread::hardware_concurrency();
+        mThreads = static_cast<int>(std::clamp(hardware, 1u, 8u));
+    }
+
+    void write(TextBuffer& out, int count, const Section& section)
+    {
+        if (mThreads == 1 || count <= BLOCK_LINES) {
+            section(out, 0, count);
+            return;
+        }
+        while (mParts.size() < static_cast<size_t>(mThreads))
+            mParts.push_back(std::make_unique<TextBuffer>(nullptr));
+        for (int start = 0; start < count;) {
+            std::vector<std::thread> workers;
+            int blocks = 0;
+            for (; blocks < mThreads && start < count; ++blocks, start += BLOCK_LINES) {
+                const int end = count - start > BLOCK_LINES ? start + BLOCK_LINES : count;
+                TextBuffer& part = *mParts[static_cast<size_t>(blocks)];
+                auto format = [&section, &part, start, end] { section(part, start, end); };
+                try {
+                    if (blocks + 1 < mThreads && end < count)
+                        workers.emplace_back(format);
+                    else
+                        format();
+                } catch (const std::system_error&) {
+                    format();  // no thread to be had: formatted here
+                }
+            }
+            for (std::thread& worker : workers)
+                worker.join();
+            for (int i = 0; i < blocks; ++i)
+                out.take(*mParts[static_cast<size_t>(i)]);
+        }
+    }
+
+private:
+    int mThreads = 1;
+    std::vector<std::unique_ptr<TextBuffer>> mParts;
 };
 
 using MaterialKey = std::pair<const zuMaterialState*, const zuTextureState*>;
@@ -142,25 +213,29 @@ void writeMaterial(TextBuffer& out, const std::string& name, const MaterialKey& 
     out.put("\n");
 }
 
-// The corner of vertex `index` (1-based, written once for v, vt and vn alike).
+// The corner of vertex `index` (1-based, written once for v, vt and vn alike): the number
+// is formatted once and copied.
 void putCorner(TextBuffer& out, uint64_t index, bool texCoords, bool normals)
 {
+    char digits[24];
+    const size_t length = static_cast<size_t>(std::to_chars(digits, digits + sizeof digits, index).ptr - digits);
     out.put(' ');
-    out.put(index);
+    out.put(digits, length);
     if (texCoords || normals) {
         out.put('/');
         if (texCoords)
-            out.put(index);
+            out.put(digits, length);
         if (normals) {
             out.put('/');
-            out.put(index);
+            out.put(digits, length);
         }
     }
 }
 
 // One leaf: its group, material, vertices and elements. `base` is the number of vertices
 // written before it.
-void writeLeaf(TextBuffer& out, const zuBaseGeometry& leaf, const std::string& material, uint64_t base)
+void writeLeaf(TextBuffer& out, SectionWriter& sections, const zuBaseGeometry& leaf, const std::string& material,
+               uint64_t base)
 {
     zuVertexBuffer* vertices = leaf.GetVertices();
     zuIndexBuffer* indices = leaf.GetIndices();
@@ -179,87 +254,93 @@ void writeLeaf(TextBuffer& out, const zuBaseGeometry& leaf, const std::string& m
     out.put("g " + (leaf.GetName().empty() ? std::string("leaf") : leaf.GetName()) + "\n");
     if (!material.empty())
         out.put("usemtl " + material + "\n");
-    for (int i = 0; i < count; ++i) {
-        const float* p = vertices->PositionTuple(i);
-        Wm4::Vector3<float> position(p[0], positionChannels > 1 ? p[1] : 0.0f, positionChannels > 2 ? p[2] : 0.0f);
-        if (!world.IsIdentity())
-            position = world.ApplyForward(position);
-        out.reserve(LINE_ROOM);
-        out.put('v');
-        for (int k = 0; k < 3; ++k) {
-            out.put(' ');
-            out.put(position[k]);
-        }
-        if (colors) {
-            const float* c = vertices->ColorTuple(0, i);
+    sections.write(out, count, [&](TextBuffer& text, int begin, int end) {
+        for (int i = begin; i < end; ++i) {
+            const float* p = vertices->PositionTuple(i);
+            Wm4::Vector3<float> position(p[0], positionChannels > 1 ? p[1] : 0.0f, positionChannels > 2 ? p[2] : 0.0f);
+            if (!world.IsIdentity())
+                position = world.ApplyForward(position);
+            text.reserve(LINE_ROOM);
+            text.put('v');
             for (int k = 0; k < 3; ++k) {
-                out.put(' ');
-                out.put(c[k]);
+                text.put(' ');
+                text.put(position[k]);
             }
+            for (int k = 0; colors && k < 3; ++k) {
+                text.put(' ');
+                text.put(vertices->ColorTuple(0, i)[k]);
+            }
+            text.put('\n');
         }
-        out.put('\n');
-    }
-    for (int i = 0; texCoords && i < count; ++i) {
-        const float* t = vertices->TCoordTuple(0, i);
-        out.reserve(LINE_ROOM);
-        out.putLiteral("vt ");
-        out.put(t[0]);
-        out.put(' ');
-        out.put(t[1]);
-        out.put('\n');
-    }
-    for (int i = 0; normals && i < count; ++i) {
-        const float* n = vertices->NormalTuple(i);
-        Wm4::Vector3<float> normal(n[0], n[1], n[2]);
-        if (!world.IsIdentity())
-            normal = world.ApplyNormal(normal);
-        out.reserve(LINE_ROOM);
-        out.putLiteral("vn");
-        for (int k = 0; k < 3; ++k) {
-            out.put(' ');
-            out.put(normal[k]);
+    });
+    sections.write(out, texCoords ? count : 0, [&](TextBuffer& text, int begin, int end) {
+        for (int i = begin; i < end; ++i) {
+            const float* t = vertices->TCoordTuple(0, i);
+            text.reserve(LINE_ROOM);
+            text.putLiteral("vt ");
+            text.put(t[0]);
+            text.put(' ');
+            text.put(t[1]);
+            text.put('\n');
         }
-        out.put('\n');
-    }
+    });
+    sections.write(out, normals ? count : 0, [&](TextBuffer& text, int begin, int end) {
+        for (int i = begin; i < end; ++i) {
+            const float* n = vertices->NormalTuple(i);
+            Wm4::Vector3<float> normal(n[0], n[1], n[2]);
+            if (!world.IsIdentity())
+                normal = world.ApplyNormal(normal);
+            text.reserve(LINE_ROOM);
+            text.putLiteral("vn");
+            for (int k = 0; k < 3; ++k) {
+                text.put(' ');
+                text.put(normal[k]);
+            }
+            text.put('\n');
+        }
+    });
     // Elements whose indices fall outside the vertices are skipped: the file would not
     // read back.
     auto valid = [count](int index) { return index >= 0 && index < count; };
     if (const auto* triangles = dynamic_cast<const zuTriangles*>(&leaf)) {
-        const int quantity = triangles->GetTriangleQuantity();
-        for (int t = 0; t < quantity; ++t) {
-            int a, b, c;
-            if (!triangles->GetTriangle(t, a, b, c) || !valid(a) || !valid(b) || !valid(c))
-                continue;
-            out.reserve(LINE_ROOM);
-            out.put('f');
-            putCorner(out, base + a + 1, texCoords, normals);
-            putCorner(out, base + b + 1, texCoords, normals);
-            putCorner(out, base + c + 1, texCoords, normals);
-            out.put('\n');
-        }
+        sections.write(out, triangles->GetTriangleQuantity(), [&](TextBuffer& text, int begin, int end) {
+            for (int t = begin; t < end; ++t) {
+                int a, b, c;
+                if (!triangles->GetTriangle(t, a, b, c) || !valid(a) || !valid(b) || !valid(c))
+                    continue;
+                text.reserve(LINE_ROOM);
+                text.put('f');
+                putCorner(text, base + a + 1, texCoords, normals);
+                putCorner(text, base + b + 1, texCoords, normals);
+                putCorner(text, base + c + 1, texCoords, normals);
+                text.put('\n');
+            }
+        });
     } else if (const auto* lines = dynamic_cast<const zuLine*>(&leaf)) {
-        const int quantity = lines->GetSegmentQuantity();
-        for (int s = 0; s < quantity; ++s) {
-            int a, b;
-            if (!lines->GetSegment(s, a, b) || !valid(a) || !valid(b))
-                continue;
-            out.reserve(LINE_ROOM);
-            out.put('l');
-            putCorner(out, base + a + 1, texCoords, false);
-            putCorner(out, base + b + 1, texCoords, false);
-            out.put('\n');
-        }
+        sections.write(out, lines->GetSegmentQuantity(), [&](TextBuffer& text, int begin, int end) {
+            for (int s = begin; s < end; ++s) {
+                int a, b;
+                if (!lines->GetSegment(s, a, b) || !valid(a) || !valid(b))
+                    continue;
+                text.reserve(LINE_ROOM);
+                text.put('l');
+                putCorner(text, base + a + 1, texCoords, false);
+                putCorner(text, base + b + 1, texCoords, false);
+                text.put('\n');
+            }
+        });
     } else if (const auto* points = dynamic_cast<const zuPoint*>(&leaf)) {
-        const int quantity = points->GetPointQuantity();
-        for (int i = 0; i < quantity; ++i) {
-            const int a = points->GetPoint(i);
-            if (!valid(a))
-                continue;
-            out.reserve(LINE_ROOM);
-            out.put('p');
-            putCorner(out, base + a + 1, false, false);
-            out.put('\n');
-        }
+        sections.write(out, points->GetPointQuantity(), [&](TextBuffer& text, int begin, int end) {
+            for (int i = begin; i < end; ++i) {
+                const int a = points->GetPoint(i);
+                if (!valid(a))
+                    continue;
+                text.reserve(LINE_ROOM);
+                text.put('p');
+                putCorner(text, base + a + 1, false, false);
+                text.put('\n');
+            }
+        });
     }
 }
 
@@ -295,28 +376,48 @@ zuObjWriter::~zuObjWriter() = default;
 
 bool zuObjWriter::WriteFile(const zuSpatial& root, const std::string& path, zuProgressNotifierInterface* progress)
 {
+    // Both files are written under temporary names and take their names only when all went
+    // well, so that a failed write leaves the files that were there as they were.
     mError.clear();
-    zuFileIoDevice file(path, zuFileIoDevice::WriteOnly);
+    const std::string folder = zuDirUtils::ExtractDirectory(path);
+    const std::string libraryName = zuDirUtils::ExtractFileBaseName(path) + ".mtl";
+    const std::string partial = ".part";
+    zuFileIoDevice file(path + partial, zuFileIoDevice::WriteOnly);
     if (!file.isOpen()) {
         mError = "cannot write \"" + path + "\"";
         return false;
     }
-    const std::string folder = zuDirUtils::ExtractDirectory(path);
-    const std::string libraryName = zuDirUtils::ExtractFileBaseName(path) + ".mtl";
     zuFileIoDevice library;
-    const bool written = Write(root, file, &library, libraryName, folder, progress);
+    bool written = Write(root, file, &library, libraryName, folder, progress, partial);
     file.close();
     library.close();
     if (written && (file.isError() || library.isError())) {
         mError = "cannot write \"" + path + "\" or its material library";
-        return false;
+        written = false;
     }
-    return written;
+    if (written && library.path().empty() && std::rename(file.path().c_str(), path.c_str()) == 0)
+        return true;
+    if (written && !library.path().empty() && std::rename(library.path().c_str(), (folder + libraryName).c_str()) == 0 &&
+        std::rename(file.path().c_str(), path.c_str()) == 0)
+        return true;
+    if (written)
+        mError = "cannot rename the written files to \"" + path + "\"";
+    std::remove(file.path().c_str());
+    if (!library.path().empty())
+        std::remove(library.path().c_str());
+    return false;
 }
 
 bool zuObjWriter::Write(const zuSpatial& root, zuIoDevice& device, zuIoDevice* materials,
                         const std::string& libraryName, const std::string& libraryFolder,
                         zuProgressNotifierInterface* progress)
+{
+    return Write(root, device, materials, libraryName, libraryFolder, progress, "");
+}
+
+bool zuObjWriter::Write(const zuSpatial& root, zuIoDevice& device, zuIoDevice* materials,
+                        const std::string& libraryName, const std::string& libraryFolder,
+                        zuProgressNotifierInterface* progress, const std::string& librarySuffix)
 {
     mError.clear();
     mBytesWritten = 0;
@@ -340,12 +441,13 @@ bool zuObjWriter::Write(const zuSpatial& root, zuIoDevice& device, zuIoDevice* m
     if (progress)
         progress->openGroup("Writing OBJ file", static_cast<int64_t>(leaves.size()) + 1);
     zuProgressNotifierGroupCloser closer(progress);
-    TextBuffer out(device);
+    TextBuffer out(&device);
+    SectionWriter sections;
     if (!order.empty())
         out.put("mtllib " + libraryName + "\n");
     uint64_t base = 0;
     for (size_t i = 0; i < leaves.size(); ++i) {
-        writeLeaf(out, *leaves[i], leafMaterials[i], base);
+        writeLeaf(out, sections, *leaves[i], leafMaterials[i], base);
         const zuVertexBuffer* vertices = leaves[i]->GetVertices();
         base += vertices && vertices->GetData() ? static_cast<uint64_t>(vertices->GetVertexQuantity()) : 0;
         if (progress) {
@@ -361,11 +463,12 @@ bool zuObjWriter::Write(const zuSpatial& root, zuIoDevice& device, zuIoDevice* m
 
     if (ok && !order.empty()) {
         auto* file = dynamic_cast<zuFileIoDevice*>(materials);
-        if (file && !file->isOpen() && !file->open(libraryFolder + libraryName, zuFileIoDevice::WriteOnly)) {
+        if (file && !file->isOpen() &&
+            !file->open(libraryFolder + libraryName + librarySuffix, zuFileIoDevice::WriteOnly)) {
             mError = "cannot write the material library \"" + libraryFolder + libraryName + "\"";
             return false;
         }
-        TextBuffer library(*materials);
+        TextBuffer library(materials);
         for (const MaterialKey& key : order)
             writeMaterial(library, names[key], key, libraryFolder);
         ok = library.flush();

@@ -26,7 +26,8 @@ public:
 
     // Writes `path` and, when a leaf has a material, the library beside it: the same
     // folder and base name with the extension "mtl". False with GetError() when a file
-    // cannot be written or the progress notifier asked to cancel.
+    // cannot be written or the progress notifier asked to cancel; the files that were there
+    // before are then left as they were.
     bool WriteFile(const zuSpatial& root, const std::string& path, zuProgressNotifierInterface* progress);
     // Writes the OBJ text to `device`. With `materials`, the library goes there and the OBJ
     // names it `libraryName` (a file device that is not open yet is opened as
@@ -40,6 +41,11 @@ public:
     int64_t GetBytesWritten() const { return mBytesWritten; }
 
 private:
+    // The library file is opened as `libraryFolder` + `libraryName` + `librarySuffix`.
+    bool Write(const zuSpatial& root, zuIoDevice& device, zuIoDevice* materials, const std::string& libraryName,
+               const std::string& libraryFolder, zuProgressNotifierInterface* progress,
+               const std::string& librarySuffix);
+
     std::string mError;
     int64_t mBytesWritten = 0;
 };

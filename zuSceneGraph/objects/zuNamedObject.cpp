@@ -1,6 +1,6 @@
 #include <zuSceneGraph/objects/zuNamedObject.h>
 
-#include <zuSceneGraph/animation/zuController.h>
+#include <zuSceneGraph/objects/zuController.h>
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #include <zuSceneGraph/objects/zuObject.h>
 
-#include <zuSceneGraph/animation/zuController.h>
+#include <zuSceneGraph/objects/zuController.h>
 #include <zuSceneGraph/stream/zuBaseStream.h>
 
 #include <zuSystem/zuMutex.h>

@@ -1,5 +1,6 @@
 #include <zuSceneGraph/resources/zuBlockResourceHandler.h>
 
+#include <zuSceneGraph/resources/zuBlockReader.h>
 #include <zuSceneGraph/resources/zuDynamicLoadingResource.h>
 
 #include <cstddef>
@@ -9,6 +10,8 @@
 
 namespace zu {
 
+const std::string zuBlockResourceHandler::msNoPath;
+
 void zuBlockResourceHandler::setBlockHandler(const zuDynamicLoadingResource* resource)
 {
     if (!resource)
@@ -17,12 +20,18 @@ void zuBlockResourceHandler::setBlockHandler(const zuDynamicLoadingResource* res
     mGPUSize = resource->getGPUSize();
     mStreamOffset = resource->getStreamOffset();
     mStreamVersion = resource->getStreamVersion();
-    mResourceFilePath = resource->getResourceFilePath();
+    mResourceFilePath = resource->getSharedResourceFilePath();
 }
 
 bool zuBlockResourceHandler::readCPUBlock(std::FILE* file, char* block) const
 {
-    return ReadBytes(file, block, mCPUSize);
+    zuBlockReader reader(file);
+    return readCPUBlock(reader, block);
+}
+
+bool zuBlockResourceHandler::readCPUBlock(zuBlockReader& reader, char* block) const
+{
+    return reader.read(block, mCPUSize);
 }
 
 zuBlockResourceHandler* zuBlockResourceHandler::CloneFrom(const zuDynamicLoadingResourceHandler* handler)
@@ -71,15 +80,6 @@ char* zuBlockResourceHandler::NewBlock(int64_t size, bool zeroed)
 void zuBlockResourceHandler::FreeBlock(char* block)
 {
     delete[] block;
-}
-
-bool zuBlockResourceHandler::ReadBytes(std::FILE* file, void* destination, uint64_t size)
-{
-    if (size == 0)
-        return true;
-    if (!file || !destination || size > std::numeric_limits<size_t>::max())
-        return false;
-    return std::fread(destination, 1, static_cast<size_t>(size), file) == static_cast<size_t>(size);
 }
 
 } // namespace zu

@@ -5,10 +5,12 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <memory>
 #include <string>
 
 namespace zu {
 
+class zuBlockReader;
 class zuDynamicLoadingResource;
 
 // The handler of a resource whose CPU block is one run of bytes in its file: what the
@@ -19,8 +21,9 @@ class zuDynamicLoadingResource;
 // - clone and getResourceHandlerType;
 // - getCPUBlock and setCPUBlock, the plain access to the resource's block pointer (the
 //   requests free and replace blocks themselves);
-// - optionally readCPUBlock, when the file holds the block in another form than memory
-//   does (packed indices): it reads and decodes in one go.
+// - optionally readCPUBlock and getMaxFileBytes, when the file holds the block in another
+//   form than memory does (packed indices): it reads and decodes in one go, from the file
+//   or from bytes read ahead with neighbouring blocks (zuBlockReader).
 //
 // Blocks pass between requests and resources as `char` arrays made by AllocateBlock and
 // freed by FreeBlock; a kind keeps its block in that form (it may view it as another type).
@@ -34,20 +37,25 @@ public:
     uint64_t getGPUSize() const { return mGPUSize; }
     uint64_t getStreamOffset() const { return mStreamOffset; }
     const zuStreamVersion& getStreamVersion() const { return mStreamVersion; }
-    const std::string& getResourceFilePath() const { return mResourceFilePath; }
+    const std::string& getResourceFilePath() const { return mResourceFilePath ? *mResourceFilePath : msNoPath; }
     void setCPUSize(uint64_t size) { mCPUSize = size; }
     void setGPUSize(uint64_t size) { mGPUSize = size; }
     void setStreamOffset(uint64_t offset) { mStreamOffset = offset; }
     void setStreamVersion(const zuStreamVersion& version) { mStreamVersion = version; }
-    void setResourceFilePath(const std::string& path) { mResourceFilePath = path; }
+    void setResourceFilePath(const std::string& path) { mResourceFilePath = std::make_shared<const std::string>(path); }
 
     // Fills `block` (getCPUSize() bytes) from `file`, which stands at the stream offset.
-    // False when the file ends early or holds invalid data. The default reads the bytes as
-    // they are.
-    virtual bool readCPUBlock(std::FILE* file, char* block) const;
-    // The fewest bytes the block takes in its file from the stream offset on: the CPU size
-    // unless the file holds another form.
-    virtual uint64_t getFileBlockSize() const { return mCPUSize; }
+    // False when the file ends early or holds invalid data.
+    bool readCPUBlock(std::FILE* file, char* block) const;
+    // The same from a reader that stands at the stream offset. The default reads the bytes
+    // as they are.
+    virtual bool readCPUBlock(zuBlockReader& reader, char* block) const;
+    // The most bytes the block can take in the file from the stream offset on (a batch
+    // reads that far ahead). The default: the CPU size.
+    virtual uint64_t getMaxFileBytes() const { return mCPUSize; }
+    // The fewest bytes the block can take in the file from the stream offset on (a save
+    // checks that its file still holds them). The default: the CPU size.
+    virtual uint64_t getMinFileBytes() const { return mCPUSize; }
     // The block of `resource`, a resource of this handler's type (the caller checked it).
     virtual char* getCPUBlock(zuDynamicLoadingResource* resource) const = 0;
     // Sets the block pointer of `resource` (null: not resident) and frees nothing.
@@ -72,8 +80,6 @@ public:
             FreeBlock(slot);
         slot = block;
     }
-    // Reads exactly `size` bytes; false on a short read.
-    static bool ReadBytes(std::FILE* file, void* destination, uint64_t size);
 
 protected:
     zuBlockResourceHandler() = default;
@@ -85,7 +91,9 @@ private:
     uint64_t mGPUSize = 0;
     uint64_t mStreamOffset = 0;
     zuStreamVersion mStreamVersion;
-    std::string mResourceFilePath;
+    // Shared with the resource, as the requests of many blocks of one file are made at once.
+    std::shared_ptr<const std::string> mResourceFilePath;
+    static const std::string msNoPath;
 };
 
 } // namespace zu

@@ -38,7 +38,7 @@ void zuBlockResourceSave::Check(zuBaseStream& stream, const zuDynamicLoadingReso
     std::error_code error;
     const std::string& path = resource.getResourceFilePath();
     const uintmax_t size = path.empty() ? 0 : std::filesystem::file_size(path, error);
-    if (path.empty() || error || !handler || size < resource.getStreamOffset() + handler->getFileBlockSize())
+    if (path.empty() || error || !handler || size < resource.getStreamOffset() + handler->getMinFileBytes())
         Refuse(stream, resource, unreadableBlock(resource));
 }
 

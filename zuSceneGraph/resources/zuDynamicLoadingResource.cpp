@@ -193,6 +193,12 @@ bool zuDynamicLoadingResource::GetLoadPolicy(const zuRtti& type, bool& load)
     return true;
 }
 
+void zuDynamicLoadingResource::RemoveLoadPolicy(const zuRtti& type)
+{
+    if (loadPolicies())
+        loadPolicies()->erase(type.GetName());
+}
+
 void zuDynamicLoadingResource::ClearLoadPolicies()
 {
     loadPolicies().reset();

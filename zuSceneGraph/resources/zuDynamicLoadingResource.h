@@ -90,6 +90,9 @@ public:
     void setResourceState(DynamicResourceState state) { mResourceState = state; }
     // Empty when the block never came from or went to a file.
     const std::string& getResourceFilePath() const { return mResourceFilePath ? *mResourceFilePath : msNoPath; }
+    // The same path as the one string that every resource recorded from a stream load
+    // shares (null when there is none): a handler keeps it without a copy.
+    const std::shared_ptr<const std::string>& getSharedResourceFilePath() const { return mResourceFilePath; }
     uint64_t getStreamOffset() const { return mStreamOffset; }
     const zuStreamVersion& getStreamVersion() const { return mStreamVersion; }
 
@@ -105,6 +108,20 @@ public:
     void clearStreamInfo();
     // Exchanges offset, version and path with `other`.
     void swapFileInfos(zuDynamicLoadingResource& other);
+    // Offset, version and path as one value: a writer whose save failed puts back what its
+    // Save calls recorded (const, as storeStreamInfo is).
+    struct StreamInfo {
+        uint64_t offset = 0;
+        zuStreamVersion version;
+        std::shared_ptr<const std::string> path;
+    };
+    StreamInfo getStreamInfo() const { return {mStreamOffset, mStreamVersion, mResourceFilePath}; }
+    void setStreamInfo(const StreamInfo& info) const
+    {
+        mStreamOffset = info.offset;
+        mStreamVersion = info.version;
+        mResourceFilePath = info.path;
+    }
     // True when the block must be read now: always when there is no file to read it from
     // later; otherwise the load policy of the type when one is set, else true.
     bool hasToLoad() const;
@@ -121,6 +138,8 @@ public:
     // when needed; GetLoadPolicy is true (and sets `load`) when a policy exists.
     static void SetLoadPolicy(const zuRtti& type, bool load);
     static bool GetLoadPolicy(const zuRtti& type, bool& load);
+    // Removes the policy of one type (its blocks are then read by every load).
+    static void RemoveLoadPolicy(const zuRtti& type);
     // Frees the table (library end).
     static void ClearLoadPolicies();
     // Removes every policy and keeps the table.

@@ -1,5 +1,6 @@
 #include <zuSceneGraph/resources/zuDynamicResourceCPULoadRequest.h>
 
+#include <zuSceneGraph/resources/zuBlockReader.h>
 #include <zuSceneGraph/resources/zuBlockResourceHandler.h>
 #include <zuSceneGraph/resources/zuDynamicLoadingResource.h>
 
@@ -62,20 +63,25 @@ void zuDynamicResourceCPULoadRequest::execute(zuRC_WorkingThreadContext*)
         mStatus = STATUS_IO_ERROR;
         return;
     }
+    zuBlockReader reader(file);
+    readBlock(reader);
+    std::fclose(file);
+}
+
+void zuDynamicResourceCPULoadRequest::readBlock(zuBlockReader& reader)
+{
     char* block = zuBlockResourceHandler::AllocateBlock(mHandler->getCPUSize());
     if (!block) {
-        std::fclose(file);
         mStatus = STATUS_OUT_OF_MEMORY;
         return;
     }
-    if (mHandler->readCPUBlock(file, block)) {
+    if (mHandler->readCPUBlock(reader, block)) {
         mBlock = block;
         mStatus = STATUS_DONE;
     } else {
         zuBlockResourceHandler::FreeBlock(block);
         mStatus = STATUS_IO_ERROR;
     }
-    std::fclose(file);
 }
 
 uint64_t zuDynamicResourceCPULoadRequest::getThreadCPUMemoryAllocation() const

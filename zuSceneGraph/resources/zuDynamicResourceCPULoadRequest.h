@@ -6,6 +6,7 @@
 
 namespace zu {
 
+class zuBlockReader;
 class zuBlockResourceHandler;
 class zuDynamicLoadingResourceHandler;
 
@@ -61,6 +62,11 @@ public:
     const zuBlockResourceHandler* getHandler() const { return mHandler; }
 
 private:
+    // The batch reads blocks for many requests and lets each decode its own.
+    friend class zuCPULoadBatch;
+    // The allocation and the read of execute, from a reader at the stream offset.
+    void readBlock(zuBlockReader& reader);
+
     zuBlockResourceHandler* mHandler;
     int mStatus = STATUS_NOT_RUN;
     char* mBlock = nullptr;

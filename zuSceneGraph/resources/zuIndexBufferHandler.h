@@ -3,7 +3,6 @@
 #include <zuSceneGraph/resources/zuBlockResourceHandlerOf.h>
 #include <zuSceneGraph/resources/zuIndexBuffer.h>
 
-#include <cstdio>
 
 namespace zu {
 
@@ -31,13 +30,18 @@ public:
 
     // Reads the indices in the file's form into the memory form. False on a short read
     // or an unknown delta width.
-    bool readCPUBlock(std::FILE* file, char* block) const override;
-    // Packed indices take at least a width byte, the first index and a byte per delta.
-    uint64_t getFileBlockSize() const override;
+    bool readCPUBlock(zuBlockReader& reader, char* block) const override;
+    // Packed: the width byte, the first index and 4 bytes per later index at the widest;
+    // widened: 4 bytes per index.
+    uint64_t getMaxFileBytes() const override { return fileBytes(4); }
+    // Packed: the width byte, the first index and 1 byte per later index at the narrowest.
+    uint64_t getMinFileBytes() const override { return fileBytes(1); }
 
 private:
-    bool readPackedBlock(std::FILE* file, unsigned int* indices, uint64_t count) const;
-    bool readWidenedBlock(std::FILE* file, unsigned short* indices, uint64_t count) const;
+    // The bytes of the indices in the file, with packed deltas of `deltaWidth` bytes.
+    uint64_t fileBytes(uint64_t deltaWidth) const;
+    bool readPackedBlock(zuBlockReader& reader, unsigned int* indices, uint64_t count) const;
+    bool readWidenedBlock(zuBlockReader& reader, unsigned short* indices, uint64_t count) const;
 
     bool mPacked = false;
     bool mWidened = false;

@@ -1,6 +1,8 @@
 #include <zuSceneGraph/resources/zuRendererInterface.h>
 
+#include <zuSceneGraph/resources/zuCPULoadBatch.h>
 #include <zuSceneGraph/resources/zuDynamicLoadingResource.h>
+#include <zuSceneGraph/resources/zuDynamicResourceCPULoadRequest.h>
 #include <zuSceneGraph/resources/zuRequestInterfaceForDynamicResource.h>
 
 #include <memory>
@@ -42,6 +44,43 @@ bool zuRendererInterface::LoadCPUData(zuDynamicLoadingResource* resource)
     if (!underWay(resource) && !resource->isCPUResident())
         loadNow(resource);
     return resource->isCPUResident();
+}
+
+size_t zuRendererInterface::LoadCPUData(const std::vector<zuDynamicLoadingResource*>& resources)
+{
+    struct Load {
+        zuDynamicLoadingResource* resource;
+        std::unique_ptr<zuRequestInterfaceForDynamicResource> request;
+        zuDynamicLoadingResource::DynamicResourceState state;
+    };
+    std::vector<Load> loads;
+    std::vector<zuDynamicResourceCPULoadRequest*> batch;
+    for (zuDynamicLoadingResource* resource : resources) {
+        if (!resource || resource->getResourceState() == zuDynamicLoadingResource::RESOURCE_REQUEST_UNDER_WAY
+            || resource->isCPUResident())
+            continue;
+        std::unique_ptr<zuRequestInterfaceForDynamicResource> request(
+            zuDynamicLoadingResource::CreateCPULoadRequest(resource, nullptr));
+        if (!request)
+            continue;
+        if (auto* load = dynamic_cast<zuDynamicResourceCPULoadRequest*>(request.get()))
+            batch.push_back(load);
+        else
+            request->execute(nullptr);
+        // Marked as under way until its block is handed over, so that a second listing
+        // passes it by.
+        loads.push_back({resource, std::move(request), resource->getResourceState()});
+        resource->setResourceState(zuDynamicLoadingResource::RESOURCE_REQUEST_UNDER_WAY);
+    }
+    zuCPULoadBatch::execute(batch, nullptr);
+    for (Load& load : loads) {
+        load.resource->setResourceState(load.state);
+        load.request->finalizeDynamicResourceRequest(load.resource, true, false);
+    }
+    size_t resident = 0;
+    for (const zuDynamicLoadingResource* resource : resources)
+        resident += resource && resource->isCPUResident() ? 1 : 0;
+    return resident;
 }
 
 bool zuRendererInterface::DeleteCPUData(zuDynamicLoadingResource* resource, bool force)

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <cstddef>
+#include <vector>
+
 namespace zu {
 
 class zuDynamicLoadingResource;
@@ -16,6 +19,11 @@ public:
     // hands the block to the resource and deletes the request. True when the resource is
     // resident afterwards.
     static bool LoadCPUData(zuDynamicLoadingResource* resource);
+    // The same for many resources at once, as when a frame needs the blocks of every
+    // visible leaf: the block resources' requests run as one zuCPULoadBatch, which opens
+    // each file once and reads neighbouring blocks together; a resource listed twice is
+    // read once. The number of listed resources resident afterwards (nulls not counted).
+    static size_t LoadCPUData(const std::vector<zuDynamicLoadingResource*>& resources);
     // Nothing when a request is under way (state 1) or the block is not resident;
     // otherwise builds the CPU delete request and applies it: the block is freed only when
     // the resource has a file to reload it from, or when `force` is set. True when the

@@ -1,6 +1,9 @@
 #include <zuSceneGraph/resources/zuResourceController.h>
 
+#include <zuSceneGraph/resources/zuBlockResourceHandler.h>
+#include <zuSceneGraph/resources/zuCPULoadBatch.h>
 #include <zuSceneGraph/resources/zuDynamicLoadingResource.h>
+#include <zuSceneGraph/resources/zuDynamicResourceCPULoadRequest.h>
 #include <zuSceneGraph/resources/zuRC_ResourceRegistry.h>
 #include <zuSceneGraph/resources/zuRC_SchedulerThread.h>
 #include <zuSceneGraph/resources/zuRequestInterfaceForDynamicResource.h>
@@ -140,10 +143,17 @@ zuResourceController::Ticket zuResourceController::enqueue(zuRequestInterface* r
 {
     // Asked once, on the adding thread: the request is not touched by two threads at once.
     const uint64_t bytes = request->getThreadCPUMemoryAllocation();
+    auto* load = dynamic_cast<zuDynamicResourceCPULoadRequest*>(request);
+    const zuBlockResourceHandler* handler = load ? load->getHandler() : nullptr;
+    if (!handler || load->getBlock() || handler->getResourceFilePath().empty())
+        load = nullptr;
     std::lock_guard<zuMutex> lock(mMutex);
-    Entry* entry = new Entry{request, mNextTicket++, bytes, resourceID, tracked, false, Queue::Pending};
+    Entry* entry = new Entry{request, mNextTicket++, bytes, resourceID, tracked, false, Queue::Pending,
+                             load, load ? &handler->getResourceFilePath() : nullptr};
     mEntries.emplace(entry->ticket, entry);
     mPending.insert(entry);
+    if (load)
+        mPendingLoads[*entry->file].insert(entry);
     mWorkAvailable.wakeOne();
     return entry->ticket;
 }
@@ -169,6 +179,7 @@ zuResourceController::Entry* zuResourceController::takeNextLocked()
             return nullptr;
         Entry* next = *mPending.begin();
         mPending.erase(mPending.begin());
+        unlistLoadLocked(next);
         if (next->bytes == 0 || (mDeferred.empty() && fitsLocked(next->bytes)))
             return next;
         // Behind the deferred ones, or first among them when its policy is better: the loop
@@ -179,8 +190,49 @@ zuResourceController::Entry* zuResourceController::takeNextLocked()
     }
 }
 
+void zuResourceController::unlistLoadLocked(Entry* entry)
+{
+    if (!entry->load)
+        return;
+    const auto found = mPendingLoads.find(*entry->file);
+    if (found == mPendingLoads.end())
+        return;
+    found->second.erase(entry);
+    if (found->second.empty())
+        mPendingLoads.erase(found);
+}
+
+void zuResourceController::startBatchLocked(std::vector<Entry*>& batch)
+{
+    Entry* head = batch.front();
+    mBytesInFlight += head->bytes;
+    const auto found = head->load ? mPendingLoads.find(*head->file) : mPendingLoads.end();
+    if (found != mPendingLoads.end()) {
+        EntrySet& loads = found->second;
+        while (!loads.empty() && batch.size() < MAX_BATCH_REQUESTS) {
+            Entry* next = *loads.begin();
+            // Same policy only: a batch never starts a less urgent load before its turn.
+            // Memory as for any request: nothing while one is deferred, and only what fits.
+            if (next->request->compare(head->request) != 0 || !mDeferred.empty() || !fitsLocked(next->bytes))
+                break;
+            loads.erase(loads.begin());
+            mPending.erase(next);
+            batch.push_back(next);
+            mBytesInFlight += next->bytes;
+        }
+        if (loads.empty())
+            mPendingLoads.erase(found);
+    }
+    for (Entry* entry : batch)
+        entry->queue = Queue::Working;
+    mWorkingCount += batch.size();
+    mPeakBytesInFlight = std::max(mPeakBytesInFlight, mBytesInFlight);
+}
+
 void zuResourceController::runWorker(zuRC_WorkingThreadContext& context)
 {
+    std::vector<Entry*> batch;
+    std::vector<zuDynamicResourceCPULoadRequest*> loads;
     std::unique_lock<zuMutex> lock(mMutex);
     while (!mStopping.load()) {
         Entry* entry = takeNextLocked();
@@ -188,16 +240,23 @@ void zuResourceController::runWorker(zuRC_WorkingThreadContext& context)
             mWorkAvailable.wait(mMutex);
             continue;
         }
-        entry->queue = Queue::Working;
-        ++mWorkingCount;
-        mBytesInFlight += entry->bytes;
-        mPeakBytesInFlight = std::max(mPeakBytesInFlight, mBytesInFlight);
+        batch.assign(1, entry);
+        startBatchLocked(batch);
         lock.unlock();
-        entry->request->execute(&context);
+        if (batch.size() == 1) {
+            entry->request->execute(&context);
+        } else {
+            loads.clear();
+            for (Entry* member : batch)
+                loads.push_back(member->load);
+            zuCPULoadBatch::execute(loads, &context);
+        }
         lock.lock();
-        --mWorkingCount;
-        entry->queue = Queue::Finalising;
-        mFinalising.push_back(entry);
+        mWorkingCount -= batch.size();
+        for (Entry* member : batch) {
+            member->queue = Queue::Finalising;
+            mFinalising.push_back(member);
+        }
         mRequestExecuted.wakeAll();
     }
 }
@@ -239,6 +298,7 @@ bool zuResourceController::cancelRequest(Ticket ticket)
         switch (entry->queue) {
         case Queue::Pending:
             mPending.erase(entry);
+            unlistLoadLocked(entry);
             break;
         case Queue::Deferred:
             mDeferred.erase(entry);

@@ -12,12 +12,14 @@
 #include <deque>
 #include <memory>
 #include <set>
+#include <string>
 #include <unordered_map>
 #include <vector>
 
 namespace zu {
 
 class zuDynamicLoadingResource;
+class zuDynamicResourceCPULoadRequest;
 class zuRequestInterfaceForDynamicResource;
 class zuRC_SchedulerThread;
 class zuRC_WorkingThreadContext;
@@ -51,6 +53,13 @@ class zuResourceRequestClientInterface;
 //   are deferred behind it (so it cannot starve); requests that allocate nothing still run;
 // - working: executing on a worker;
 // - finalising: executed, waiting for the owning thread's finalise step.
+// A worker that takes a CPU load of a block (zuDynamicResourceCPULoadRequest) takes with it
+// the other pending loads from the same file and of the same policy, in their order, up to
+// MAX_BATCH_REQUESTS and as far as the memory cap lets them start, and executes them as one
+// zuCPULoadBatch: one open of the file and one read per run of neighbouring blocks. Each
+// request still passes through the queues, and is finalised or cancelled, on its own; a
+// load that finds no companion runs its own execute.
+//
 // The bytes of a request count as in flight from the start of execute until it is
 // finalised or cancelled (its block lives in the request until then), so a scene thread
 // that stops finalising stops the loads too. A request larger than the whole cap starts
@@ -73,6 +82,9 @@ public:
 
     static constexpr int DEFAULT_THREAD_COUNT = 2;
     static constexpr uint64_t DEFAULT_MEMORY_CAP = uint64_t(256) << 20;
+    // Small enough that the workers share the loads of one file, large enough that a
+    // batch reads its blocks in few runs.
+    static constexpr size_t MAX_BATCH_REQUESTS = 256;
 
     // A thread count below 1 is taken as 1. The threads start with start().
     explicit zuResourceController(int threadCount = DEFAULT_THREAD_COUNT, uint64_t memoryCap = DEFAULT_MEMORY_CAP);
@@ -149,10 +161,14 @@ private:
         bool tracked;             // the resource is listed in the registry for this request
         bool cancelled;           // cancelled while executing
         Queue queue;
+        // A load that can join a batch, and its file (held by the request's handler).
+        zuDynamicResourceCPULoadRequest* load;
+        const std::string* file;
     };
     struct EntryOrder {
         bool operator()(const Entry* a, const Entry* b) const;
     };
+    using EntrySet = std::set<Entry*, EntryOrder>;
 
     // Stops and joins the workers; the queues stay as they are.
     void stopThreads();
@@ -161,6 +177,10 @@ private:
     void runWorker(zuRC_WorkingThreadContext& context);
     // The next request a worker may start, taken out of its queue, or null.
     Entry* takeNextLocked();
+    // Takes the pending loads that join the batch of `batch[0]` (see above), and starts all.
+    void startBatchLocked(std::vector<Entry*>& batch);
+    // Takes a pending entry out of the loads by file.
+    void unlistLoadLocked(Entry* entry);
     bool fitsLocked(uint64_t bytes) const;
     // Finalises or cancels a request taken out of every queue, and deletes it.
     void finish(Entry* entry, bool finalize, zuEngineInterface* engine);
@@ -170,8 +190,10 @@ private:
     mutable zuMutex mMutex;
     zuWaitCondition mWorkAvailable;
     zuWaitCondition mRequestExecuted;
-    std::set<Entry*, EntryOrder> mPending;
-    std::set<Entry*, EntryOrder> mDeferred;
+    EntrySet mPending;
+    EntrySet mDeferred;
+    // The pending entries that can join a batch, by file.
+    std::unordered_map<std::string, EntrySet> mPendingLoads;
     std::deque<Entry*> mFinalising;
     std::unordered_map<Ticket, Entry*> mEntries;
     size_t mWorkingCount = 0;

@@ -1,11 +1,10 @@
 #include <zuSceneGraph/resources/zuVertexBuffer.h>
 
+#include <zuSceneGraph/math/zuGenericTransformation.h>
 #include <zuSceneGraph/resources/zuBlockResourceHandler.h>
 #include <zuSceneGraph/resources/zuBlockResourceSave.h>
 #include <zuSceneGraph/resources/zuRendererInterface.h>
 #include <zuSceneGraph/resources/zuVertexBufferHandler.h>
-#include <zuSceneGraph/scenegraph/zuBoundingVolume.h>
-#include <zuSceneGraph/scenegraph/zuGenericTransformation.h>
 #include <zuSceneGraph/stream/zuBaseStream.h>
 
 #include <algorithm>
@@ -588,48 +587,6 @@ std::ostream& operator<<(std::ostream& out, const zuVertexBuffer& buffer)
         }
     }
     return out;
-}
-
-// The bound's form over a vertex buffer lives here, with the only code that knows the layout.
-void zuBoundingVolume::computeFromDataBox(const zuVertexBuffer* vertices)
-{
-    if (!vertices || vertices->GetVertexQuantity() <= 0) {
-        invalidate();
-        return;
-    }
-    // A block that waits in its file keeps the bound it was saved with.
-    const char* data = vertices->GetData();
-    if (!data)
-        return;
-    const zuAttributes& layout = vertices->GetAttributes();
-    const int channels = std::min(layout.GetPositionChannels(), 3);
-    if (channels <= 0) {
-        invalidate();
-        return;
-    }
-    const unsigned int offset = layout.GetPositionOffsetByte();
-    const ptrdiff_t stride = vertices->GetVertexSize();
-    // Missing channels (2D positions) count as 0; a NaN component never wins a comparison.
-    float low[3] = {0.0f, 0.0f, 0.0f};
-    float high[3] = {0.0f, 0.0f, 0.0f};
-    for (int c = 0; c < channels; ++c) {
-        low[c] = std::numeric_limits<float>::infinity();
-        high[c] = -std::numeric_limits<float>::infinity();
-    }
-    for (int i = 0; i < vertices->GetVertexQuantity(); ++i) {
-        float position[3];
-        // Copied, as the stride of a layout with byte-sized groups leaves floats unaligned.
-        std::memcpy(position, data + i * stride + offset, 4 * static_cast<size_t>(channels));
-        for (int c = 0; c < channels; ++c) {
-            if (position[c] < low[c])
-                low[c] = position[c];
-            if (position[c] > high[c])
-                high[c] = position[c];
-        }
-    }
-    // No finite position leaves low above high: a negative extent, an invalid bound.
-    setBox(Wm4::Vector3<float>(0.5f * (low[0] + high[0]), 0.5f * (low[1] + high[1]), 0.5f * (low[2] + high[2])),
-           Wm4::Vector3<float>(0.5f * (high[0] - low[0]), 0.5f * (high[1] - low[1]), 0.5f * (high[2] - low[2])));
 }
 
 } // namespace zu

@@ -1,6 +1,6 @@
 #include <zuSceneGraph/scenegraph/zuLODBuilder.h>
 
-#include <zuSceneGraph/animation/zuController.h>
+#include <zuSceneGraph/objects/zuController.h>
 #include <zuSceneGraph/objects/zuPointer.h>
 #include <zuSceneGraph/scenegraph/zuLODNode.h>
 #include <zuSceneGraph/scenegraph/zuNode.h>

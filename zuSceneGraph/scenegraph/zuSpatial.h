@@ -1,8 +1,8 @@
 #pragma once
 
+#include <zuSceneGraph/math/zuGenericTransformation.h>
 #include <zuSceneGraph/objects/zuNamedObject.h>
 #include <zuSceneGraph/scenegraph/zuBoundingVolume.h>
-#include <zuSceneGraph/scenegraph/zuGenericTransformation.h>
 #include <zuSceneGraph/scenegraph/zuMetadataInterface.h>
 
 #include <cstdint>
@@ -101,6 +101,8 @@ public:
     zuMetadataInterface* getMetadata(uint32_t typeKey) const;
     // False when no record has that key.
     bool removeMetadata(uint32_t typeKey);
+    // Drops every record (and the empty slots of old streams).
+    void removeAllMetadata() { mMetadata.clear(); }
     // The list as it is, null slots included (old streams hold ten slots).
     int getMetadataQuantity() const { return static_cast<int>(mMetadata.size()); }
     zuMetadataInterface* getMetadataAt(int i) const

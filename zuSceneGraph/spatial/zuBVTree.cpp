@@ -1,6 +1,6 @@
 #include <zuSceneGraph/spatial/zuBVTree.h>
 
-#include <zuSceneGraph/scenegraph/zuGenericTransformation.h>
+#include <zuSceneGraph/math/zuGenericTransformation.h>
 #include <zuSceneGraph/spatial/zuMeshTriangles.h>
 
 #include <algorithm>
@@ -247,7 +247,6 @@ template <class Node> void fillNodes(Node* out, const std::vector<BuildNode>& bu
 zuBVTree::zuBVTree(Kind kind, uint32_t nodes, uint32_t triangles, int depth)
     : mNodeQuantity(nodes), mTriangleQuantity(triangles), mDepth(depth), mKind(kind)
 {
-    mBlock.reset(new std::byte[nodeBytes() + 4 * static_cast<size_t>(triangles)]);
 }
 
 zuBVTree::~zuBVTree() = default;
@@ -256,6 +255,9 @@ size_t zuBVTree::nodeBytes() const
 {
     return mNodeQuantity * (mKind == BOX ? sizeof(BoxNode) : sizeof(SphereNode));
 }
+
+static_assert(sizeof(zuBVTree) % alignof(float) == 0 && alignof(zuBVTree) >= alignof(uint32_t),
+              "the nodes follow the header");
 
 size_t zuBVTree::GetMemoryUsed() const
 {
@@ -352,8 +354,9 @@ std::unique_ptr<zuBVTree> zuBVTree::Build(const zuMeshTriangles& triangles, Kind
         tasks.push_back({children, task.begin, split, task.depth + 1});
     }
 
-    std::unique_ptr<zuBVTree> tree(
-        new zuBVTree(kind, static_cast<uint32_t>(built.size()), static_cast<uint32_t>(numbers.size()), depth));
+    const size_t nodeSize = kind == BOX ? sizeof(BoxNode) : sizeof(SphereNode);
+    std::unique_ptr<zuBVTree> tree(new (built.size() * nodeSize + 4 * numbers.size())
+                                       zuBVTree(kind, static_cast<uint32_t>(built.size()), static_cast<uint32_t>(numbers.size()), depth));
     if (kind == BOX)
         fillNodes(tree->nodes<BoxNode>(), built, primitives, triangles, numbers.data());
     else

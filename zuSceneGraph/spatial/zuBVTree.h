@@ -24,8 +24,8 @@ template <class T> class zuGenericTransformation;
 // are read from the mesh's blocks through a zuMeshTriangles view at every query, so the
 // view must be of the buffers the tree was built from (zuBVTreeCache sees to that).
 //
-// Layout: one block holds the nodes, then the triangle numbers in leaf order (4 bytes
-// each). A box node is 32 bytes (low corner, high corner, two 32-bit words), a sphere node
+// Layout: one block holds the tree's header, its nodes, then the triangle numbers in leaf
+// order (4 bytes each). A box node is 32 bytes (low corner, high corner, two 32-bit words), a sphere node
 // 24 (centre, radius, two words). An inner node's children sit side by side; a leaf names
 // a run of triangle numbers. Built top-down by a binned surface-area heuristic over the
 // triangle centres (12 bins on each axis); the heuristic's splits give way to median splits
@@ -68,6 +68,8 @@ public:
     ~zuBVTree();
     zuBVTree(const zuBVTree&) = delete;
     zuBVTree& operator=(const zuBVTree&) = delete;
+    // A tree lives in one allocation with its nodes and triangle numbers behind it.
+    static void operator delete(void* tree) { ::operator delete(tree); }
 
     // The tree of the present triangles of a view (absent triangles are left out); null
     // when there is none.
@@ -103,14 +105,16 @@ private:
     template <class Node> friend struct zuBVTreeWalk;
 
     zuBVTree(Kind kind, uint32_t nodes, uint32_t triangles, int depth);
+    static void* operator new(size_t size, size_t block) { return ::operator new(size + block); }
 
-    template <class Node> const Node* nodes() const { return reinterpret_cast<const Node*>(mBlock.get()); }
-    template <class Node> Node* nodes() { return reinterpret_cast<Node*>(mBlock.get()); }
+    const std::byte* block() const { return reinterpret_cast<const std::byte*>(this + 1); }
+    std::byte* block() { return reinterpret_cast<std::byte*>(this + 1); }
+    template <class Node> const Node* nodes() const { return reinterpret_cast<const Node*>(block()); }
+    template <class Node> Node* nodes() { return reinterpret_cast<Node*>(block()); }
     size_t nodeBytes() const;
-    const uint32_t* triangleNumbers() const { return reinterpret_cast<const uint32_t*>(mBlock.get() + nodeBytes()); }
-    uint32_t* triangleNumbers() { return reinterpret_cast<uint32_t*>(mBlock.get() + nodeBytes()); }
+    const uint32_t* triangleNumbers() const { return reinterpret_cast<const uint32_t*>(block() + nodeBytes()); }
+    uint32_t* triangleNumbers() { return reinterpret_cast<uint32_t*>(block() + nodeBytes()); }
 
-    std::unique_ptr<std::byte[]> mBlock;
     uint32_t mNodeQuantity;
     uint32_t mTriangleQuantity;
     int mDepth;

@@ -23,6 +23,13 @@ bool finite(const Vector3& v)
     return std::isfinite(v[0]) && std::isfinite(v[1]) && std::isfinite(v[2]);
 }
 
+void prefetchBound(const zuSpatial& object)
+{
+    const char* bound = reinterpret_cast<const char*>(&object.GetWorldBound());
+    __builtin_prefetch(bound);
+    __builtin_prefetch(bound + sizeof(zuBoundingVolume) - 1);
+}
+
 } // namespace
 
 zuPicker::zuPicker(std::shared_ptr<zuBVTreeCache> cache)
@@ -121,8 +128,7 @@ bool zuPicker::pick(zuSpatial* root, const Vector3& origin, const Vector3& direc
     mTmin = tmin;
     mTmax = tmax;
     float entry = 0.0f;
-    if (!finite(origin) || direction.SquaredLength() == 0.0f || !(tmin <= tmax) || !isWalked(root)
-        || !meetsBound(*root, entry)) {
+    if (!finite(origin) || direction.SquaredLength() == 0.0f || !(tmin <= tmax) || !root || !meetsBound(*root, entry)) {
         mRecords.clear();
         return false;
     }
@@ -135,27 +141,44 @@ bool zuPicker::pick(zuSpatial* root, const Vector3& origin, const Vector3& direc
         if (item.entry > mTmax)
             continue;
         zuSpatial* object = item.object;
-        if (zuNode* node = dynamic_cast<zuNode*>(object)) {
-            const zuLODNode* lod = dynamic_cast<const zuLODNode*>(node);
-            const zuSpatial* level = lod ? lod->getCurrentLOD() : nullptr;
+        if (!isWalked(object))
+            continue;
+        // Classified by the run-time type records: cheaper than a dynamic cast per object.
+        const zuRtti& type = object->GetType();
+        if (type.IsDerived(zuNode::TYPE)) {
+            zuNode* node = static_cast<zuNode*>(object);
+            const zuSpatial* level =
+                type.IsDerived(zuLODNode::TYPE) ? static_cast<zuLODNode*>(node)->getCurrentLOD() : nullptr;
+            // The walk waits on memory, not on arithmetic: the children's bounds are asked
+            // for all at once, so that their cache misses overlap instead of following one
+            // another, and so is the start of each child the ray meets, read when it is
+            // popped.
             mChildren.clear();
             for (int i = 0; i < node->getNbChildren(); ++i) {
                 zuSpatial* child = node->getChild(i);
-                if ((level && child != level) || !isWalked(child) || !meetsBound(*child, entry))
-                    continue;
-                mChildren.push_back({child, entry});
+                if (child && (!level || child == level)) {
+                    prefetchBound(*child);
+                    mChildren.push_back({child, 0.0f});
+                }
             }
+            size_t kept = 0;
+            for (const StackItem& child : mChildren) {
+                if (meetsBound(*child.object, entry)) {
+                    __builtin_prefetch(child.object);
+                    mChildren[kept++] = {child.object, entry};
+                }
+            }
+            mChildren.resize(kept);
             // The nearest child ends on top of the stack.
             std::sort(mChildren.begin(), mChildren.end(),
                       [](const StackItem& a, const StackItem& b) { return a.entry > b.entry; });
             mStack.insert(mStack.end(), mChildren.begin(), mChildren.end());
-        } else if (zuTriangles* mesh = dynamic_cast<zuTriangles*>(object)) {
-            pickMesh(mesh);
-        } else if (mTolerance > 0.0f) {
-            if (zuLine* line = dynamic_cast<zuLine*>(object))
-                pickLine(line);
-            else if (zuPoint* points = dynamic_cast<zuPoint*>(object))
-                pickPoints(points);
+        } else if (type.IsDerived(zuTriangles::TYPE)) {
+            pickMesh(static_cast<zuTriangles*>(object));
+        } else if (mTolerance > 0.0f && type.IsDerived(zuLine::TYPE)) {
+            pickLine(static_cast<zuLine*>(object));
+        } else if (mTolerance > 0.0f && type.IsDerived(zuPoint::TYPE)) {
+            pickPoints(static_cast<zuPoint*>(object));
         }
     }
     makeRecords(root);
@@ -264,8 +287,9 @@ void zuPicker::addCandidate(const Candidate& candidate)
 
 void zuPicker::makeRecords(zuSpatial* root)
 {
-    std::stable_sort(mCandidates.begin(), mCandidates.end(),
-                     [](const Candidate& a, const Candidate& b) { return a.distance < b.distance; });
+    if (mCandidates.size() > 1)
+        std::stable_sort(mCandidates.begin(), mCandidates.end(),
+                         [](const Candidate& a, const Candidate& b) { return a.distance < b.distance; });
     // Records are overwritten in place, so that their paths keep their memory.
     mRecords.resize(mCandidates.size());
     for (size_t i = 0; i < mCandidates.size(); ++i) {

@@ -1,5 +1,6 @@
 #include <zuSceneGraph/stream/zuBaseStream.h>
 
+#include <zuSceneGraph/math/zuGenericTransformation.h>
 #include <zuSceneGraph/objects/zuRttiInterface.h>
 #include <zuSceneGraph/stream/zuDataStreamLoader.h>
 #include <zuSceneGraph/stream/zuRttiCustomInformation.h>
@@ -138,7 +139,7 @@ void zuBaseStream::refuseSave(const std::string& message)
     if (mStreamError)
         return;
     zuLog::instance().write("zustream", message);
-    mStreamError = true;
+    recordError(message);
 }
 
 uint64_t zuBaseStream::computeSaveSize()
@@ -195,7 +196,7 @@ void reportBufferNotFilled(uint64_t written, uint64_t expected)
 
 bool zuBaseStream::Save(char*& buffer, unsigned long& size)
 {
-    mStreamError = false;
+    clearStreamError();
     registerTopLevel();
     if (mStreamError)
         return false;
@@ -222,7 +223,7 @@ bool zuBaseStream::Save(char*& buffer, unsigned long& size)
 
 unsigned long zuBaseStream::initializeClientBufferSave()
 {
-    mStreamError = false;
+    clearStreamError();
     registerTopLevel();
     return computeSaveSize();
 }
@@ -344,7 +345,7 @@ bool zuBaseStream::Load(char* buffer, unsigned long size)
     clearObjectMap();
     RemoveAllToLevel();
     clearCustomInformations();
-    mStreamError = false;
+    clearStreamError();
     resetBufferState();
     setWindow(buffer, 0, buffer ? size : 0);
     setDataEnd(buffer ? size : 0);
@@ -476,11 +477,28 @@ void zuBaseStream::setCorrupt(const char* reason)
 {
     if (mStreamError)
         return;
-    mStreamError = true;
-    std::cerr << "zuBaseStream error : corrupt or truncated data at offset " << GetOffset() << " (" << reason;
+    std::string text = "corrupt or truncated data at offset " + std::to_string(GetOffset()) + " (" + reason;
     if (mRecordType && !mRecordType->empty())
-        std::cerr << ", in the record \"" << *mRecordType << "\" at offset " << mRecordStart;
-    std::cerr << ")\n";
+        text += ", in the record \"" + *mRecordType + "\" at offset " + std::to_string(mRecordStart);
+    text += ")";
+    std::cerr << "zuBaseStream error : " << text << "\n";
+    recordError(std::move(text));
+}
+
+void zuBaseStream::recordError(std::string text)
+{
+    if (mStreamError)
+        return;
+    mStreamError = true;
+    mErrorText = std::move(text);
+    mErrorOffset = GetOffset();
+}
+
+void zuBaseStream::clearStreamError()
+{
+    mStreamError = false;
+    mErrorText.clear();
+    mErrorOffset = 0;
 }
 
 bool zuBaseStream::CheckCount(int64_t count, uint64_t elementSize)
@@ -699,5 +717,34 @@ void zuBaseStream::writeAcrossWindows(const void* source, int size, uint64_t cou
     }
     (void)converted;
 }
+
+// The streamed value: the matrix (row-major), translation and scale as runs of Reals, then
+// the three flags as bytes.
+template <class Real>
+void zuBaseStream::Write(const zuGenericTransformation<Real>& value)
+{
+    Write(value.matrix);
+    Write(value.translate);
+    Write(value.scale);
+    Write(value.isIdentity);
+    Write(value.isRSMatrix);
+    Write(value.isUniformScale);
+}
+
+template <class Real>
+void zuBaseStream::Read(zuGenericTransformation<Real>& value)
+{
+    Read(value.matrix);
+    Read(value.translate);
+    Read(value.scale);
+    Read(value.isIdentity);
+    Read(value.isRSMatrix);
+    Read(value.isUniformScale);
+}
+
+template void zuBaseStream::Write<float>(const zuGenericTransformation<float>&);
+template void zuBaseStream::Read<float>(zuGenericTransformation<float>&);
+template void zuBaseStream::Write<double>(const zuGenericTransformation<double>&);
+template void zuBaseStream::Read<double>(zuGenericTransformation<double>&);
 
 } // namespace zu

@@ -125,6 +125,11 @@ public:
 
     void setStreamError() { mStreamError = true; }
     bool isStreamError() const { return mStreamError; }
+    // Why the last load or save broke, and the offset in the data where it did (the first
+    // failure counts): "" and 0 when nothing broke, or when the failure came with no reason
+    // (a cancellation, setStreamError).
+    const std::string& GetErrorText() const { return mErrorText; }
+    uint64_t GetErrorOffset() const { return mErrorOffset; }
     zuProgressNotifierInterface* GetProgressNotifier() const { return mProgress; }
     void SetProgressNotifier(zuProgressNotifierInterface* progress) { mProgress = progress; }
 
@@ -290,7 +295,10 @@ protected:
     char* windowBuffer() const { return mBuffer; }
     uint64_t windowStart() const { return mWindowStart; }
     uint64_t windowEnd() const { return mWindowEnd; }
-    void clearStreamError() { mStreamError = false; }
+    void clearStreamError();
+    // Raises the stream-error flag with the reason, at the current offset, unless a failure
+    // is recorded already.
+    void recordError(std::string text);
     void resetBufferState();
 
     // The loading passes, shared with the containers.
@@ -402,6 +410,8 @@ private:
     uint64_t mDataEnd = 0;      // stream offset where the data ends (reading)
     uint64_t mOverflow = 0;     // bytes a save tried to write past its buffer
     bool mStreamError = false;
+    std::string mErrorText;
+    uint64_t mErrorOffset = 0;
     const std::string* mRecordType = nullptr;  // type name of the record being read, for messages
     uint64_t mRecordStart = 0;
     uint64_t mRecordSize = 0;   // the size field of the record being read (0 before 6.0)

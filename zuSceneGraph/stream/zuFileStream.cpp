@@ -46,10 +46,11 @@ void zuFileStream::releaseDevice()
 
 void zuFileStream::reportDeviceError(const char* what)
 {
-    if (!isStreamError())
-        zuLog::instance().write("zustream", std::string(what) + " '" + GetName() + "' at offset "
-                                                + std::to_string(GetOffset()));
-    setStreamError();
+    if (isStreamError())
+        return;
+    std::string text = std::string(what) + " '" + GetName() + "' at offset " + std::to_string(GetOffset());
+    zuLog::instance().write("zustream", text);
+    recordError(std::move(text));
 }
 
 bool zuFileStream::Save(zuIoDevice& device, const std::string& name, bool append)

@@ -26,6 +26,8 @@ public:
     using zuStream::Load;
     using zuStream::Save;
     bool Load(zuIoDevice& device, const std::string& name) override;
+    // Writes the stream version set with SetVersion: a stream that was given none (0.0)
+    // fails, so name one before saving (see zuStream).
     bool Save(zuIoDevice& device, const std::string& name, bool append) override;
 
     void writeNullTerminatedString(int length, const char* text) override;

@@ -3,6 +3,7 @@
 #include <zuSceneGraph/objects/zuRttiInterface.h>
 
 #include <zuSystem/zuLog.h>
+#include <zuSystem/zuOutputStreamVersion.h>
 #include <zuSystem/zuProgressNotifierGroupCloser.h>
 #include <zuSystem/zuProgressNotifierInterface.h>
 
@@ -23,15 +24,27 @@ bool zuStream::Save(zuIoDevice&, const std::string&, bool)
 
 bool zuStream::save(bool append)
 {
+    // The version first: objects checking what they can write need the right one.
+    if (!append) {
+        if (GetVersion().GetMajor() < 6) {
+            // A new stream has version 0.00: the usual way here is a caller who never named one.
+            char version[32];
+            std::snprintf(version, sizeof version, "%d.%02d", GetVersion().GetMajor(), GetVersion().GetMinor());
+            zuLog::instance().write("zustream", "Too old version to save file stream");
+            recordError(std::string("Too old version to save file stream: the stream version is ") + version
+                        + "; name the version to write before saving, as in SetVersion(zuStreamVersion("
+                        + std::to_string(zuMajorOutputStreamVersion) + ", "
+                        + std::to_string(zuMinorOutputStreamVersion)
+                        + ")) (zuMeshManager::saveMeshes writes that version by default)");
+            zuLog::instance().write("zustream", GetErrorText());
+            return false;
+        }
+    }
     registerTopLevel();
     // An object refused the save: nothing goes to the device.
     if (isStreamError())
         return false;
     if (!append) {
-        if (GetVersion().GetMajor() < 6) {
-            zuLog::instance().write("zustream", "Too old version to save file stream");
-            return false;
-        }
         char header[32];
         const int length = std::snprintf(header, sizeof header, "MVK %01d.%02d", GetVersion().GetMajor(),
                                          GetVersion().GetMinor());

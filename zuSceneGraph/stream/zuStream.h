@@ -12,6 +12,12 @@ class zuIoDevice;
 
 // A stream container: the records of the object stream behind a version header, moved
 // to and from an IO device. zuFileStream supplies the device transfer.
+//
+// Saving writes the stream version the caller set, and a new stream has version 0.0, which
+// cannot be saved ("Too old version to save file stream"): name the version first, as in
+//     stream.SetVersion(zuStreamVersion(zuMajorOutputStreamVersion, zuMinorOutputStreamVersion));
+// (the newest format, <zuSystem/zuOutputStreamVersion.h>). Saving through zuMeshManager
+// names that version by default. Loading takes the version from the file's header.
 class zuStream : public zuBaseStream {
 public:
     explicit zuStream(zuCatalog<zuImage>* catalog = nullptr) : zuBaseStream(catalog) {}

@@ -3,7 +3,9 @@
 // The W2 mesh-import workload (an N x N grid of quads as an OBJ file) and one measure per
 // reader, each taken in a forked child so that its peak memory is its own. The peer
 // readers are measured only when their libraries were found at configure time
-// (ZU_HAVE_TINYOBJLOADER, ZU_HAVE_ASSIMP).
+// (ZU_HAVE_TINYOBJLOADER, ZU_HAVE_ASSIMP); a target that builds this file links them as
+// bench_obj does (bench/CMakeLists.txt). bench_obj (bench/objW2Bench.cpp) runs them
+// interleaved and prints the medians.
 
 #include <string>
 
@@ -14,6 +16,7 @@ namespace bench::w2 {
 struct Measure {
     bool ok = false;
     double seconds = 0.0;
+    double cpuSeconds = 0.0;  // user + system time of all the reader's threads
     long peakKB = 0;
     long triangles = 0;
 };

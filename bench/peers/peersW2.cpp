@@ -1,6 +1,6 @@
-#include "objW2.h"
+#include "peersW2.h"
 
-#include "benchChild.h"
+#include "../benchChild.h"
 
 #include <zuSceneGraph/io/zuObjReader.h>
 #include <zuSceneGraph/io/zuObjWriter.h>
@@ -16,6 +16,8 @@
 #include <assimp/scene.h>
 #endif
 
+#include <sys/resource.h>
+
 #include <chrono>
 #include <cmath>
 #include <cstdio>
@@ -29,6 +31,13 @@ namespace {
 double now()
 {
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+double cpuNow()
+{
+    rusage usage;
+    getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_utime.tv_sec + usage.ru_stime.tv_sec + 1e-6 * (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec);
 }
 
 // "%.6f", with "-0.000000" written as "0.000000".
@@ -112,9 +121,10 @@ Measure ReadOurs(const std::string& path, int threads)
         zu::zuCatalog<zu::zuImage> images;
         zu::zuObjReader reader(images);
         reader.SetThreadCount(threads);
-        const double start = now();
+        const double start = now(), cpuStart = cpuNow();
         zu::zuPointer<zu::zuNode> root = reader.ReadFile(path, nullptr);
         measure.seconds = now() - start;
+        measure.cpuSeconds = cpuNow() - cpuStart;
         measure.peakKB = statusKB("VmHWM:");
         measure.ok = root && reader.GetMessages().empty();
         measure.triangles = root ? countTriangles(*root) : 0;
@@ -132,9 +142,10 @@ Measure WriteOurs(const std::string& path, const std::string& outputPath)
         if (root) {
             root->UpdateGS();
             zu::zuObjWriter writer;
-            const double start = now();
+            const double start = now(), cpuStart = cpuNow();
             measure.ok = writer.WriteFile(*root, outputPath, nullptr);
             measure.seconds = now() - start;
+            measure.cpuSeconds = cpuNow() - cpuStart;
             measure.peakKB = static_cast<long>(writer.GetBytesWritten() / 1024);
             measure.triangles = countTriangles(*root);
         }
@@ -169,10 +180,11 @@ Measure ReadTinyObjLoader([[maybe_unused]] const std::string& path)
         std::vector<tinyobj::shape_t> shapes;
         std::vector<tinyobj::material_t> materials;
         std::string warning, error;
-        const double start = now();
+        const double start = now(), cpuStart = cpuNow();
         measure.ok = tinyobj::LoadObj(&attrib, &shapes, &materials, &warning, &error, path.c_str(), nullptr, true,
                                       false);
         measure.seconds = now() - start;
+        measure.cpuSeconds = cpuNow() - cpuStart;
         measure.peakKB = statusKB("VmHWM:");
         for (const tinyobj::shape_t& shape : shapes)
             measure.triangles += static_cast<long>(shape.mesh.num_face_vertices.size());
@@ -189,10 +201,11 @@ Measure ReadAssimp([[maybe_unused]] const std::string& path)
     return runInChild<Measure>([&](int pipeEnd) {
         Measure measure;
         Assimp::Importer importer;
-        const double start = now();
+        const double start = now(), cpuStart = cpuNow();
         // No post-processing: the fastest the importer reads.
         const aiScene* scene = importer.ReadFile(path, 0);
         measure.seconds = now() - start;
+        measure.cpuSeconds = cpuNow() - cpuStart;
         measure.peakKB = statusKB("VmHWM:");
         measure.ok = scene != nullptr;
         for (unsigned i = 0; scene && i < scene->mNumMeshes; ++i)

@@ -1,4 +1,4 @@
-#include <zuSceneGraph/animation/zuController.h>
+#include <zuSceneGraph/objects/zuController.h>
 
 #include <zuSceneGraph/stream/zuBaseStream.h>
 

@@ -1,4 +1,4 @@
-#include <zuSceneGraph/scenegraph/zuMatrixInverse.h>
+#include <zuSceneGraph/math/zuMatrixInverse.h>
 
 #include <Wm4/Wm4Math.h>
 

@@ -3,7 +3,7 @@
 
 #include "animation/zuAnimationTestHelpers.h"
 
-#include <zuSceneGraph/animation/zuController.h>
+#include <zuSceneGraph/objects/zuController.h>
 #include <zuSceneGraph/stream/zuBaseStream.h>
 
 #include <gtest/gtest.h>

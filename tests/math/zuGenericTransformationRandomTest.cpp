@@ -2,7 +2,7 @@
 // every kind: each value's 4x4 is built here from its fields, and products and inverses are
 // those of the 4x4 matrices, independent of the class's own code.
 
-#include <zuSceneGraph/scenegraph/zuGenericTransformation.h>
+#include <zuSceneGraph/math/zuGenericTransformation.h>
 
 #include <Wm4/Wm4Matrix4.h>
 

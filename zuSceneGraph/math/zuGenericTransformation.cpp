@@ -1,7 +1,6 @@
-#include <zuSceneGraph/scenegraph/zuGenericTransformation.h>
+#include <zuSceneGraph/math/zuGenericTransformation.h>
 
-#include <zuSceneGraph/scenegraph/zuMatrixInverse.h>
-#include <zuSceneGraph/stream/zuBaseStream.h>
+#include <zuSceneGraph/math/zuMatrixInverse.h>
 
 #include <Wm4/Wm4Math.h>
 
@@ -624,34 +623,5 @@ Real zuGenericTransformation<Real>::GetNorm() const
 
 template class zuGenericTransformation<float>;
 template class zuGenericTransformation<double>;
-
-// The streamed value: the matrix (row-major), translation and scale as runs of Reals, then
-// the three flags as bytes.
-template <class Real>
-void zuBaseStream::Write(const zuGenericTransformation<Real>& value)
-{
-    Write(value.matrix);
-    Write(value.translate);
-    Write(value.scale);
-    Write(value.isIdentity);
-    Write(value.isRSMatrix);
-    Write(value.isUniformScale);
-}
-
-template <class Real>
-void zuBaseStream::Read(zuGenericTransformation<Real>& value)
-{
-    Read(value.matrix);
-    Read(value.translate);
-    Read(value.scale);
-    Read(value.isIdentity);
-    Read(value.isRSMatrix);
-    Read(value.isUniformScale);
-}
-
-template void zuBaseStream::Write<float>(const zuGenericTransformation<float>&);
-template void zuBaseStream::Read<float>(zuGenericTransformation<float>&);
-template void zuBaseStream::Write<double>(const zuGenericTransformation<double>&);
-template void zuBaseStream::Read<double>(zuGenericTransformation<double>&);
 
 } // namespace zu

@@ -3,7 +3,7 @@
 // conversions, the comparisons, and the 63 streamed bytes. The random test checks the
 // values themselves against plain 4x4 matrices.
 
-#include <zuSceneGraph/scenegraph/zuGenericTransformation.h>
+#include <zuSceneGraph/math/zuGenericTransformation.h>
 
 #include "Wm4/Wm4TestHelpers.h"
 #include "scenegraph/zuSpatialTestHelpers.h"

@@ -1,6 +1,6 @@
 // The tolerant 3x3 inverse shared by the transformation operations.
 
-#include <zuSceneGraph/scenegraph/zuMatrixInverse.h>
+#include <zuSceneGraph/math/zuMatrixInverse.h>
 
 #include "Wm4/Wm4TestHelpers.h"
 
