@@ -136,9 +136,11 @@ TEST_F(ObjReaderTest, ConstructsAndBadInput)
         // Lines as segments, points; a quad as two triangles.
         {"v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nl 1 2 3\np 4 3\nf 1 2 3 4\n",
          "zuLine default 3/4; zuPoint default 2/2; zuTriMesh default 4/6", ""},
-        // CRLF, tabs, repeated spaces, comments, continuations and no final line end.
-        {"# comment\r\nv\t0 0 0 # inline\r\nv  1   0 \\\r\n 0\r\nv 0 1 0\r\nf 1 \\\n2 \\\n3", "zuTriMesh default 3/3",
-         ""},
+        // CRLF, tabs, repeated spaces, comments, continuations, UTF-8 names and no final
+        // line end.
+        {"# comment\r\ng Tr\u00e4ger \u00fc # a beam\r\nv\t0 0 0 # inline\r\nv  1   0 \\\r\n 0\r\nv 0 1 0\r\n"
+         "f 1 \\\n2 \\\n3",
+         "zuTriMesh Tr\u00e4ger \u00fc 3/3", ""},
         // Bad lines: each reported with its line, the rest loads; faces with a bad index
         // are dropped.
         {"v 0 0 0\nv 1 0 0\nv 0 1 0\nv 1 x 0\nf 1 2 3\nf 1 2 5\nf 1 2 0\nf 1 2\nf 1/9 2 3\nfoo bar\nvn 1 2\n"
@@ -319,8 +321,10 @@ TEST_F(ObjReaderTest, WrittenFilesReadBack)
 {
     writeFile("tex.png", "");
     writeFile("in.mtl", "newmtl red\nKd 1 0 0\nmap_Kd tex.png\n");
+    // The line and point leaves come first and have no texture coordinates or normals:
+    // the mesh's corners must count its vt and vn statements apart from its v statements.
     zuPointer<zuNode> first = read("mtllib in.mtl\nv 0.1 0.2 0.3\nv 1e-7 0 3.14159274\nv 0 1 0\nv 2 2 2\nvt 0.5 1\n"
-                                   "vn 0 0 1\ng a b\nusemtl red\nf 1/1/1 2/1/1 3/1/1 4/1/1\ng line\nl 1 2 4\np 3\n");
+                                   "vn 0 0 1\ng line\nl 1 2 4\np 3\ng a b\nusemtl red\nf 1/1/1 2/1/1 3/1/1 4/1/1\n");
     zuPointer<zuNode> root(new zuNode);
     root->attachChild(first.get());
     first->GetLocalTransform().SetTranslate(Wm4::Vector3<float>(1, 2, 3));
@@ -332,9 +336,10 @@ TEST_F(ObjReaderTest, WrittenFilesReadBack)
     ASSERT_TRUE(second);
     EXPECT_TRUE(reader.GetMessages().empty());
     EXPECT_EQ(second->GetName(), "out");
-    EXPECT_EQ(summary(*second), "zuTriMesh a b 4/6; zuLine line 3/4; zuPoint line 1/1");
+    EXPECT_EQ(summary(*second), "zuLine line 3/4; zuPoint line 1/1; zuTriMesh a b 4/6");
     EXPECT_EQ(triangles(*second), triangles(*first));
-    const auto* mesh = static_cast<zuBaseGeometry*>(second->getChild(0));
+    ASSERT_EQ(second->getNbChildren(), 3);
+    const auto* mesh = static_cast<zuBaseGeometry*>(second->getChild(2));
     EXPECT_EQ(mesh->GetMaterialState()->Diffuse, Wm4::ColorRGB(1, 0, 0));
     EXPECT_EQ(mesh->GetTextureState()->GetTexture(0)->GetImageName(), path("tex.png"));
 }
