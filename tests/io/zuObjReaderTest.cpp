@@ -103,14 +103,11 @@ std::vector<Triangle> triangles(const zuNode& root)
     return all;
 }
 
-// The summed z of the triangles' cross products: twice the area of a polygon in the xy
-// plane when every triangle keeps its winding.
-double signedAreaZ(const std::vector<Triangle>& all)
+// Component `axis` of (b - a) x (c - a): twice the triangle's signed area seen along it.
+double turn(const Triangle& t, int axis)
 {
-    double area = 0;
-    for (const Triangle& t : all)
-        area += (double(t[3]) - t[0]) * (double(t[7]) - t[1]) - (double(t[4]) - t[1]) * (double(t[6]) - t[0]);
-    return area;
+    const int u = (axis + 1) % 3, v = (axis + 2) % 3;
+    return (double(t[3 + u]) - t[u]) * (double(t[6 + v]) - t[v]) - (double(t[3 + v]) - t[v]) * (double(t[6 + u]) - t[u]);
 }
 
 const char* const TRIANGLE = "v 0 0 0\nv 1 0 0\nv 0 1 0\n";
@@ -136,9 +133,11 @@ TEST_F(ObjReaderTest, ConstructsAndBadInput)
         // Lines as segments, points; a quad as two triangles.
         {"v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nl 1 2 3\np 4 3\nf 1 2 3 4\n",
          "zuLine default 3/4; zuPoint default 2/2; zuTriMesh default 4/6", ""},
-        // CRLF, tabs, repeated spaces, comments, continuations and no final line end.
-        {"# comment\r\nv\t0 0 0 # inline\r\nv  1   0 \\\r\n 0\r\nv 0 1 0\r\nf 1 \\\n2 \\\n3", "zuTriMesh default 3/3",
-         ""},
+        // CRLF, tabs, repeated spaces, comments, continuations, UTF-8 names and no final
+        // line end.
+        {"# comment\r\ng Tr\u00e4ger \u00fc # a beam\r\nv\t0 0 0 # inline\r\nv  1   0 \\\r\n 0\r\nv 0 1 0\r\n"
+         "f 1 \\\n2 \\\n3",
+         "zuTriMesh Tr\u00e4ger \u00fc 3/3", ""},
         // Bad lines: each reported with its line, the rest loads; faces with a bad index
         // are dropped.
         {"v 0 0 0\nv 1 0 0\nv 0 1 0\nv 1 x 0\nf 1 2 3\nf 1 2 5\nf 1 2 0\nf 1 2\nf 1/9 2 3\nfoo bar\nvn 1 2\n"
@@ -171,31 +170,35 @@ TEST_F(ObjReaderTest, PolygonsKeepTheirAreaAndWinding)
 {
     struct Case {
         const char* text;
-        double area;  // twice the polygon's area
+        int axis;     // the axis the polygon faces
+        double area;  // twice the polygon's area seen along it
     };
     const Case cases[] = {
         // A concave quad (a dart): only the diagonal through the reflex corner is valid.
-        {"v 0 0 0\nv 2 0 0\nv 0.5 0.5 0\nv 0 2 0\nf 1 2 3 4\n", 2.0},
-        {"v 0.5 0.5 0\nv 2 0 0\nv 0 0 0\nv 0 2 0\nf 1 2 3 4\n", -2.0},
-        // An L-shaped hexagon, given from a reflex corner, then in reverse.
-        {"v 1 1 0\nv 1 2 0\nv 0 2 0\nv 0 0 0\nv 2 0 0\nv 2 1 0\nf 1 2 3 4 5 6\n", 6.0},
-        {"v 1 1 0\nv 1 2 0\nv 0 2 0\nv 0 0 0\nv 2 0 0\nv 2 1 0\nf 6 5 4 3 2 1\n", -6.0},
+        {"v 0 0 0\nv 2 0 0\nv 0.5 0.5 0\nv 0 2 0\nf 1 2 3 4\n", 2, 2.0},
+        {"v 0.5 0.5 0\nv 2 0 0\nv 0 0 0\nv 0 2 0\nf 1 2 3 4\n", 2, -2.0},
+        // An L-shaped hexagon, given from a reflex corner, then in reverse, then in the
+        // planes facing x and y.
+        {"v 1 1 0\nv 1 2 0\nv 0 2 0\nv 0 0 0\nv 2 0 0\nv 2 1 0\nf 1 2 3 4 5 6\n", 2, 6.0},
+        {"v 1 1 0\nv 1 2 0\nv 0 2 0\nv 0 0 0\nv 2 0 0\nv 2 1 0\nf 6 5 4 3 2 1\n", 2, -6.0},
+        {"v 0 1 1\nv 0 1 2\nv 0 0 2\nv 0 0 0\nv 0 2 0\nv 0 2 1\nf 6 5 4 3 2 1\n", 0, -6.0},
+        {"v 1 0 1\nv 2 0 1\nv 2 0 0\nv 0 0 0\nv 0 0 2\nv 1 0 2\nf 1 2 3 4 5 6\n", 1, 6.0},
         // A comb with three teeth, not planar (z varies), and a convex octagon.
         {"v 0 0 0\nv 5 0 0.1\nv 5 2 0\nv 4 2 0.2\nv 4 1 0\nv 3 1 0.1\nv 3 2 0\nv 2 2 0\nv 2 1 0.3\nv 1 1 0\n"
          "v 1 2 0\nv 0 2 0.1\nf 1 2 3 4 5 6 7 8 9 10 11 12\n",
-         16.0},
-        {"v 2 0 0\nv 3 1 0\nv 3 2 0\nv 2 3 0\nv 1 3 0\nv 0 2 0\nv 0 1 0\nv 1 0 0\nf 1 2 3 4 5 6 7 8\n", 14.0},
+         2, 16.0},
+        {"v 2 0 0\nv 3 1 0\nv 3 2 0\nv 2 3 0\nv 1 3 0\nv 0 2 0\nv 0 1 0\nv 1 0 0\nf 1 2 3 4 5 6 7 8\n", 2, 14.0},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.text);
         zuPointer<zuNode> root = read(c.text);
-        const std::vector<Triangle> all = triangles(*root);
-        EXPECT_NEAR(signedAreaZ(all), c.area, 1e-5);
-        // Every triangle turns the polygon's way (none folded back over the others).
-        for (const Triangle& t : all)
-            EXPECT_GT(((double(t[3]) - t[0]) * (double(t[7]) - t[1]) - (double(t[4]) - t[1]) * (double(t[6]) - t[0])) *
-                          c.area,
-                      0.0);
+        double area = 0;
+        for (const Triangle& t : triangles(*root)) {
+            area += turn(t, c.axis);
+            // Every triangle turns the polygon's way (none folded back over the others).
+            EXPECT_GT(turn(t, c.axis) * c.area, 0.0);
+        }
+        EXPECT_NEAR(area, c.area, 1e-5);
     }
 }
 
@@ -319,8 +322,10 @@ TEST_F(ObjReaderTest, WrittenFilesReadBack)
 {
     writeFile("tex.png", "");
     writeFile("in.mtl", "newmtl red\nKd 1 0 0\nmap_Kd tex.png\n");
+    // The line and point leaves come first and have no texture coordinates or normals:
+    // the mesh's corners must count its vt and vn statements apart from its v statements.
     zuPointer<zuNode> first = read("mtllib in.mtl\nv 0.1 0.2 0.3\nv 1e-7 0 3.14159274\nv 0 1 0\nv 2 2 2\nvt 0.5 1\n"
-                                   "vn 0 0 1\ng a b\nusemtl red\nf 1/1/1 2/1/1 3/1/1 4/1/1\ng line\nl 1 2 4\np 3\n");
+                                   "vn 0 0 1\ng line\nl 1 2 4\np 3\ng a b\nusemtl red\nf 1/1/1 2/1/1 3/1/1 4/1/1\n");
     zuPointer<zuNode> root(new zuNode);
     root->attachChild(first.get());
     first->GetLocalTransform().SetTranslate(Wm4::Vector3<float>(1, 2, 3));
@@ -332,9 +337,10 @@ TEST_F(ObjReaderTest, WrittenFilesReadBack)
     ASSERT_TRUE(second);
     EXPECT_TRUE(reader.GetMessages().empty());
     EXPECT_EQ(second->GetName(), "out");
-    EXPECT_EQ(summary(*second), "zuTriMesh a b 4/6; zuLine line 3/4; zuPoint line 1/1");
+    EXPECT_EQ(summary(*second), "zuLine line 3/4; zuPoint line 1/1; zuTriMesh a b 4/6");
     EXPECT_EQ(triangles(*second), triangles(*first));
-    const auto* mesh = static_cast<zuBaseGeometry*>(second->getChild(0));
+    ASSERT_EQ(second->getNbChildren(), 3);
+    const auto* mesh = static_cast<zuBaseGeometry*>(second->getChild(2));
     EXPECT_EQ(mesh->GetMaterialState()->Diffuse, Wm4::ColorRGB(1, 0, 0));
     EXPECT_EQ(mesh->GetTextureState()->GetTexture(0)->GetImageName(), path("tex.png"));
 }

@@ -20,6 +20,7 @@
 #include <zuSystem/zuProgressNotifierInterface.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -198,29 +199,13 @@ bool hasChildren(const zuNode& node)
     return false;
 }
 
-// Where the saved resources' blocks were before a save, which moves them to the new file:
-// put back when the save fails, so that blocks left in a file are still found.
-class ResourcePositions {
-public:
-    explicit ResourcePositions(const ObjectList& objects)
-    {
-        zuBaseStream registry;
-        for (const zuPointer<zuObject>& object : objects)
-            if (object)
-                object->Register(registry);
-        for (int i = 0; i < registry.GetOrderedObjectCount(); ++i)
-            if (const auto* resource = dynamic_cast<const zuDynamicLoadingResource*>(registry.GetOrderedObjectAt(i)))
-                mPositions.emplace_back(resource, resource->getStreamInfo());
-    }
-    void restore() const
-    {
-        for (const auto& [resource, position] : mPositions)
-            resource->setStreamInfo(position);
-    }
-
-private:
-    std::vector<std::pair<const zuDynamicLoadingResource*, zuDynamicLoadingResource::StreamInfo>> mPositions;
-};
+// Puts back where the blocks of the resources were before a save that failed moved them to
+// its new stream, so that blocks left in a file are still found.
+void restoreMovedResources(const std::vector<zuBaseStream::MovedResource>& moved)
+{
+    for (const auto& [resource, position] : moved)
+        resource->setStreamPosition(position);
+}
 
 // The version of a stream file's header, or 0.0 when the file does not begin with one.
 zuStreamVersion headerVersion(const std::string& fileName)
@@ -237,7 +222,7 @@ zuStreamVersion headerVersion(const std::string& fileName)
 // A name beside `target` that no file has: where a save writes before it replaces the target.
 std::string temporaryPath(const std::string& target)
 {
-    static int counter = 0;
+    static std::atomic<int> counter{0};
     const std::string stem = zuDirUtils::ExtractDirectory(target) + "." + zuDirUtils::ExtractFileName(target) + "."
         + std::to_string(getpid()) + ".";
     std::error_code error;
@@ -420,13 +405,14 @@ bool zuFileStreamMeshDriver::saveVersion(const Options& options, zuStreamVersion
     return true;
 }
 
-bool zuFileStreamMeshDriver::writeStream(const ObjectList& objects, zuIoDevice& device, const std::string& name,
-                                         const zuStreamVersion& version, zuProgressNotifierInterface* progress,
-                                         bool append, const std::string& shownName)
+bool zuFileStreamMeshDriver::writeStream(zuFileStream& stream, const ObjectList& objects, zuIoDevice& device,
+                                         const std::string& name, const zuStreamVersion& version,
+                                         zuProgressNotifierInterface* progress, bool append,
+                                         const std::string& shownName)
 {
-    zuFileStream stream;
     stream.SetVersion(version);
     stream.SetProgressNotifier(progress);
+    stream.keepMovedResources(true);
     for (const zuPointer<zuObject>& object : objects)
         if (object)
             stream.InsertTopLevel(object.get());
@@ -447,7 +433,7 @@ bool zuFileStreamMeshDriver::saveMeshes(const ObjectList& objects, const std::st
         return false;
     if (zuDirUtils::DirectoryExists(fileName))
         return fail(ERROR_FILE, -1, "Cannot save " + fileName + ": it is a directory");
-    const ResourcePositions positions(objects);
+    zuFileStream stream;
     std::error_code error;
     const std::uintmax_t previousSize = std::filesystem::file_size(fileName, error);
     if (append && !error && previousSize > 0) {
@@ -461,13 +447,13 @@ bool zuFileStreamMeshDriver::saveMeshes(const ObjectList& objects, const std::st
         zuFileIoDevice device(fileName, zuFileIoDevice::Append);
         if (!device.isOpen())
             return fail(ERROR_FILE, -1, "Cannot open " + fileName + " for writing");
-        bool saved = writeStream(objects, device, fileName, fileVersion, progress, true, fileName);
+        bool saved = writeStream(stream, objects, device, fileName, fileVersion, progress, true, fileName);
         device.close();
         if (saved && device.isError())
             saved = fail(ERROR_FILE, -1, "Cannot save " + fileName + ": the file cannot be written");
         if (!saved) {
             std::filesystem::resize_file(fileName, previousSize, error);
-            positions.restore();
+            restoreMovedResources(stream.GetMovedResources());
         }
         return saved;
     }
@@ -481,7 +467,7 @@ bool zuFileStreamMeshDriver::saveMeshes(const ObjectList& objects, const std::st
     zuFileIoDevice device(temporary, zuFileIoDevice::WriteOnly);
     if (!device.isOpen())
         return fail(ERROR_FILE, -1, "Cannot open " + fileName + " for writing");
-    bool saved = writeStream(objects, device, fileName, version, progress, false, fileName);
+    bool saved = writeStream(stream, objects, device, fileName, version, progress, false, fileName);
     device.close();
     if (saved && device.isError())
         saved = fail(ERROR_FILE, -1, "Cannot save " + fileName + ": the file cannot be written");
@@ -489,7 +475,7 @@ bool zuFileStreamMeshDriver::saveMeshes(const ObjectList& objects, const std::st
         saved = fail(ERROR_FILE, -1, "Cannot save " + fileName + ": the file cannot be replaced");
     if (!saved) {
         std::remove(temporary.c_str());
-        positions.restore();
+        restoreMovedResources(stream.GetMovedResources());
     }
     return saved;
 }
@@ -501,12 +487,12 @@ bool zuFileStreamMeshDriver::saveMeshes(const ObjectList& objects, zuIoDevice& d
     zuStreamVersion version;
     if (!saveVersion(options, version))
         return false;
-    const ResourcePositions positions(objects);
     const auto* file = dynamic_cast<const zuFileIoDevice*>(&device);
     const std::string name = file ? file->path() : std::string();
-    if (writeStream(objects, device, name, version, progress, append, name.empty() ? "to the device" : name))
+    zuFileStream stream;
+    if (writeStream(stream, objects, device, name, version, progress, append, name.empty() ? "to the device" : name))
         return true;
-    positions.restore();
+    restoreMovedResources(stream.GetMovedResources());
     return false;
 }
 

@@ -6,6 +6,7 @@
 
 namespace zu {
 
+class zuFileStream;
 class zuStreamVersion;
 
 // The mesh driver of the library's own object stream: files with the extensions "mvk",
@@ -51,7 +52,7 @@ class zuStreamVersion;
 // A save by file name writes a temporary file beside the target and renames it over the
 // target once complete, so a failed or cancelled save leaves the previous file as it was;
 // a failed append cuts the file back to its previous length. A failed save also puts back
-// the file positions of the saved resources (which Save moves to the new file).
+// the file positions of the saved resources, which saving moves to the new file.
 //
 // Errors carry the file name; those of a broken stream carry the offset where it broke,
 // also in the report's `line`.
@@ -92,8 +93,9 @@ private:
     // Resolves the external references of the loaded trees; false only on cancellation.
     bool loadReferences(ObjectList& loaded, const std::string& fileName, zuProgressNotifierInterface* progress,
                         const Options& options, zuCatalog<zuImage>& images);
-    // Writes the objects as a stream to the device, naming the stream `name`.
-    bool writeStream(const ObjectList& objects, zuIoDevice& device, const std::string& name,
+    // Writes the objects as a stream to the device, naming the stream `name`; the stream
+    // keeps the resources it moved, for the caller to put back if the save fails after all.
+    bool writeStream(zuFileStream& stream, const ObjectList& objects, zuIoDevice& device, const std::string& name,
                      const zuStreamVersion& version, zuProgressNotifierInterface* progress, bool append,
                      const std::string& shownName);
     bool saveVersion(const Options& options, zuStreamVersion& version);

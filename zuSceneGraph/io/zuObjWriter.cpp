@@ -213,29 +213,58 @@ void writeMaterial(TextBuffer& out, const std::string& name, const MaterialKey& 
     out.put("\n");
 }
 
-// The corner of vertex `index` (1-based, written once for v, vt and vn alike): the number
-// is formatted once and copied.
-void putCorner(TextBuffer& out, uint64_t index, bool texCoords, bool normals)
+// The numbers of v, vt and vn statements written before a leaf: a leaf without texture
+// coordinates or normals writes none, so the three counts part.
+struct Bases {
+    uint64_t positions = 0;
+    uint64_t texCoords = 0;
+    uint64_t normals = 0;
+};
+
+void putIndex(TextBuffer& out, uint64_t index)
 {
     char digits[24];
-    const size_t length = static_cast<size_t>(std::to_chars(digits, digits + sizeof digits, index).ptr - digits);
+    out.put(digits, static_cast<size_t>(std::to_chars(digits, digits + sizeof digits, index).ptr - digits));
+}
+
+// The corner of the leaf's vertex `vertex` (0-based). When the three statements have the
+// same number, as in a file of leaves that all have texture coordinates and normals, it is
+// formatted once and copied.
+void putCorner(TextBuffer& out, int vertex, const Bases& bases, bool texCoords, bool normals)
+{
+    const uint64_t position = bases.positions + static_cast<uint64_t>(vertex) + 1;
     out.put(' ');
-    out.put(digits, length);
+    if ((!texCoords || bases.texCoords == bases.positions) && (!normals || bases.normals == bases.positions)) {
+        char digits[24];
+        const size_t length = static_cast<size_t>(std::to_chars(digits, digits + sizeof digits, position).ptr - digits);
+        out.put(digits, length);
+        if (texCoords || normals) {
+            out.put('/');
+            if (texCoords)
+                out.put(digits, length);
+            if (normals) {
+                out.put('/');
+                out.put(digits, length);
+            }
+        }
+        return;
+    }
+    putIndex(out, position);
     if (texCoords || normals) {
         out.put('/');
         if (texCoords)
-            out.put(digits, length);
+            putIndex(out, bases.texCoords + static_cast<uint64_t>(vertex) + 1);
         if (normals) {
             out.put('/');
-            out.put(digits, length);
+            putIndex(out, bases.normals + static_cast<uint64_t>(vertex) + 1);
         }
     }
 }
 
-// One leaf: its group, material, vertices and elements. `base` is the number of vertices
-// written before it.
+// One leaf: its group, material, vertices and elements; `bases` counts the statements
+// written before it and is advanced past the leaf's.
 void writeLeaf(TextBuffer& out, SectionWriter& sections, const zuBaseGeometry& leaf, const std::string& material,
-               uint64_t base)
+               Bases& bases)
 {
     zuVertexBuffer* vertices = leaf.GetVertices();
     zuIndexBuffer* indices = leaf.GetIndices();
@@ -250,6 +279,10 @@ void writeLeaf(TextBuffer& out, SectionWriter& sections, const zuBaseGeometry& l
     const bool texCoords = layout.GetTCoordChannels(0) >= 2;
     const bool colors = layout.GetColorChannels(0) >= 3;
     const zuGenericTransformation<float>& world = leaf.GetWorldTransform();
+    const Bases base = bases;
+    bases.positions += static_cast<uint64_t>(count);
+    bases.texCoords += texCoords ? static_cast<uint64_t>(count) : 0;
+    bases.normals += normals ? static_cast<uint64_t>(count) : 0;
 
     out.put("g " + (leaf.GetName().empty() ? std::string("leaf") : leaf.GetName()) + "\n");
     if (!material.empty())
@@ -310,9 +343,9 @@ void writeLeaf(TextBuffer& out, SectionWriter& sections, const zuBaseGeometry& l
                     continue;
                 text.reserve(LINE_ROOM);
                 text.put('f');
-                putCorner(text, base + a + 1, texCoords, normals);
-                putCorner(text, base + b + 1, texCoords, normals);
-                putCorner(text, base + c + 1, texCoords, normals);
+                putCorner(text, a, base, texCoords, normals);
+                putCorner(text, b, base, texCoords, normals);
+                putCorner(text, c, base, texCoords, normals);
                 text.put('\n');
             }
         });
@@ -324,8 +357,8 @@ void writeLeaf(TextBuffer& out, SectionWriter& sections, const zuBaseGeometry& l
                     continue;
                 text.reserve(LINE_ROOM);
                 text.put('l');
-                putCorner(text, base + a + 1, texCoords, false);
-                putCorner(text, base + b + 1, texCoords, false);
+                putCorner(text, a, base, texCoords, false);
+                putCorner(text, b, base, texCoords, false);
                 text.put('\n');
             }
         });
@@ -337,7 +370,7 @@ void writeLeaf(TextBuffer& out, SectionWriter& sections, const zuBaseGeometry& l
                     continue;
                 text.reserve(LINE_ROOM);
                 text.put('p');
-                putCorner(text, base + a + 1, false, false);
+                putCorner(text, a, base, false, false);
                 text.put('\n');
             }
         });
@@ -445,11 +478,9 @@ bool zuObjWriter::Write(const zuSpatial& root, zuIoDevice& device, zuIoDevice* m
     SectionWriter sections;
     if (!order.empty())
         out.put("mtllib " + libraryName + "\n");
-    uint64_t base = 0;
+    Bases bases;
     for (size_t i = 0; i < leaves.size(); ++i) {
-        writeLeaf(out, sections, *leaves[i], leafMaterials[i], base);
-        const zuVertexBuffer* vertices = leaves[i]->GetVertices();
-        base += vertices && vertices->GetData() ? static_cast<uint64_t>(vertices->GetVertexQuantity()) : 0;
+        writeLeaf(out, sections, *leaves[i], leafMaterials[i], bases);
         if (progress) {
             progress->step();
             if (progress->isCancelRequested()) {

@@ -109,6 +109,7 @@ void zuDynamicLoadingResource::storeStreamInfo(zuBaseStream* stream) const
 {
     if (!stream)
         return;
+    stream->noteMovedResource(this, getStreamPosition());
     // Only a container has a path; a plain stream's is null.
     mResourceFilePath = stream->GetSharedPath();
     mStreamOffset = stream->GetOffset();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <zuSceneGraph/stream/zuStreamPosition.h>
 #include <zuSceneGraph/stream/zuStreamVersion.h>
 
 #include <cstdint>
@@ -99,7 +100,8 @@ public:
     // Records where the next bytes of `stream` go or come from: the name of a zuStream
     // container (the path given to its Load or Save; "" for a plain zuBaseStream, which has
     // no file), its absolute offset and its version. Save and Load call it just before the
-    // block.
+    // block. A stream that keeps moved resources (zuBaseStream::keepMovedResources) is told
+    // where the block was before.
     void storeStreamInfo(zuBaseStream* stream) const;
     // Gives `target` this resource's offset, version and path.
     void copyStreamInfo(zuDynamicLoadingResource* target) const;
@@ -110,17 +112,12 @@ public:
     void swapFileInfos(zuDynamicLoadingResource& other);
     // Offset, version and path as one value: a writer whose save failed puts back what its
     // Save calls recorded (const, as storeStreamInfo is).
-    struct StreamInfo {
-        uint64_t offset = 0;
-        zuStreamVersion version;
-        std::shared_ptr<const std::string> path;
-    };
-    StreamInfo getStreamInfo() const { return {mStreamOffset, mStreamVersion, mResourceFilePath}; }
-    void setStreamInfo(const StreamInfo& info) const
+    zuStreamPosition getStreamPosition() const { return {mStreamOffset, mStreamVersion, mResourceFilePath}; }
+    void setStreamPosition(const zuStreamPosition& position) const
     {
-        mStreamOffset = info.offset;
-        mStreamVersion = info.version;
-        mResourceFilePath = info.path;
+        mStreamOffset = position.offset;
+        mStreamVersion = position.version;
+        mResourceFilePath = position.path;
     }
     // True when the block must be read now: always when there is no file to read it from
     // later; otherwise the load policy of the type when one is set, else true.

@@ -23,6 +23,15 @@ bool finite(const Vector3& v)
     return std::isfinite(v[0]) && std::isfinite(v[1]) && std::isfinite(v[2]);
 }
 
+// What the visit of an object reads first: its type (the start of the object) and its
+// flags, the last field of zuSpatial, beside which a node keeps its children.
+void prefetchVisit(const zuSpatial& object)
+{
+    const char* start = reinterpret_cast<const char*>(&object);
+    __builtin_prefetch(start);
+    __builtin_prefetch(start + sizeof(zuSpatial) - 1);
+}
+
 void prefetchBound(const zuSpatial& object)
 {
     const char* bound = reinterpret_cast<const char*>(&object.GetWorldBound());
@@ -106,17 +115,29 @@ bool zuPicker::isWalked(const zuSpatial* object) const
     return object && (!mSkipHidden || (!object->isIgnored() && object->GetCullingMode() != zuSpatial::CULL_ALWAYS));
 }
 
-bool zuPicker::meetsBound(const zuSpatial& object, float& entry) const
+// Inline: it runs for every child of every node the walk enters.
+inline bool zuPicker::meetsBound(const zuSpatial& object, float& entry) const
 {
     const zuBoundingVolume& bound = object.GetWorldBound();
-    if (!bound.isValid())
+    // An invalid bound has a negative radius; a negative extent with a radius (a damaged
+    // file) gives near > far below and is rejected all the same.
+    if (!(bound.GetRadius() >= 0.0f))
         return false;
-    float low[3], high[3];
+    float t0 = mTmin, t1 = mTmax;
     for (int a = 0; a < 3; ++a) {
-        low[a] = bound.GetCenter()[a] - bound.GetExtents()[a] - mTolerance;
-        high[a] = bound.GetCenter()[a] + bound.GetExtents()[a] + mTolerance;
+        // The face the ray meets first, chosen by the direction's sign: no swap. A zero
+        // component gives an infinite reciprocal; 0 · infinity (the origin on a face) is
+        // not a number, which the comparisons skip.
+        const float reach = bound.GetExtents()[a] + mTolerance;
+        const float low = bound.GetCenter()[a] - reach, high = bound.GetCenter()[a] + reach;
+        const bool backward = mRay.inverse[a] < 0.0f;
+        const float near = ((backward ? high : low) - mRay.origin[a]) * mRay.inverse[a];
+        const float far = ((backward ? low : high) - mRay.origin[a]) * mRay.inverse[a] * zuTriangleQueries::SLAB_ROUNDING;
+        t0 = near > t0 ? near : t0;
+        t1 = far < t1 ? far : t1;
     }
-    return zuTriangleQueries::intersectBox(mRay, low, high, mTmin, mTmax, entry);
+    entry = t0;
+    return t0 <= t1;
 }
 
 bool zuPicker::pick(zuSpatial* root, const Vector3& origin, const Vector3& direction, float tmin, float tmax)
@@ -149,24 +170,27 @@ bool zuPicker::pick(zuSpatial* root, const Vector3& origin, const Vector3& direc
             zuNode* node = static_cast<zuNode*>(object);
             const zuSpatial* level =
                 type.IsDerived(zuLODNode::TYPE) ? static_cast<zuLODNode*>(node)->getCurrentLOD() : nullptr;
-            // The walk waits on memory, not on arithmetic: the children's bounds are asked
-            // for all at once, so that their cache misses overlap instead of following one
-            // another, and so is the start of each child the ray meets, read when it is
-            // popped.
+            // The walk waits on memory, not on arithmetic: the children's bounds, and what
+            // their visits read first, are asked for all at once, so that their cache misses
+            // overlap instead of following one another.
             mChildren.clear();
             for (int i = 0; i < node->getNbChildren(); ++i) {
                 zuSpatial* child = node->getChild(i);
                 if (child && (!level || child == level)) {
                     prefetchBound(*child);
+                    prefetchVisit(*child);
                     mChildren.push_back({child, 0.0f});
                 }
             }
             size_t kept = 0;
             for (const StackItem& child : mChildren) {
-                if (meetsBound(*child.object, entry)) {
-                    __builtin_prefetch(child.object);
-                    mChildren[kept++] = {child.object, entry};
-                }
+                if (!meetsBound(*child.object, entry))
+                    continue;
+                mChildren[kept++] = {child.object, entry};
+                // A node met: its slot array is read when it is popped; reading its first
+                // slot now brings the array in meanwhile.
+                if (child.object->GetType().IsDerived(zuNode::TYPE))
+                    __builtin_prefetch(static_cast<zuNode*>(child.object)->getChild(0));
             }
             mChildren.resize(kept);
             // The nearest child ends on top of the stack.

@@ -2,6 +2,7 @@
 
 #include <zuSceneGraph/stream/zuLink.h>
 #include <zuSceneGraph/stream/zuReferenceMap.h>
+#include <zuSceneGraph/stream/zuStreamPosition.h>
 #include <zuSceneGraph/stream/zuStreamVersion.h>
 
 #include <Wm4/Wm4ColorRGB.h>
@@ -34,6 +35,7 @@ class zuRtti;
 class zuRttiInterface;
 class zuRttiCustomInformation;
 class zuDataStreamLoader;
+class zuDynamicLoadingResource;
 class zuProgressNotifierInterface;
 class zuImage;
 template <class T> class zuCatalog;
@@ -123,6 +125,22 @@ public:
     uint64_t GetErrorOffset() const { return mErrorOffset; }
     zuProgressNotifierInterface* GetProgressNotifier() const { return mProgress; }
     void SetProgressNotifier(zuProgressNotifierInterface* progress) { mProgress = progress; }
+
+    // Resources whose blocks a save moves to this stream, with where each was before: kept
+    // from keepMovedResources(true) on (which forgets those of an earlier save), so that a
+    // writer whose save failed can put them back. Off by default.
+    using MovedResource = std::pair<const zuDynamicLoadingResource*, zuStreamPosition>;
+    void keepMovedResources(bool keep)
+    {
+        mKeepMovedResources = keep;
+        mMovedResources.clear();
+    }
+    void noteMovedResource(const zuDynamicLoadingResource* resource, zuStreamPosition previous)
+    {
+        if (mKeepMovedResources)
+            mMovedResources.emplace_back(resource, std::move(previous));
+    }
+    const std::vector<MovedResource>& GetMovedResources() const { return mMovedResources; }
 
     // The path of the container's file, one string shared by every resource the stream
     // loads or saves (so that a resource need not copy it); null for a plain stream.
@@ -383,6 +401,8 @@ private:
     std::vector<std::pair<const zuRtti*, zuDataStreamLoader*>> mStreamLoaders;
     zuProgressNotifierInterface* mProgress = nullptr;
     std::shared_ptr<const std::string> mSharedPath;
+    bool mKeepMovedResources = false;
+    std::vector<MovedResource> mMovedResources;
 
     char* mBuffer = nullptr;
     uint64_t mWindowStart = 0;  // stream offset of mBuffer[0]
