@@ -5,6 +5,7 @@
 #include <zuSceneGraph/stream/zuDataStreamLoader.h>
 #include <zuSceneGraph/stream/zuRttiCustomInformation.h>
 
+#include <zuSystem/zuLog.h>
 #include <zuSystem/zuProgressNotifierInterface.h>
 
 #include <algorithm>
@@ -35,6 +36,14 @@ void toHostOrder(void* values, int size, uint64_t count)
 // The factories of the last few types met: a scene's records cycle through a handful of
 // types (a mesh, its vertex buffer, its index buffer, the next mesh), so a name is looked up
 // in the registry about once per run of records, not once per record.
+// Says so when no type has a factory at all: the library was not started.
+void reportEmptyRegistry()
+{
+    if (zuRttiInterface::GetFactoryNames().empty())
+        zuLog::instance().write("zustream", "No factory is registered for any type: the library must be started "
+                                            "with zu::initializeZuSceneGraph() before a stream is loaded");
+}
+
 class RecentFactories {
 public:
     zuRttiInterface::FactoryFunction find(const std::string& type)
@@ -156,8 +165,18 @@ void zuBaseStream::registerTopLevel()
     clearObjectMap();
     clearCustomInformations();
     mRecordSizes.clear();
+    mRegisteringForSave = true;
     for (zuRttiInterface* object : mTopLevel)
         object->Register(*this);
+    mRegisteringForSave = false;
+}
+
+void zuBaseStream::refuseSave(const std::string& message)
+{
+    if (mStreamError)
+        return;
+    zuLog::instance().write("zustream", message);
+    recordError(message);
 }
 
 uint64_t zuBaseStream::computeSaveSize()
@@ -216,6 +235,8 @@ bool zuBaseStream::Save(char*& buffer, unsigned long& size)
 {
     clearStreamError();
     registerTopLevel();
+    if (mStreamError)
+        return false;
     const uint64_t total = computeSaveSize();
     char* data = total ? new char[total] : nullptr;
     resetBufferState();
@@ -350,6 +371,12 @@ zuRttiInterface* zuBaseStream::getFromMapAndRemove(uint64_t identifier)
     return entry->object;
 }
 
+void zuBaseStream::requestLinkedPass(LinkedPass pass)
+{
+    if (std::find(mLinkedPasses.begin(), mLinkedPasses.end(), pass) == mLinkedPasses.end())
+        mLinkedPasses.push_back(pass);
+}
+
 void zuBaseStream::removeUnreferencedObjects()
 {
     // Entries that no reference waits for already read as absent in getFromMapAndRemove:
@@ -455,6 +482,8 @@ void zuBaseStream::loadRecords(bool detailedFactoryMessage)
 {
     std::string name;
     RecentFactories factories;
+    // A type without a factory may mean that no type has one: the library was not started.
+    bool registryChecked = false;
     // Progress counts every byte once, the header and the top-level markers included, so
     // that the steps of a complete load add up to the size of the stream.
     uint64_t reported = 0;
@@ -463,8 +492,13 @@ void zuBaseStream::loadRecords(bool detailedFactoryMessage)
         if (mStreamError)
             break;
         mRecordType = &name;
+        const zuRttiInterface::FactoryFunction factory = factories.find(name);
+        if (!factory && !registryChecked) {
+            registryChecked = true;
+            reportEmptyRegistry();
+        }
         bool loaded = false;
-        if (const zuRttiInterface::FactoryFunction factory = factories.find(name))
+        if (factory)
             loaded = loadRecord(factory, topLevel);
         else if (mVersion >= zuStreamVersion(6, 0))
             loaded = skipRecord(name);
@@ -489,11 +523,14 @@ void zuBaseStream::finishLoad()
             zuLink* link = linkAt(i);
             link->getObject()->Link(*this, link);
         }
+        for (LinkedPass pass : mLinkedPasses)
+            pass(*this);
         for (size_t i = 0; i < mLinkCount; ++i) {
             if (!linkAt(i)->getObject()->PostLink())
                 std::cerr << "zuBaseStream error : cannot post link object\n";
         }
     }
+    mLinkedPasses.clear();
     deleteLinks();
     clearCustomInformations();
 }
