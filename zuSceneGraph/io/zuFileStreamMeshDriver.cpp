@@ -261,10 +261,15 @@ bool zuFileStreamMeshDriver::loadMeshes(ObjectList& out, const std::string& file
                                         zuCatalog<zuImage>& images)
 {
     clearErrorMessages();
-    if (zuDirUtils::DirectoryExists(fileName))
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::status(fileName, error);
+    if (std::filesystem::is_directory(status))
         return fail(ERROR_FILE, -1, "Cannot load " + fileName + ": it is a directory");
-    if (!zuDirUtils::FileExists(fileName))
+    if (!std::filesystem::exists(status))
         return fail(ERROR_FILE, -1, "Cannot load " + fileName + ": no such file");
+    // A pipe or a device would block the load, or never end it.
+    if (!std::filesystem::is_regular_file(status))
+        return fail(ERROR_FILE, -1, "Cannot load " + fileName + ": it is not a regular file");
     std::string path = fileName;
     const std::string sandbox = textOption(options, zuMeshManager::sSandboxDirectoryUtf8);
     if (!sandbox.empty()) {
@@ -435,10 +440,10 @@ bool zuFileStreamMeshDriver::saveMeshes(const ObjectList& objects, const std::st
     zuStreamVersion version;
     if (!saveVersion(options, version))
         return false;
-    if (zuDirUtils::DirectoryExists(fileName))
+    std::error_code error;
+    if (std::filesystem::is_directory(fileName, error))
         return fail(ERROR_FILE, -1, "Cannot save " + fileName + ": it is a directory");
     zuFileStream stream;
-    std::error_code error;
     const std::uintmax_t previousSize = std::filesystem::file_size(fileName, error);
     if (append && !error && previousSize > 0) {
         const zuStreamVersion fileVersion = headerVersion(fileName);
