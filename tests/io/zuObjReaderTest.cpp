@@ -103,14 +103,11 @@ std::vector<Triangle> triangles(const zuNode& root)
     return all;
 }
 
-// The summed z of the triangles' cross products: twice the area of a polygon in the xy
-// plane when every triangle keeps its winding.
-double signedAreaZ(const std::vector<Triangle>& all)
+// Component `axis` of (b - a) x (c - a): twice the triangle's signed area seen along it.
+double turn(const Triangle& t, int axis)
 {
-    double area = 0;
-    for (const Triangle& t : all)
-        area += (double(t[3]) - t[0]) * (double(t[7]) - t[1]) - (double(t[4]) - t[1]) * (double(t[6]) - t[0]);
-    return area;
+    const int u = (axis + 1) % 3, v = (axis + 2) % 3;
+    return (double(t[3 + u]) - t[u]) * (double(t[6 + v]) - t[v]) - (double(t[3 + v]) - t[v]) * (double(t[6 + u]) - t[u]);
 }
 
 const char* const TRIANGLE = "v 0 0 0\nv 1 0 0\nv 0 1 0\n";
@@ -173,31 +170,35 @@ TEST_F(ObjReaderTest, PolygonsKeepTheirAreaAndWinding)
 {
     struct Case {
         const char* text;
-        double area;  // twice the polygon's area
+        int axis;     // the axis the polygon faces
+        double area;  // twice the polygon's area seen along it
     };
     const Case cases[] = {
         // A concave quad (a dart): only the diagonal through the reflex corner is valid.
-        {"v 0 0 0\nv 2 0 0\nv 0.5 0.5 0\nv 0 2 0\nf 1 2 3 4\n", 2.0},
-        {"v 0.5 0.5 0\nv 2 0 0\nv 0 0 0\nv 0 2 0\nf 1 2 3 4\n", -2.0},
-        // An L-shaped hexagon, given from a reflex corner, then in reverse.
-        {"v 1 1 0\nv 1 2 0\nv 0 2 0\nv 0 0 0\nv 2 0 0\nv 2 1 0\nf 1 2 3 4 5 6\n", 6.0},
-        {"v 1 1 0\nv 1 2 0\nv 0 2 0\nv 0 0 0\nv 2 0 0\nv 2 1 0\nf 6 5 4 3 2 1\n", -6.0},
+        {"v 0 0 0\nv 2 0 0\nv 0.5 0.5 0\nv 0 2 0\nf 1 2 3 4\n", 2, 2.0},
+        {"v 0.5 0.5 0\nv 2 0 0\nv 0 0 0\nv 0 2 0\nf 1 2 3 4\n", 2, -2.0},
+        // An L-shaped hexagon, given from a reflex corner, then in reverse, then in the
+        // planes facing x and y.
+        {"v 1 1 0\nv 1 2 0\nv 0 2 0\nv 0 0 0\nv 2 0 0\nv 2 1 0\nf 1 2 3 4 5 6\n", 2, 6.0},
+        {"v 1 1 0\nv 1 2 0\nv 0 2 0\nv 0 0 0\nv 2 0 0\nv 2 1 0\nf 6 5 4 3 2 1\n", 2, -6.0},
+        {"v 0 1 1\nv 0 1 2\nv 0 0 2\nv 0 0 0\nv 0 2 0\nv 0 2 1\nf 6 5 4 3 2 1\n", 0, -6.0},
+        {"v 1 0 1\nv 2 0 1\nv 2 0 0\nv 0 0 0\nv 0 0 2\nv 1 0 2\nf 1 2 3 4 5 6\n", 1, 6.0},
         // A comb with three teeth, not planar (z varies), and a convex octagon.
         {"v 0 0 0\nv 5 0 0.1\nv 5 2 0\nv 4 2 0.2\nv 4 1 0\nv 3 1 0.1\nv 3 2 0\nv 2 2 0\nv 2 1 0.3\nv 1 1 0\n"
          "v 1 2 0\nv 0 2 0.1\nf 1 2 3 4 5 6 7 8 9 10 11 12\n",
-         16.0},
-        {"v 2 0 0\nv 3 1 0\nv 3 2 0\nv 2 3 0\nv 1 3 0\nv 0 2 0\nv 0 1 0\nv 1 0 0\nf 1 2 3 4 5 6 7 8\n", 14.0},
+         2, 16.0},
+        {"v 2 0 0\nv 3 1 0\nv 3 2 0\nv 2 3 0\nv 1 3 0\nv 0 2 0\nv 0 1 0\nv 1 0 0\nf 1 2 3 4 5 6 7 8\n", 2, 14.0},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.text);
         zuPointer<zuNode> root = read(c.text);
-        const std::vector<Triangle> all = triangles(*root);
-        EXPECT_NEAR(signedAreaZ(all), c.area, 1e-5);
-        // Every triangle turns the polygon's way (none folded back over the others).
-        for (const Triangle& t : all)
-            EXPECT_GT(((double(t[3]) - t[0]) * (double(t[7]) - t[1]) - (double(t[4]) - t[1]) * (double(t[6]) - t[0])) *
-                          c.area,
-                      0.0);
+        double area = 0;
+        for (const Triangle& t : triangles(*root)) {
+            area += turn(t, c.axis);
+            // Every triangle turns the polygon's way (none folded back over the others).
+            EXPECT_GT(turn(t, c.axis) * c.area, 0.0);
+        }
+        EXPECT_NEAR(area, c.area, 1e-5);
     }
 }
 

@@ -10,6 +10,7 @@
 namespace zu {
 
 class zuBaseGeometry;
+class zuVertexBuffer;
 
 // Gathers the faces, lines or points of one group and material of an OBJ file and builds
 // the leaf that holds them: a zuTriMesh, a zuLine of segments or a zuPoint.
@@ -61,7 +62,7 @@ private:
     [[gnu::always_inline]] size_t slotOf(const int32_t* corner) const;
     void growTable();
     [[gnu::always_inline]] void emit(uint32_t index) { mIndices.push_back(&index); }
-    void fillVertices(class zuVertexBuffer& vertices, const zuObjVertexData& data, bool normalsOnly) const;
+    void fillVertices(zuVertexBuffer& vertices, const zuObjVertexData& data, bool normalsOnly) const;
 
     Kind mKind;
     std::string mGroup;
