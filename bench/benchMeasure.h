@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+#include <time.h>
+
 namespace bench {
 
 // A field of /proc/self/status in KB ("VmRSS:", "VmHWM:"), or -1.
@@ -23,6 +25,15 @@ inline long statusKB(const char* field)
         if (line.compare(0, length, field) == 0)
             return std::atol(line.c_str() + length);
     return -1;
+}
+
+// The processor time of this process so far: on a machine shared with other work it shows
+// what a step costs when the wall clock shows what it waited too.
+inline double processorSeconds()
+{
+    timespec now{};
+    ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
 }
 
 class Stopwatch {

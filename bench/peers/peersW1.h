@@ -33,6 +33,7 @@ struct W1LoadRun {
     double updateSeconds = 0.0;    // lazy only
     double cullSeconds = 0.0;      // lazy only
     double readBackSeconds = 0.0;  // lazy only
+    double readBackProcessorSeconds = 0.0;
     long rssBeforeKB = 0;
     long peakKB = 0;
     long leaves = 0;

@@ -71,9 +71,11 @@ W1LoadRun oursLoad(const zusg::W1Layout& layout, const std::string& path, bool l
         watch = Stopwatch();
         bench::cull(culler, root);
         run.cullSeconds = watch.seconds();
+        const double processor = bench::processorSeconds();
         watch = Stopwatch();
         run.blocksRead = bench::readBack(culler.GetVisibleSet());
         run.readBackSeconds = watch.seconds();
+        run.readBackProcessorSeconds = bench::processorSeconds() - processor;
         run.peakKB = bench::statusKB("VmHWM:");
     } else {
         run.peakKB = bench::statusKB("VmHWM:");

@@ -1,6 +1,6 @@
 #include "resources/zuTestBlockResource.h"
 
-#include <zuSceneGraph/resources/zuRendererInterface.h>
+#include <zuSceneGraph/resources/zuBlockResourceSave.h>
 
 #include <vector>
 
@@ -48,12 +48,18 @@ int zuTestBlockResource::GetDiskUsed(const zuBaseStream& stream) const
     return zuUnnamedObject::GetDiskUsed(stream) + 4 + mSize;
 }
 
+void zuTestBlockResource::checkSave(zuBaseStream& stream) const
+{
+    zuBlockResourceSave::Check(stream, *this);
+}
+
 void zuTestBlockResource::Save(zuBaseStream& stream) const
 {
-    const zuRendererInterface::ResidentScope resident(this);
     zuUnnamedObject::Save(stream);
     stream.Write(mSize);
-    storeStreamInfo(&stream);
+    const zuBlockResourceSave block(stream, *this);
+    if (block.isReadable())
+        storeStreamInfo(&stream);
     if (mData)
         stream.Write(mSize, mData);
     else
@@ -78,13 +84,7 @@ void zuTestBlockResource::Load(zuBaseStream& stream, zuLink* link)
     if (!stream.CheckCount(size, 1))
         return;
     mSize = size;
-    storeStreamInfo(&stream);
-    if (hasToLoad()) {
-        mData = zuBlockResourceHandler::AllocateBlock(static_cast<uint64_t>(mSize));
-        stream.Read(mSize, mData);
-    } else {
-        stream.Skip(static_cast<uint64_t>(mSize));
-    }
+    mData = readBlock(stream, static_cast<uint64_t>(mSize));
 }
 
 } // namespace zu::test

@@ -95,6 +95,7 @@ TEST_F(ZusgCommands, EveryCommandAnswersWithItsStatusAndFirstLine)
         {{"view", file("cut.mvk").string()}, 1, "cut.mvk"},
         {{"info", file("notes.txt").string()}, 1, "no driver loads files with the extension \"txt\""},
         {{"convert", w1, file("out.xyz").string()}, 1, "no driver saves files with the extension \"xyz\""},
+        {{"convert", w1, file("folder.mvk").string()}, 1, "folder.mvk: is a directory"},
         {{"convert", w1, file("out.mvk").string(), "--version", "5.0"}, 1, "must name a stream version from 6.0 to 6.32"},
         {{"info"}, 2, "usage:\n  zusg info"},
         {{"info", w1, "--fast"}, 2, ""},

@@ -22,6 +22,7 @@
 
 #include <chrono>
 #include <cstdio>
+#include <filesystem>
 #include <iostream>
 #include <regex>
 #include <string>
@@ -97,6 +98,11 @@ int runConvert(const std::vector<std::string>& arguments)
     Model model;
     zu::zuMeshManager& manager = zu::zuIoManager::msInstance->getMeshManager();
     zu::zuCoreMeshDriver* saver = manager.getSaveDriver(parsed.out, parsed.options);
+    std::error_code error;
+    if (std::filesystem::is_directory(parsed.out, error)) {
+        std::cerr << "zusg: " << parsed.out << ": is a directory\n";
+        return Failure;
+    }
     if (!saver) {
         std::string known;
         for (const std::string& extension : manager.getSaveExtensions())

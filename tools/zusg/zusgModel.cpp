@@ -5,8 +5,6 @@
 #include "zusgText.h"
 
 #include <zuSceneGraph/io/zuIoManager.h>
-#include <zuSceneGraph/resources/zuDynamicLoadingResource.h>
-#include <zuSceneGraph/resources/zuRendererInterface.h>
 #include <zuSceneGraph/scenegraph/zuNode.h>
 #include <zuSceneGraph/scenegraph/zuTriangles.h>
 #include <zuSystem/zuDirUtils.h>
@@ -175,20 +173,6 @@ uint64_t triangleCount(const zu::zuSpatial& object)
         return 0;
     const int quantity = static_cast<const zu::zuTriangles&>(object).GetTriangleQuantity();
     return quantity > 0 ? static_cast<uint64_t>(quantity) : 0;
-}
-
-int64_t readBackBlocks(const std::vector<zu::zuRenderableSpatial*>& leaves)
-{
-    std::vector<zu::zuDynamicLoadingResource*> all;
-    std::vector<zu::zuDynamicLoadingResource*> resources;
-    for (const zu::zuRenderableSpatial* leaf : leaves) {
-        leaf->getResources(resources);
-        for (zu::zuDynamicLoadingResource* resource : resources)
-            if (resource)
-                all.push_back(resource);
-    }
-    const size_t resident = zu::zuRendererInterface::LoadCPUData(all);
-    return resident == all.size() ? static_cast<int64_t>(all.size()) : -1;
 }
 
 bool writeFileSafely(const std::string& path, const std::string& text)

@@ -65,10 +65,6 @@ std::vector<TreeEntry> flattenTrees(const std::vector<zu::zuSpatial*>& roots);
 // The triangles a leaf draws (0 for anything that is not a triangle leaf).
 uint64_t triangleCount(const zu::zuSpatial& object);
 
-// Reads back the blocks of the given leaves that were left in their file, at once on this
-// thread and in one batch; the number of blocks, or -1 when one could not be read.
-int64_t readBackBlocks(const std::vector<zu::zuRenderableSpatial*>& leaves);
-
 // Writes `text` to `path` through a temporary file beside it, renamed over `path` once
 // complete: a failed write, or Ctrl-C (with an InterruptScope), leaves no partial file and
 // keeps a file that was there. False, with the reason on standard error, when not written.

@@ -18,6 +18,7 @@
 #include "zusgFields.h"
 #include "zusgModel.h"
 #include "zusgText.h"
+#include "zusgW1Assembly.h"
 
 #include <zuSceneGraph/culling/zuCuller.h>
 #include <zuSceneGraph/io/zuSvgBuilder.h>
@@ -184,7 +185,7 @@ int runView(const std::vector<std::string>& arguments)
     builder.setViewport(parsed.width, parsed.height);
     builder.setTriangleLimit(parsed.maxTriangles);
     if (parsed.lazy && zu::zuSvgBuilder::countTriangles(visible) <= parsed.maxTriangles
-        && readBackBlocks(visible) < 0)
+        && readBack(visible) < 0)
         std::cerr << "zusg: " << parsed.path << ": warning: some blocks of the visible parts cannot be read back\n";
     std::string svg;
     bool built = false;

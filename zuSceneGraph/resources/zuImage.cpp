@@ -2,8 +2,8 @@
 
 #include <zuSceneGraph/resources/zuBlockResourceHandler.h>
 #include <zuSceneGraph/resources/zuBlockResourceRequests.h>
+#include <zuSceneGraph/resources/zuBlockResourceSave.h>
 #include <zuSceneGraph/resources/zuImageHandler.h>
-#include <zuSceneGraph/resources/zuRendererInterface.h>
 
 #include <algorithm>
 #include <cstring>
@@ -159,17 +159,22 @@ int zuImage::GetDiskUsed(const zuBaseStream& stream) const
     return static_cast<int>(std::min<int64_t>(size, std::numeric_limits<int>::max()));
 }
 
+void zuImage::checkSave(zuBaseStream& stream) const
+{
+    zuBlockResourceSave::Check(stream, *this);
+}
+
 void zuImage::Save(zuBaseStream& stream) const
 {
-    const zuRendererInterface::ResidentScope resident(this);
-
     zuNamedObject::Save(stream);
     stream.Write(static_cast<int>(mFormat));
     stream.Write(mWidth);
     stream.Write(mHeight);
     stream.Write(mDataSize);
+    const zuBlockResourceSave block(stream, *this);
     // From now on the block is found in the stream being written.
-    storeStreamInfo(&stream);
+    if (block.isReadable())
+        storeStreamInfo(&stream);
     if (mData)
         stream.Write(mDataSize, mData);
     else
@@ -209,18 +214,7 @@ void zuImage::Load(zuBaseStream& stream, zuLink* link)
     mHeight = height;
     mDataSize = dataSize;
 
-    storeStreamInfo(&stream);
-    char* block = nullptr;
-    if (hasToLoad() && mDataSize > 0)
-        block = zuBlockResourceHandler::AllocateBlock(static_cast<uint64_t>(mDataSize));
-    if (block) {
-        stream.Read(mDataSize, block);
-        mData = block;
-    } else {
-        // Not wanted now, or no memory for it: the image stays non-resident and can be
-        // loaded later from the recorded file.
-        stream.Skip(static_cast<uint64_t>(mDataSize));
-    }
+    mData = readBlock(stream, static_cast<uint64_t>(mDataSize));
 }
 
 bool zuImage::Equals(const zuRttiInterface* other) const
