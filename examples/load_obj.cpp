@@ -12,6 +12,8 @@
 #include <zuSceneGraph/zuSceneGraph.h>
 #include <zuSceneGraph/culling/zuCuller.h>
 #include <zuSceneGraph/io/zuIoManager.h>
+#include <zuSceneGraph/scenegraph/zuBaseLODPolicy.h>
+#include <zuSceneGraph/scenegraph/zuLODNode.h>
 #include <zuSceneGraph/scenegraph/zuNode.h>
 #include <zuSceneGraph/scenegraph/zuTriangles.h>
 #include <zuSceneGraph/states/zuCamera.h>
@@ -90,7 +92,8 @@ int run(const std::string& fileName)
 
     zu::zuCuller culler;
     culler.SetCamera(camera);
-    culler.ComputeVisibleSet(scene, nullptr, false);
+    // Level-of-detail nodes show the level the distance policy chooses (none without a policy).
+    culler.ComputeVisibleSet(scene, zu::zuLODNode::GetBasePolicy(), false);
     const std::vector<zu::zuRenderableSpatial*>& visible = culler.GetVisibleSet();
 
     const std::vector<zu::zuBaseGeometry*> parts = partsOf(scene);

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # The installed library as an application meets it: installs the build into a fresh prefix,
-# then builds the examples against that prefix alone, the three ways the README shows (the
-# CMake package, the pkg-config file through CMake, the pkg-config file on a compiler line),
-# and runs what it built.
+# then builds against that prefix alone, and runs, the examples (through the CMake package,
+# through the pkg-config file from CMake, and on a compiler line with pkg-config) and the
+# README's first program (its CMakeLists.txt and main.cpp, taken from the README).
 #
 #     installedExamples.sh SOURCE_DIR BUILD_DIR CXX
 set -euo pipefail
@@ -50,3 +50,20 @@ step "first_scene with $cxx \$(pkg-config --cflags --libs zuSceneGraph)"
 "$cxx" -o "$work/first_scene" "$source/examples/first_scene.cpp" $(pkg-config --cflags --libs zuSceneGraph) \
     -Wl,-rpath,"$libdir"
 "$work/first_scene"
+
+step "the README's first program"
+readmeBlock() {  # the fenced block after the line <!-- readme-check: NAME -->
+    awk -v name="$1" '
+        $0 == "<!-- readme-check: " name " -->" { wanted = 1; next }
+        wanted && /^```/ { if (inside) exit; inside = 1; next }
+        inside { print }' "$source/README.md"
+}
+mkdir -p "$work/readme"
+readmeBlock CMakeLists.txt > "$work/readme/CMakeLists.txt"
+readmeBlock main.cpp > "$work/readme/main.cpp"
+cmake -S "$work/readme" -B "$work/readme/build" "${generator[@]}" -DCMAKE_CXX_COMPILER="$cxx" \
+    -DCMAKE_PREFIX_PATH="$prefix" > "$work/readme.log"
+cmake --build "$work/readme/build"
+output=$(cd "$work/readme" && ./build/myapp)
+echo "$output"
+[ "$output" = "$(printf '1 of 2 meshes visible\n2 blocks read back')" ]
