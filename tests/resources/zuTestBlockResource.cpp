@@ -1,6 +1,6 @@
 #include "resources/zuTestBlockResource.h"
 
-#include <zuSceneGraph/resources/zuRendererInterface.h>
+#include <zuSceneGraph/resources/zuBlockResourceSave.h>
 
 #include <vector>
 
@@ -48,12 +48,18 @@ int zuTestBlockResource::GetDiskUsed(const zuBaseStream& stream) const
     return zuUnnamedObject::GetDiskUsed(stream) + 4 + mSize;
 }
 
+void zuTestBlockResource::checkSave(zuBaseStream& stream) const
+{
+    zuBlockResourceSave::Check(stream, *this);
+}
+
 void zuTestBlockResource::Save(zuBaseStream& stream) const
 {
-    const zuRendererInterface::ResidentScope resident(this);
     zuUnnamedObject::Save(stream);
     stream.Write(mSize);
-    storeStreamInfo(&stream);
+    const zuBlockResourceSave block(stream, *this);
+    if (block.isReadable())
+        storeStreamInfo(&stream);
     if (mData)
         stream.Write(mSize, mData);
     else

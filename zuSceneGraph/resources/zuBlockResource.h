@@ -24,7 +24,9 @@ template <class Resource, class Handler> class zuBlockResourceHandlerOf;
 //
 // The kind defines Load, Save, GetDiskUsed, Equals, Clone and createHandler itself, and
 // gives its two type numbers and its CPU size in bytes (an expression of its members).
-// Its handler reaches `mData` through zuBlockResourceHandlerOf.
+// Its handler reaches `mData` through zuBlockResourceHandlerOf. It also defines checkSave,
+// which the register pass of a save calls: it refuses the save (zuBaseStream::refuseSave)
+// when the record cannot be written as it must, at least through zuBlockResourceSave::Check.
 #define ZU_BLOCK_RESOURCE_OPERATIONS(Base, resourceType, handlerType, cpuSize)                        \
     const zuRtti& GetType() const override { return TYPE; }                                         \
     zuObject* GetObjectByName(const std::string& name) override { return Base::GetObjectByName(name); } \
@@ -36,7 +38,14 @@ template <class Resource, class Handler> class zuBlockResourceHandlerOf;
     void Load(zuBaseStream& stream, zuLink* link) override;                                         \
     void Link(zuBaseStream& stream, zuLink* link) override { Base::Link(stream, link); }            \
     bool PostLink() override { return Base::PostLink(); }                                           \
-    bool Register(zuBaseStream& stream) const override { return Base::Register(stream); }           \
+    bool Register(zuBaseStream& stream) const override                                              \
+    {                                                                                               \
+        const bool first = Base::Register(stream);                                                  \
+        if (first && stream.IsRegisteringForSave() && !stream.isStreamError())                      \
+            checkSave(stream);                                                                      \
+        return first;                                                                               \
+    }                                                                                               \
+    void checkSave(zuBaseStream& stream) const;                                                     \
     void Save(zuBaseStream& stream) const override;                                                 \
     int GetDiskUsed(const zuBaseStream& stream) const override;                                     \
     bool Equals(const zuRttiInterface* other) const override;                                       \

@@ -53,6 +53,9 @@ public:
     // The most bytes the block can take in the file from the stream offset on (a batch
     // reads that far ahead). The default: the CPU size.
     virtual uint64_t getMaxFileBytes() const { return mCPUSize; }
+    // The fewest bytes the block can take in the file from the stream offset on (a save
+    // checks that its file still holds them). The default: the CPU size.
+    virtual uint64_t getMinFileBytes() const { return mCPUSize; }
     // The block of `resource`, a resource of this handler's type (the caller checked it).
     virtual char* getCPUBlock(zuDynamicLoadingResource* resource) const = 0;
     // Sets the block pointer of `resource` (null: not resident) and frees nothing.

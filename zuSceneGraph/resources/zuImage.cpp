@@ -2,8 +2,8 @@
 
 #include <zuSceneGraph/resources/zuBlockResourceHandler.h>
 #include <zuSceneGraph/resources/zuBlockResourceRequests.h>
+#include <zuSceneGraph/resources/zuBlockResourceSave.h>
 #include <zuSceneGraph/resources/zuImageHandler.h>
-#include <zuSceneGraph/resources/zuRendererInterface.h>
 
 #include <algorithm>
 #include <cstring>
@@ -159,17 +159,22 @@ int zuImage::GetDiskUsed(const zuBaseStream& stream) const
     return static_cast<int>(std::min<int64_t>(size, std::numeric_limits<int>::max()));
 }
 
+void zuImage::checkSave(zuBaseStream& stream) const
+{
+    zuBlockResourceSave::Check(stream, *this);
+}
+
 void zuImage::Save(zuBaseStream& stream) const
 {
-    const zuRendererInterface::ResidentScope resident(this);
-
     zuNamedObject::Save(stream);
     stream.Write(static_cast<int>(mFormat));
     stream.Write(mWidth);
     stream.Write(mHeight);
     stream.Write(mDataSize);
+    const zuBlockResourceSave block(stream, *this);
     // From now on the block is found in the stream being written.
-    storeStreamInfo(&stream);
+    if (block.isReadable())
+        storeStreamInfo(&stream);
     if (mData)
         stream.Write(mDataSize, mData);
     else

@@ -1,6 +1,7 @@
 #include <zuSceneGraph/resources/zuIndexBuffer.h>
 
 #include <zuSceneGraph/resources/zuBlockResourceHandler.h>
+#include <zuSceneGraph/resources/zuBlockResourceSave.h>
 #include <zuSceneGraph/resources/zuIndexBufferHandler.h>
 #include <zuSceneGraph/resources/zuRendererInterface.h>
 #include <zuSceneGraph/stream/zuBaseStream.h>
@@ -104,6 +105,7 @@ bool zuIndexBuffer::resizeIndexBuffer(int quantity)
         std::memset(block + kept, 0, static_cast<size_t>(bytes - kept));
     zuBlockResourceHandler::ReplaceBlock(mData, block);
     mIndexQuantity = quantity;
+    forgetFile();
     return true;
 }
 
@@ -129,7 +131,16 @@ bool zuIndexBuffer::ConvertToShort()
     }
     mIndexType = INDEX_16;
     zuBlockResourceHandler::ReplaceBlock(mData, block);
+    forgetFile();
     return true;
+}
+
+void zuIndexBuffer::forgetFile()
+{
+    // The file holds the indices in their old form or count: reading them back from there
+    // as they are now would give other numbers.
+    clearStreamInfo();
+    mFileDeltaWidth = 0;
 }
 
 bool zuIndexBuffer::swapIndexBuffer(zuIndexBuffer& other)
@@ -220,7 +231,7 @@ int zuIndexBuffer::deltaWidthForSave() const
     if (mFileDeltaWidth != 0)
         return mFileDeltaWidth;
     // Indices from an older file, not resident: the width needs them.
-    const zuRendererInterface::ResidentScope resident(this);
+    const zuRendererInterface::ResidentScope resident(this, true);
     return PackedDeltaWidth(mIndexQuantity, reinterpret_cast<const unsigned int*>(mData));
 }
 
@@ -235,21 +246,16 @@ bool zuIndexBuffer::readPacked(zuBaseStream& stream, bool load)
         return false;
     }
     mFileDeltaWidth = width;
-    const int64_t deltaBytes = (static_cast<int64_t>(mIndexQuantity) - 1) * width;
+    // An empty buffer's first index stands for nothing.
+    const int64_t deltaBytes = (std::max(mIndexQuantity, 1) - 1) * static_cast<int64_t>(width);
     char* block = nullptr;
     if (load && mIndexQuantity > 0 && stream.CheckCount(mIndexQuantity - 1, static_cast<uint64_t>(width)))
         block = zuBlockResourceHandler::AllocateBlock(static_cast<uint64_t>(mIndexQuantity) * 4);
     if (stream.isStreamError())
         return false;
     if (!block) {
-        // Not wanted now (or no memory for it): skip the first index and the deltas, as
-        // the reader of this format always has, whatever the count.
-        if (load && mIndexQuantity == 0) {
-            int first = 0;
-            stream.Read(first);
-        } else {
-            stream.Skip(static_cast<uint64_t>(deltaBytes + 4));
-        }
+        // Not wanted now (or no memory for it): skip the first index and the deltas.
+        stream.Skip(static_cast<uint64_t>(deltaBytes + 4));
         return !stream.isStreamError();
     }
     int first = 0;
@@ -304,59 +310,74 @@ int zuIndexBuffer::GetDiskUsed(const zuBaseStream& stream) const
     return size;
 }
 
+void zuIndexBuffer::checkSave(zuBaseStream& stream) const
+{
+    zuBlockResourceSave::Check(stream, *this);
+}
+
 void zuIndexBuffer::Save(zuBaseStream& stream) const
 {
-    const zuRendererInterface::ResidentScope resident(this);
-
     zuUnnamedObject::Save(stream);
     const zuStreamVersion& version = stream.GetVersion();
     stream.Write(mIndexQuantity);
     if (version >= zuStreamVersion(5, 2))
         stream.Write(static_cast<int>(mIndexType));
+    const bool packed = mIndexQuantity != 0 && isPackedIn(version);
+    // Taken before the indices are brought in: in the state GetDiskUsed saw them.
+    const int width = packed ? deltaWidthForSave() : 0;
+    const zuBlockResourceSave block(stream, *this);
     // From now on the data is found in the stream being written.
-    storeStreamInfo(&stream);
-    mFileDeltaWidth = 0;
+    if (block.isReadable()) {
+        storeStreamInfo(&stream);
+        mFileDeltaWidth = width;
+    }
     const unsigned int* indices32 = mIndexType == INDEX_32 ? reinterpret_cast<const unsigned int*>(mData) : nullptr;
     const unsigned short* indices16 = mIndexType == INDEX_32 ? nullptr : reinterpret_cast<const unsigned short*>(mData);
-    if (mIndexQuantity != 0) {
-        if (isPackedIn(version)) {
-            const int width = PackedDeltaWidth(mIndexQuantity, indices32);
-            stream.Write(static_cast<char>(width));
-            stream.Write(static_cast<int>(indices32 ? indices32[0] : 0u));
-            if (indices32) {
-                char chunk[DELTA_CHUNK * 4];
-                for (int done = 1; done < mIndexQuantity;) {
-                    const int count = std::min(DELTA_CHUNK, mIndexQuantity - done);
-                    unsigned char* out = reinterpret_cast<unsigned char*>(chunk);
-                    for (int k = done; k < done + count; ++k) {
-                        const uint32_t delta = indices32[k] - indices32[k - 1];
-                        for (int b = 0; b < width; ++b)
-                            *out++ = static_cast<unsigned char>(delta >> (8 * b));
-                    }
-                    stream.Write(count * width, chunk);
-                    done += count;
-                }
-            } else {
-                stream.WriteZeros(static_cast<uint64_t>(mIndexQuantity - 1) * width);
-            }
-            mFileDeltaWidth = width;
-        } else if (mIndexType == INDEX_32) {
-            if (indices32)
-                stream.Write(mIndexQuantity, indices32);
-            else
-                stream.WriteZeros(static_cast<uint64_t>(mIndexQuantity) * 4);
-        } else if (version < zuStreamVersion(5, 2)) {
-            // These streams know only 32-bit indices.
-            for (int k = 0; k < mIndexQuantity; ++k)
-                stream.Write(static_cast<unsigned int>(indices16 ? indices16[k] : 0));
-        } else if (indices16) {
-            stream.Write(mIndexQuantity, indices16);
-        } else {
-            stream.WriteZeros(static_cast<uint64_t>(mIndexQuantity) * 2);
-        }
+    if (packed) {
+        stream.Write(static_cast<char>(width));
+        stream.Write(static_cast<int>(indices32 ? indices32[0] : 0u));
+        if (indices32)
+            writeDeltas(stream, width);
+        else
+            stream.WriteZeros(static_cast<uint64_t>(mIndexQuantity - 1) * width);
+    } else if (mIndexQuantity != 0 && mIndexType == INDEX_32) {
+        if (indices32)
+            stream.Write(mIndexQuantity, indices32);
+        else
+            stream.WriteZeros(static_cast<uint64_t>(mIndexQuantity) * 4);
+    } else if (mIndexQuantity != 0 && version < zuStreamVersion(5, 2)) {
+        // These streams know only 32-bit indices.
+        for (int k = 0; k < mIndexQuantity; ++k)
+            stream.Write(static_cast<unsigned int>(indices16 ? indices16[k] : 0));
+    } else if (indices16) {
+        stream.Write(mIndexQuantity, indices16);
+    } else {
+        stream.WriteZeros(static_cast<uint64_t>(mIndexQuantity) * 2);
     }
     if (version >= zuStreamVersion(4, 2) && version < zuStreamVersion(6, 32))
         stream.Write(0);
+}
+
+void zuIndexBuffer::writeDeltas(zuBaseStream& stream, int width) const
+{
+    // A delta that does not fit the width the record was sized with cannot be written.
+    const int32_t limit = width == 1 ? 127 : 32767;
+    const unsigned int* indices = reinterpret_cast<const unsigned int*>(mData);
+    char chunk[DELTA_CHUNK * 4];
+    for (int done = 1; done < mIndexQuantity;) {
+        const int count = std::min(DELTA_CHUNK, mIndexQuantity - done);
+        unsigned char* out = reinterpret_cast<unsigned char*>(chunk);
+        for (int k = done; k < done + count; ++k) {
+            const uint32_t delta = indices[k] - indices[k - 1];
+            const int32_t signedDelta = static_cast<int32_t>(delta);
+            if (width < 4 && (signedDelta > limit || signedDelta < -limit - 1))
+                zuBlockResourceSave::Refuse(stream, *this, "its indices changed since their size was counted");
+            for (int b = 0; b < width; ++b)
+                *out++ = static_cast<unsigned char>(delta >> (8 * b));
+        }
+        stream.Write(count * width, chunk);
+        done += count;
+    }
 }
 
 void zuIndexBuffer::Load(zuBaseStream& stream, zuLink* link)
@@ -386,8 +407,10 @@ void zuIndexBuffer::Load(zuBaseStream& stream, zuLink* link)
     const bool load = hasToLoad();
     bool valid = true;
     if (packed) {
-        // Read whatever the count: see the class comment.
-        valid = readPacked(stream, load);
+        // An empty buffer has a width and a first index only when its record holds them
+        // (see the class comment).
+        if (mIndexQuantity != 0 || stream.GetRecordBytesLeft() > 0)
+            valid = readPacked(stream, load);
     } else if (mIndexQuantity != 0) {
         const int64_t bytes = static_cast<int64_t>(getCPUSize());
         char* block = load ? zuBlockResourceHandler::AllocateBlock(static_cast<uint64_t>(bytes)) : nullptr;

@@ -28,10 +28,10 @@ class zuResourceRequestClientInterface;
 // (as ints before 5.2, where the reader knows only 32-bit indices). An empty buffer
 // writes no data.
 //
-// The reader keeps an asymmetry of the format: for a 32-bit buffer in a 6.32 stream it
-// reads the width byte and the first index even when the count is 0, while the writer
-// writes nothing then. Such a record does not load (its fields overrun its size), so an
-// empty 32-bit buffer is best not saved.
+// An empty 32-bit buffer in a 6.32 stream: the writer writes nothing after the type, as
+// always, while other writers may put a width byte and a first index there. The record's
+// size tells which: the reader reads the two only when the record holds more bytes, so
+// both forms load.
 class zuIndexBuffer : public zuBindable, public zuDynamicLoadingResource, public zuUnnamedObject {
 public:
     // Stored as a 32-bit integer; any value other than 1 is taken as 16-bit.
@@ -85,12 +85,13 @@ public:
     // A new array of `quantity` indices: the old ones as far as they fit, zeros after them.
     // Growing allocates without throwing: false, buffer unchanged, when the memory is not
     // there (or the array would pass 2 GB). Shrinking allocates as new does. A non-resident
-    // buffer gets zeros only.
+    // buffer gets zeros only. The indices then exist in memory only (no file to read them
+    // back from, so no delete drops them unforced).
     bool resizeIndexBuffer(int quantity);
     // Makes a 32-bit buffer 16-bit. False with the message "cannot convert iBuffer if
     // already loaded" when the buffer is bound on the renderer; true at once when it is
     // 16-bit already; false, buffer unchanged, when an index exceeds 65535 or a non-empty
-    // buffer is not resident.
+    // buffer is not resident. Converted indices exist in memory only, as resized ones.
     bool ConvertToShort();
     // Exchanges count, type, arrays and file information; false, changing nothing, when
     // either buffer is bound on the renderer.
@@ -132,8 +133,9 @@ public:
     // CPU size is indexQuantity × 4 for INDEX_32, × 2 otherwise.
     // GetDiskUsed needs the delta width of packed data: from the indices when resident, else
     // from the width read or written at the recorded offset, else by loading the indices for
-    // the count. Save makes the array resident for the write (and drops it again when it was
-    // not), and records the offset of the data in the stream written. Load refuses (marks
+    // the count. Save packs with that same width, makes the array resident for the write
+    // (zuBlockResourceSave: refused when it cannot) and records the offset of the data in
+    // the stream written. Load refuses (marks
     // the stream corrupt) counts the data cannot hold and unknown delta widths, leaving the
     // buffer empty; when the resource is not to be loaded now the data is skipped (for
     // packed data the width byte is read to know how far). Equals compares count and type,
@@ -145,8 +147,10 @@ public:
 private:
     bool isPackedIn(const zuStreamVersion& version) const;
     int deltaWidthForSave() const;
+    void writeDeltas(zuBaseStream& stream, int width) const;
     bool readPacked(zuBaseStream& stream, bool load);
     void clearContents();
+    void forgetFile();
 
     char* mData = nullptr;
     int mIndexQuantity = 0;

@@ -21,13 +21,13 @@ void zuIndexBufferHandler::setBufferHandler(const zuIndexBuffer* buffer)
     mWidened = !is32 && getStreamVersion() < zuStreamVersion(5, 2);
 }
 
-uint64_t zuIndexBufferHandler::getMaxFileBytes() const
+uint64_t zuIndexBufferHandler::fileBytes(uint64_t deltaWidth) const
 {
     const uint64_t count = getCPUSize() / static_cast<uint64_t>(mIndexSize);
     if (count == 0)
         return 0;
     if (mPacked)
-        return 1 + 4 * count;
+        return 5 + (count - 1) * deltaWidth;
     return mWidened ? 4 * count : getCPUSize();
 }
 

@@ -33,9 +33,13 @@ public:
     bool readCPUBlock(zuBlockReader& reader, char* block) const override;
     // Packed: the width byte, the first index and 4 bytes per later index at the widest;
     // widened: 4 bytes per index.
-    uint64_t getMaxFileBytes() const override;
+    uint64_t getMaxFileBytes() const override { return fileBytes(4); }
+    // Packed: the width byte, the first index and 1 byte per later index at the narrowest.
+    uint64_t getMinFileBytes() const override { return fileBytes(1); }
 
 private:
+    // The bytes of the indices in the file, with packed deltas of `deltaWidth` bytes.
+    uint64_t fileBytes(uint64_t deltaWidth) const;
     bool readPackedBlock(zuBlockReader& reader, unsigned int* indices, uint64_t count) const;
     bool readWidenedBlock(zuBlockReader& reader, unsigned short* indices, uint64_t count) const;
 

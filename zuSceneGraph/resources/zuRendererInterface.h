@@ -33,9 +33,12 @@ public:
     // Keeps a resource's block in memory while it lives: LoadCPUData when it starts and, when
     // the block was not resident before, DeleteCPUData (not forced) when it ends. A Save
     // writes within one, so that saving leaves a block where it was.
+    // `whileUnderWay`: the same even while a request for the resource is under way, for a
+    // caller that must have the bytes now (a save); the request, finalised later on this
+    // thread, then replaces or drops whatever block it finds, as it would have anyway.
     class ResidentScope {
     public:
-        explicit ResidentScope(const zuDynamicLoadingResource* resource);
+        explicit ResidentScope(const zuDynamicLoadingResource* resource, bool whileUnderWay = false);
         ~ResidentScope();
         ResidentScope(const ResidentScope&) = delete;
         ResidentScope& operator=(const ResidentScope&) = delete;
@@ -43,6 +46,7 @@ public:
     private:
         zuDynamicLoadingResource* mResource;
         bool mWasResident;
+        bool mWhileUnderWay;
     };
 };
 

@@ -2,6 +2,7 @@
 
 #include <zuSceneGraph/math/zuGenericTransformation.h>
 #include <zuSceneGraph/resources/zuBlockResourceHandler.h>
+#include <zuSceneGraph/resources/zuBlockResourceSave.h>
 #include <zuSceneGraph/resources/zuRendererInterface.h>
 #include <zuSceneGraph/resources/zuVertexBufferHandler.h>
 #include <zuSceneGraph/stream/zuBaseStream.h>
@@ -120,6 +121,8 @@ void zuVertexBuffer::resizeVertexBuffer(int quantity)
     zuBlockResourceHandler::ReplaceBlock(mData, block);
     mVertexQuantity = quantity;
     mDataSize = static_cast<int>(size);
+    // The file holds the block of the old size: it cannot be read back from there.
+    clearStreamInfo();
 }
 
 void zuVertexBuffer::copyVertexFormat(zuVertexBuffer* target) const
@@ -131,6 +134,7 @@ void zuVertexBuffer::copyVertexFormat(zuVertexBuffer* target) const
     target->mVertexQuantity = mVertexQuantity;
     target->mDataSize = mDataSize;
     zuBlockResourceHandler::ReplaceBlock(target->mData, nullptr);
+    target->clearStreamInfo();
 }
 
 float* zuVertexBuffer::tuple(Group group, int unit, int i) const
@@ -354,10 +358,25 @@ int zuVertexBuffer::GetDiskUsed(const zuBaseStream& stream) const
     return size;
 }
 
+void zuVertexBuffer::checkSave(zuBaseStream& stream) const
+{
+    checkSizesFit(stream);
+    zuBlockResourceSave::Check(stream, *this);
+}
+
+void zuVertexBuffer::checkSizesFit(zuBaseStream& stream) const
+{
+    // Up to 5.1 the sizes are counted in floats: a remainder would be lost.
+    if (stream.GetVersion() <= zuStreamVersion(5, 1) && mVertexSize % 4 != 0)
+        zuBlockResourceSave::Refuse(stream, *this,
+                                    "a vertex of " + std::to_string(mVertexSize)
+                                        + " bytes cannot be stored in a stream of version 5.1 or older, which counts"
+                                          " vertex sizes in floats");
+}
+
 void zuVertexBuffer::Save(zuBaseStream& stream) const
 {
-    const zuRendererInterface::ResidentScope resident(this);
-
+    checkSizesFit(stream);
     zuUnnamedObject::Save(stream);
     const zuStreamVersion& version = stream.GetVersion();
     // Up to 5.1 the sizes are counted in floats.
@@ -365,8 +384,10 @@ void zuVertexBuffer::Save(zuBaseStream& stream) const
     stream.Write(sizesInFloats ? mVertexSize / 4 : mVertexSize);
     stream.Write(mVertexQuantity);
     stream.Write(sizesInFloats ? mDataSize / 4 : mDataSize);
+    const zuBlockResourceSave block(stream, *this);
     // From now on the block is found in the stream being written.
-    storeStreamInfo(&stream);
+    if (block.isReadable())
+        storeStreamInfo(&stream);
     if (mData)
         stream.Write(mDataSize, mData);
     else

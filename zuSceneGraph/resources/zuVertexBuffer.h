@@ -88,9 +88,11 @@ public:
     // resizes to `quantity`. False, changing nothing, otherwise.
     bool setVertexFormat(const zuAttributes& layout, int quantity);
     // A new block for `quantity` vertices: the old bytes as far as they fit, zero bytes
-    // after them. A non-resident buffer gets zero bytes only.
+    // after them. A non-resident buffer gets zero bytes only. The block then exists in
+    // memory only (no file to read it back from, so no delete drops it unforced).
     void resizeVertexBuffer(int quantity);
-    // Gives `target` this layout, quantity and sizes, and frees the target's block.
+    // Gives `target` this layout, quantity and sizes, frees the target's block and forgets
+    // its file.
     void copyVertexFormat(zuVertexBuffer* target) const;
 
     // The address of a group of vertex i (unit `unit` of a family), or null when the group
@@ -228,8 +230,9 @@ public:
     static unsigned int msVertexBufferHandlerID;
 
     // The zuObject operations, then the resource operations (see zuBlockResource.h).
-    // Save makes the block resident for the write (and drops it again when it was not), and
-    // records the offset of the block in the stream written. Load refuses (marks the stream
+    // Save makes the block resident for the write (zuBlockResourceSave: refused when it
+    // cannot) and records the offset of the block in the stream written; up to 5.1 it refuses
+    // a vertex size that is not a whole number of floats. Load refuses (marks the stream
     // corrupt) negative sizes, a dataSize other than vertexSize × vertexQuantity, sizes or
     // unit counts the data cannot hold, negative channel counts, and a layout wider than
     // vertexSize; the buffer is then left empty. Equals compares sizes and layout
@@ -239,6 +242,8 @@ public:
     ZU_BLOCK_RESOURCE_OPERATIONS(zuUnnamedObject, msVertexBufferID, msVertexBufferHandlerID, mDataSize);
 
 private:
+    // Refuses the save when the stream cannot store this vertex size.
+    void checkSizesFit(zuBaseStream& stream) const;
     float* tuple(zuAttributes::Group group, int unit, int i) const;
     template <class T> T& component(zuAttributes::Group group, int unit, int i)
     {

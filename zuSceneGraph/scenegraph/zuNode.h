@@ -32,7 +32,8 @@ public:
     static void UnRegisterFactory() { UnregisterFactoryFunction(TYPE.GetName()); }
 
     // The deepest a loaded node may sit (its number of ancestors): far beyond real scenes,
-    // well within the stack that the recursive walks need.
+    // well within the stack that the recursive walks need. A load cuts a node nested deeper
+    // off its parent (see finishLoadedTrees).
     static constexpr int MAX_LOADED_DEPTH = 4096;
 
     zuNode();
@@ -110,11 +111,10 @@ public:
     int GetDiskUsed(const zuBaseStream& stream) const override;
     void Save(zuBaseStream& stream) const override;
     void Load(zuBaseStream& stream, zuLink* link) override;
-    // A reference that is not a spatial object, or would close a cycle (this node or an
-    // ancestor), or names a child that has a parent already, leaves its slot empty.
+    // A reference that is not a spatial object, or is this node, or names a child that has
+    // a parent already, leaves its slot empty. The children are installed without marks;
+    // the load's tree pass (finishLoadedTrees) marks them afterwards.
     void Link(zuBaseStream& stream, zuLink* link) override;
-    // The spatial part's, then a node nested deeper than MAX_LOADED_DEPTH leaves its parent.
-    bool PostLink() override;
     // The spatial part and the slot count; the children are not compared.
     bool Equals(const zuRttiInterface* other) const override;
     // The node itself: a node is created for an empty target; children are not copied (a
@@ -131,8 +131,26 @@ protected:
     }
 
 private:
+    struct NodeFrame {
+        zuNode* node;
+        int next;       // the next slot to visit
+        uint32_t bits;  // the marks gathered from the children so far
+    };
+    class NodeStack;
+
     // Reallocates the array to exactly n slots, moving the first min(n, count) children.
     void resizeSlots(int n);
+
+    // The tree pass of a load, run once after every record is linked. Each tree is walked
+    // once, on a stack of its own: its marks become those that attaching the children one
+    // by one in reading order gives (the order of every file Save writes), a node with more
+    // than MAX_LOADED_DEPTH ancestors is cut off its parent (and finished as a root of its
+    // own), and a cycle of parents that a crafted file can make is cut open.
+    static void finishLoadedTrees(zuBaseStream& stream);
+    // Finishes the tree of a parentless object; returns the spatial objects it reached,
+    // those cut off included.
+    static size_t finishLoadedTree(zuSpatial* root);
+    static void breakLoadedCycles(zuBaseStream& stream);
 
     zuPointer<zuSpatial>* mChildren = nullptr;
     int mChildCount = 0;

@@ -5,6 +5,7 @@
 #include <zuSceneGraph/stream/zuDataStreamLoader.h>
 #include <zuSceneGraph/stream/zuRttiCustomInformation.h>
 
+#include <zuSystem/zuLog.h>
 #include <zuSystem/zuProgressNotifierInterface.h>
 
 #include <algorithm>
@@ -127,8 +128,18 @@ void zuBaseStream::registerTopLevel()
     clearObjectMap();
     clearCustomInformations();
     mRecordSizes.clear();
+    mRegisteringForSave = true;
     for (zuRttiInterface* object : mTopLevel)
         object->Register(*this);
+    mRegisteringForSave = false;
+}
+
+void zuBaseStream::refuseSave(const std::string& message)
+{
+    if (mStreamError)
+        return;
+    zuLog::instance().write("zustream", message);
+    recordError(message);
 }
 
 uint64_t zuBaseStream::computeSaveSize()
@@ -187,6 +198,8 @@ bool zuBaseStream::Save(char*& buffer, unsigned long& size)
 {
     clearStreamError();
     registerTopLevel();
+    if (mStreamError)
+        return false;
     const uint64_t total = computeSaveSize();
     char* data = total ? new char[total] : nullptr;
     resetBufferState();
@@ -321,6 +334,12 @@ zuRttiInterface* zuBaseStream::getFromMapAndRemove(uint64_t identifier)
     return entry->object;
 }
 
+void zuBaseStream::requestLinkedPass(LinkedPass pass)
+{
+    if (std::find(mLinkedPasses.begin(), mLinkedPasses.end(), pass) == mLinkedPasses.end())
+        mLinkedPasses.push_back(pass);
+}
+
 void zuBaseStream::removeUnreferencedObjects()
 {
     // Entries that no reference waits for already read as absent in getFromMapAndRemove:
@@ -355,6 +374,8 @@ void zuBaseStream::loadRecords(bool detailedFactoryMessage)
     };
     RecentFactory recent[RECENT_FACTORY_COUNT];
     size_t nextRecent = 0;
+    // A type without a factory may mean that no type has one: the library was not started.
+    bool registryChecked = false;
     // Progress counts every byte once, the header and the top-level markers included, so
     // that the steps of a complete load add up to the size of the stream.
     uint64_t reported = 0;
@@ -383,6 +404,12 @@ void zuBaseStream::loadRecords(bool detailedFactoryMessage)
             RecentFactory& entry = recent[nextRecent++ % RECENT_FACTORY_COUNT];
             entry.type = name;
             entry.factory = factory;
+        }
+        if (!factory && !registryChecked) {
+            registryChecked = true;
+            if (zuRttiInterface::GetFactoryNames().empty())
+                zuLog::instance().write("zustream", "No factory is registered for any type: the library must be started "
+                                                    "with zu::initializeZuSceneGraph() before a stream is loaded");
         }
         if (factory) {
             zuRttiInterface* object = factory(*this);
@@ -443,11 +470,14 @@ void zuBaseStream::finishLoad()
             zuLink* link = linkAt(i);
             link->getObject()->Link(*this, link);
         }
+        for (LinkedPass pass : mLinkedPasses)
+            pass(*this);
         for (size_t i = 0; i < mLinkCount; ++i) {
             if (!linkAt(i)->getObject()->PostLink())
                 std::cerr << "zuBaseStream error : cannot post link object\n";
         }
     }
+    mLinkedPasses.clear();
     deleteLinks();
     clearCustomInformations();
 }

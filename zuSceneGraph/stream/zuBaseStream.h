@@ -83,6 +83,15 @@ public:
 
     // Save passes: an object registers itself once; false when it was registered already.
     bool registerObject(const zuRttiInterface* object);
+    // True during the register pass of a save (not when a caller registers objects only to
+    // list them): an object whose record cannot be written as it must says so then, with
+    // refuseSave, before anything is written.
+    bool IsRegisteringForSave() const { return mRegisteringForSave; }
+    // Fails the save under way: `message` says which object cannot be written and why. The
+    // first refusal is logged (category "zustream") and raises the stream-error flag, so
+    // that the save stops before the next record and hands nothing out; a refusal in the
+    // register pass fails it before a byte is written.
+    void refuseSave(const std::string& message);
     int GetOrderedObjectCount() const { return static_cast<int>(mOrdered.size()); }
     const zuRttiInterface* GetOrderedObjectAt(int i) const { return mOrdered[static_cast<size_t>(i)]; }
 
@@ -95,6 +104,15 @@ public:
     void ReadLink(zuLink* link);
     zuRttiInterface* getFromMapAndRemove(uint64_t identifier);
     void removeUnreferencedObjects();
+    // A pass over the whole of a load, run once after the link pass and before the
+    // post-link pass: where one record's links cannot see the shape that all of them make
+    // (the scene graph checks and marks its loaded trees there, in one linear walk).
+    using LinkedPass = void (*)(zuBaseStream& stream);
+    // Asks for `pass` to run in this load; asking again for the same pass changes nothing.
+    void requestLinkedPass(LinkedPass pass);
+    // The objects this load created, in reading order, while the load's links last.
+    size_t GetLoadedObjectCount() const { return mLinkCount; }
+    zuRttiInterface* GetLoadedObjectAt(size_t i) const { return linkAt(i)->getObject(); }
     // Builds a T and lets it read its record: the body of every class's Factory.
     template <class T>
     static zuRttiInterface* LoadNew(zuBaseStream& stream)
@@ -156,6 +174,15 @@ public:
     // Checks, before anything is allocated, that `count` elements of `elementSize` bytes
     // can still be read; a negative or too large count sets the stream-error flag.
     bool CheckCount(int64_t count, uint64_t elementSize);
+    // The bytes of the record being read that its size field (from 6.0) still announces
+    // after the current position; before 6.0, where records carry no size, the bytes left.
+    uint64_t GetRecordBytesLeft() const
+    {
+        if (mVersion < zuStreamVersion(6, 0))
+            return GetRemaining();
+        const uint64_t end = mRecordStart + mRecordSize;
+        return end > GetOffset() ? end - GetOffset() : 0;
+    }
 
     // Primitives. Multi-byte values are little-endian; there is no padding.
     void Read(bool& value);
@@ -382,6 +409,7 @@ private:
     // had no size pass, as a container's has not), and the record being written.
     std::vector<int> mRecordSizes;
     size_t mWritingRecord = 0;
+    bool mRegisteringForSave = false;
     std::unordered_set<const zuRttiInterface*> mRegistered;
     std::vector<const zuRttiInterface*> mOrdered;
     // Raw storage: a link is constructed when an object takes it, so that a load of one
@@ -399,6 +427,7 @@ private:
     zuReferenceMap mReferences;
     std::unordered_map<const zuRttiInterface*, zuRttiCustomInformation*> mCustomInformations;
     std::vector<std::pair<const zuRtti*, zuDataStreamLoader*>> mStreamLoaders;
+    std::vector<LinkedPass> mLinkedPasses;
     zuProgressNotifierInterface* mProgress = nullptr;
     std::shared_ptr<const std::string> mSharedPath;
     bool mKeepMovedResources = false;

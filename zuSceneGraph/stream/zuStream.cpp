@@ -24,7 +24,7 @@ bool zuStream::Save(zuIoDevice&, const std::string&, bool)
 
 bool zuStream::save(bool append)
 {
-    registerTopLevel();
+    // The version first: objects checking what they can write need the right one.
     if (!append) {
         if (GetVersion().GetMajor() < 6) {
             // A new stream has version 0.00: the usual way here is a caller who never named one.
@@ -39,6 +39,12 @@ bool zuStream::save(bool append)
             zuLog::instance().write("zustream", GetErrorText());
             return false;
         }
+    }
+    registerTopLevel();
+    // An object refused the save: nothing goes to the device.
+    if (isStreamError())
+        return false;
+    if (!append) {
         char header[32];
         const int length = std::snprintf(header, sizeof header, "MVK %01d.%02d", GetVersion().GetMajor(),
                                          GetVersion().GetMinor());

@@ -34,8 +34,9 @@ public:
     virtual void writele(int size, int count, const void* source) { writeValues(source, size, static_cast<uint64_t>(count)); }
     // Writes `length` bytes of text (the caller counts the NUL).
     virtual void writeNullTerminatedString(int length, const char* text) = 0;
-    // Points `text` at the text up to and including the first NUL within the data at hand
-    // and moves past it; false when there is none.
+    // Points `text` at the text up to and including the first NUL within the next
+    // zuStreamVersion::LENGTH_V4 bytes (the longest header field) and moves past it; false
+    // when there is none.
     virtual bool readNullTerminatedString(int& length, char** text) = 0;
     // Raw bytes, with no byte-order conversion.
     virtual void writeData(int size, int count, const void* source) = 0;

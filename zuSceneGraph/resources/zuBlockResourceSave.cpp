@@ -1,0 +1,52 @@
+#include <zuSceneGraph/resources/zuBlockResourceSave.h>
+
+#include <zuSceneGraph/resources/zuBlockResourceHandler.h>
+#include <zuSceneGraph/resources/zuDynamicLoadingResource.h>
+#include <zuSceneGraph/stream/zuBaseStream.h>
+
+#include <filesystem>
+#include <memory>
+#include <system_error>
+
+namespace zu {
+
+namespace {
+
+std::string unreadableBlock(const zuDynamicLoadingResource& resource)
+{
+    if (resource.getResourceFilePath().empty())
+        return "its block is not in memory and it has no file to read it from";
+    return "its block is not in memory and cannot be read from \"" + resource.getResourceFilePath() + "\" at offset "
+        + std::to_string(resource.getStreamOffset());
+}
+
+} // namespace
+
+zuBlockResourceSave::zuBlockResourceSave(zuBaseStream& stream, const zuDynamicLoadingResource& resource)
+    : mScope(&resource, true), mReadable(resource.isCPUResident() || resource.getCPUSize() == 0)
+{
+    if (!mReadable)
+        Refuse(stream, resource, unreadableBlock(resource));
+}
+
+void zuBlockResourceSave::Check(zuBaseStream& stream, const zuDynamicLoadingResource& resource)
+{
+    if (resource.isCPUResident() || resource.getCPUSize() == 0)
+        return;
+    // The block is read when its record is written; here its file need only hold it.
+    const std::unique_ptr<zuBlockResourceHandler> handler(zuBlockResourceHandler::CreateFor(&resource));
+    std::error_code error;
+    const std::string& path = resource.getResourceFilePath();
+    const uintmax_t size = path.empty() ? 0 : std::filesystem::file_size(path, error);
+    if (path.empty() || error || !handler || size < resource.getStreamOffset() + handler->getMinFileBytes())
+        Refuse(stream, resource, unreadableBlock(resource));
+}
+
+void zuBlockResourceSave::Refuse(zuBaseStream& stream, const zuDynamicLoadingResource& resource,
+                                 const std::string& reason)
+{
+    stream.refuseSave(std::string("Cannot save \"") + resource.getTypeName() + "\" (object "
+                      + std::to_string(resource.getResourceID()) + "): " + reason);
+}
+
+} // namespace zu
