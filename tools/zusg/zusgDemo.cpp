@@ -15,11 +15,8 @@
 #include <zuSceneGraph/culling/zuCuller.h>
 #include <zuSceneGraph/resources/zuDynamicLoadingResource.h>
 #include <zuSceneGraph/resources/zuIndexBuffer.h>
-#include <zuSceneGraph/resources/zuRendererInterface.h>
 #include <zuSceneGraph/resources/zuVertexBuffer.h>
 #include <zuSceneGraph/scenegraph/zuBaseGeometry.h>
-#include <zuSceneGraph/stream/zuFileStream.h>
-#include <zuSystem/zuFileIoDevice.h>
 #include <zuSystem/zuOutputStreamVersion.h>
 
 #include <unistd.h>
@@ -110,40 +107,6 @@ int fail(const std::string& why)
     return Failure;
 }
 
-// What a walk of the whole tree finds.
-struct TreeCount {
-    int objects = 0;
-    int leaves = 0;
-    int buffers = 0;
-    int resident = 0;  // buffers whose data is in memory
-};
-
-void countTree(const zu::zuSpatial* object, TreeCount& count)
-{
-    ++count.objects;
-    if (object->IsDerived(zu::zuBaseGeometry::TYPE)) {
-        const auto* leaf = static_cast<const zu::zuBaseGeometry*>(object);
-        ++count.leaves;
-        const zu::zuDynamicLoadingResource* buffers[] = {leaf->GetVertices(), leaf->GetIndices()};
-        for (const zu::zuDynamicLoadingResource* buffer : buffers) {
-            count.buffers += buffer ? 1 : 0;
-            count.resident += buffer && buffer->isCPUResident() ? 1 : 0;
-        }
-    } else if (object->IsDerived(zu::zuNode::TYPE)) {
-        const auto* node = static_cast<const zu::zuNode*>(object);
-        for (int i = 0; i < node->getNbChildren(); ++i)
-            if (const zu::zuSpatial* child = node->getChild(i))
-                countTree(child, count);
-    }
-}
-
-TreeCount countTree(const zu::zuNode* root)
-{
-    TreeCount count;
-    countTree(root, count);
-    return count;
-}
-
 // The child slots from the root down to the object, as "/k1/k2/...": the same leaf in a
 // loaded copy of the tree has the same path.
 std::string treePath(const zu::zuSpatial* object)
@@ -192,77 +155,48 @@ std::string compareVisible(const Leaves& loaded, const Leaves& original)
     return {};
 }
 
-bool save(zu::zuNode* root, const std::string& path)
-{
-    zu::zuFileStream stream;
-    stream.SetVersion(zu::zuStreamVersion(zu::zuMajorOutputStreamVersion, zu::zuMinorOutputStreamVersion));
-    stream.InsertTopLevel(root);
-    zu::zuFileIoDevice device(path, zu::zuFileIoDevice::WriteOnly);
-    const bool saved = device.isOpen() && stream.Save(device, path, false);
-    device.close();
-    return saved && !device.isError();
-}
-
-zu::zuPointer<zu::zuNode> load(const std::string& path)
-{
-    zu::zuFileStream stream;
-    zu::zuFileIoDevice device(path, zu::zuFileIoDevice::ReadOnly);
-    if (!device.isOpen() || !stream.Load(device, path) || stream.GetObjectCount() != 1)
-        return nullptr;
-    zu::zuRttiInterface* object = stream.GetObjectAt(0);
-    return object && object->IsDerived(zu::zuNode::TYPE) ? static_cast<zu::zuNode*>(object) : nullptr;
-}
-
-// Reads back the buffers of the given leaves, at once on this thread and in one batch; the
-// number of buffers, or -1 when one could not be read.
-int readBack(const Leaves& leaves)
-{
-    std::vector<zu::zuDynamicLoadingResource*> all;
-    std::vector<zu::zuDynamicLoadingResource*> resources;
-    for (zu::zuRenderableSpatial* leaf : leaves) {
-        leaf->getResources(resources);
-        for (zu::zuDynamicLoadingResource* resource : resources)
-            if (resource)
-                all.push_back(resource);
-    }
-    const size_t resident = zu::zuRendererInterface::LoadCPUData(all);
-    return resident == all.size() ? static_cast<int>(all.size()) : -1;
-}
-
 std::string residentText(const TreeCount& count)
 {
     return grouped(count.resident) + " of " + grouped(count.buffers) + " buffers in memory";
 }
 
-// The steps, from the build to the last check; the caller removes the file.
-int runSteps(int depth, const std::string& path)
-{
-    const W1Assembly workload(depth);
-    std::printf("zusg demo: the W1 assembly, depth %d, %d children per node\n", depth, workload.fanOut());
+// The scene the loads must give back: the tree, its camera, its counts and what it sees.
+struct Original {
+    zu::zuPointer<zu::zuNode> root;
+    zu::zuPointer<zu::zuCamera> camera;
+    TreeCount count;
+    Leaves seen;
+};
 
+int buildStep(const W1Assembly& workload, Original& original)
+{
     Stopwatch watch;
-    zu::zuPointer<zu::zuNode> original = workload.build();
+    original.root = workload.build();
     const double buildTime = watch.milliseconds();
-    const zu::zuPointer<zu::zuCamera> camera = workload.camera();
-    const TreeCount built = countTree(original);
+    original.camera = workload.camera();
+    const TreeCount& built = original.count = countTree(original.root);
     printStep("build",
               grouped(built.objects) + " objects, " + grouped(built.leaves) + " meshes, " + grouped(built.buffers)
                   + " buffers",
               buildTime);
 
     watch = Stopwatch();
-    original->UpdateGS();
+    original.root->UpdateGS();
     printStep("update", "UpdateGS: world transformations and bounds", watch.milliseconds());
 
     watch = Stopwatch();
-    const Leaves seen = cull(original, camera);
-    printStep("cull", grouped(seen.size()) + " of " + grouped(built.leaves) + " leaves visible",
+    original.seen = cull(original.root, original.camera);
+    printStep("cull", grouped(original.seen.size()) + " of " + grouped(built.leaves) + " leaves visible",
               watch.milliseconds());
-    if (seen.empty())
+    if (original.seen.empty())
         return fail("the camera sees no leaf of the original");
+    return Success;
+}
 
-    watch = Stopwatch();
-    if (!save(original, path))
+int saveStep(const Original& original, const std::string& path)
+{
+    Stopwatch watch;
+    if (!saveTree(original.root, path))
         return fail("could not save " + path);
     const double saveTime = watch.milliseconds();
     std::error_code error;
@@ -273,10 +207,15 @@ int runSteps(int depth, const std::string& path)
     std::snprintf(version, sizeof version, "MVK %d.%02d, ", zu::zuMajorOutputStreamVersion,
                   zu::zuMinorOutputStreamVersion);
     printStep("save", version + grouped(size) + " bytes", saveTime);
+    return Success;
+}
 
-    // Load 1: every buffer read with the tree.
-    watch = Stopwatch();
-    zu::zuPointer<zu::zuNode> full = load(path);
+// Every buffer read with the tree.
+int fullLoadStep(const Original& original, const std::string& path)
+{
+    const TreeCount& built = original.count;
+    Stopwatch watch;
+    zu::zuPointer<zu::zuNode> full = loadTree(path);
     const double fullTime = watch.milliseconds();
     if (!full)
         return fail("could not load " + path);
@@ -288,17 +227,22 @@ int runSteps(int depth, const std::string& path)
                     + std::to_string(built.buffers));
     watch = Stopwatch();
     full->UpdateGS();
-    const std::string fullDiffers = compareVisible(cull(full, camera), seen);
+    const std::string fullDiffers = compareVisible(cull(full, original.camera), original.seen);
     if (!fullDiffers.empty())
         return fail("full load: " + fullDiffers);
-    printStep("check", "full: update, cull, the same " + grouped(seen.size()) + " leaves and buffers",
+    printStep("check", "full: update, cull, the same " + grouped(original.seen.size()) + " leaves and buffers",
               watch.milliseconds());
+    return Success;
+}
 
-    // Load 2: the vertex and index buffers stay in the file until asked for.
+// The vertex and index buffers stay in the file until the visible leaves ask for them.
+int lazyLoadStep(const Original& original, const std::string& path)
+{
+    const TreeCount& built = original.count;
     zu::zuDynamicLoadingResource::SetLoadPolicy(zu::zuVertexBuffer::TYPE, false);
     zu::zuDynamicLoadingResource::SetLoadPolicy(zu::zuIndexBuffer::TYPE, false);
-    watch = Stopwatch();
-    zu::zuPointer<zu::zuNode> lazy = load(path);
+    Stopwatch watch;
+    zu::zuPointer<zu::zuNode> lazy = loadTree(path);
     const double lazyTime = watch.milliseconds();
     zu::zuDynamicLoadingResource::ClearLoadingPolicies();
     if (!lazy)
@@ -312,7 +256,7 @@ int runSteps(int depth, const std::string& path)
     // Bounds come from the file: the tree is culled before any buffer is read.
     watch = Stopwatch();
     lazy->UpdateGS();
-    const Leaves lazySeen = cull(lazy, camera);
+    const Leaves lazySeen = cull(lazy, original.camera);
     printStep("cull", "lazy: update, " + grouped(lazySeen.size()) + " leaves visible", watch.milliseconds());
 
     watch = Stopwatch();
@@ -329,11 +273,28 @@ int runSteps(int depth, const std::string& path)
         return fail(std::to_string(read) + " buffers read back but " + residentText(restored));
 
     watch = Stopwatch();
-    const std::string lazyDiffers = compareVisible(lazySeen, seen);
+    const std::string lazyDiffers = compareVisible(lazySeen, original.seen);
     if (!lazyDiffers.empty())
         return fail("lazy load: " + lazyDiffers);
-    printStep("check", "lazy: the same " + grouped(seen.size()) + " leaves and buffers", watch.milliseconds());
+    printStep("check", "lazy: the same " + grouped(original.seen.size()) + " leaves and buffers",
+              watch.milliseconds());
     return Success;
+}
+
+// The steps, from the build to the last check; the caller removes the file.
+int runSteps(int depth, const std::string& path)
+{
+    const W1Assembly workload(depth);
+    std::printf("zusg demo: the W1 assembly, depth %d, %d children per node\n", depth, workload.fanOut());
+    Original original;
+    int status = buildStep(workload, original);
+    if (status == Success)
+        status = saveStep(original, path);
+    if (status == Success)
+        status = fullLoadStep(original, path);
+    if (status == Success)
+        status = lazyLoadStep(original, path);
+    return status;
 }
 
 } // namespace

@@ -103,6 +103,11 @@ public:
     // block. A stream that keeps moved resources (zuBaseStream::keepMovedResources) is told
     // where the block was before.
     void storeStreamInfo(zuBaseStream* stream) const;
+    // What a Load does at its block: records where the block starts (storeStreamInfo), then
+    // reads `size` bytes into a new block when the resource must be loaded now and the
+    // memory is there, or else skips them, so that the resource stays non-resident and can
+    // be loaded later from the recorded file. The new block (freed with FreeBlock), or null.
+    char* readBlock(zuBaseStream& stream, uint64_t size) const;
     // Gives `target` this resource's offset, version and path.
     void copyStreamInfo(zuDynamicLoadingResource* target) const;
     // Forgets the file: the block now exists only in memory (a kind whose block is

@@ -260,6 +260,9 @@ private:
         return mData + static_cast<ptrdiff_t>(i) * mVertexSize + static_cast<int>(offset);
     }
     void clearContents();
+    bool readSizes(zuBaseStream& stream);
+    static bool readLayout(zuBaseStream& stream, zuAttributes& layout);
+    static void writeLayout(zuBaseStream& stream, const zuAttributes& layout);
 
     char* mData = nullptr;
     zuAttributes mAttributes;
