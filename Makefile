@@ -103,8 +103,10 @@ bench-micro: setup-benchmark
 	@$(MAKE) --no-print-directory build
 	@for b in $(BUILD)/bin/bench_*; do echo "== $$b"; $$b --benchmark_min_time=0.2; done
 
+# The demo's checks, and the camera's view of its scene as a picture in out/demo.svg.
 demo: build
-	$(BUILD)/bin/zusg demo
+	@mkdir -p out
+	$(BUILD)/bin/zusg demo --svg out/demo.svg
 
 # The API reference from the header comments, in $(BUILD)/docs/html (index.html).
 docs: setup-docs
