@@ -392,7 +392,12 @@ private:
     }
     void readAcrossWindows(void* destination, int size, uint64_t count);
     void writeAcrossWindows(const void* source, int size, uint64_t count);
-    static constexpr size_t RECENT_FACTORY_COUNT = 8;
+    // The steps of loadRecords.
+    bool readRecordName(std::string& name);
+    bool loadRecord(zuRttiInterface* (*factory)(zuBaseStream&), bool topLevel);
+    bool skipRecord(const std::string& name);
+    static void reportMissingFactory(const std::string& name, bool detailed);
+    bool stepProgress(uint64_t& reported);
     zuLink* linkAt(size_t i) const { return mLinkChunks[i >> LINK_CHUNK_SHIFT] + (i & (LINK_CHUNK_SIZE - 1)); }
     void deleteLinks();
     void buildReferenceMap();
