@@ -161,11 +161,18 @@ void readBlocksBack(const Objects& objects)
             static_cast<const zuRenderableSpatial*>(spatial)->getResources(held);
             resources.insert(resources.end(), held.begin(), held.end());
         }
+    // In bulk (neighbouring blocks read together), then one by one: both must agree.
+    std::erase(resources, nullptr);
+    const size_t loaded = zuRendererInterface::LoadCPUData(resources);
     for (zuDynamicLoadingResource* resource : resources)
-        if (resource) {
-            zuRendererInterface::LoadCPUData(resource);
-            zuRendererInterface::DeleteCPUData(resource, false);
-        }
+        zuRendererInterface::DeleteCPUData(resource, false);
+    size_t loadedAlone = 0;
+    for (zuDynamicLoadingResource* resource : resources) {
+        loadedAlone += zuRendererInterface::LoadCPUData(resource);
+        zuRendererInterface::DeleteCPUData(resource, false);
+    }
+    if (loaded != loadedAlone)
+        fail("blocks read in bulk and one by one disagree");
 }
 
 void fail(const char* what)

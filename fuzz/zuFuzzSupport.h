@@ -45,7 +45,7 @@ void updateAndCull(const Objects& objects);
 
 // Reads back, through the synchronous renderer interface, every block left in its file by
 // the objects of `objects` (buffers and images, also those of the geometry below nodes),
-// then drops the blocks again.
+// in bulk and then one by one (which must agree), dropping the blocks again after each.
 void readBlocksBack(const Objects& objects);
 
 // A finding that is no crash: prints what broke and aborts, so that the fuzzer keeps the input.
