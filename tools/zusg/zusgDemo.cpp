@@ -1,18 +1,22 @@
-// zusg demo [--depth N] [--keep FILE]: the library end to end, in a second or two.
+// zusg demo [--depth N] [--keep FILE] [--svg FILE]: the library end to end, in a second or two.
 //
 // Builds the W1 assembly of the benchmarks (zusgW1Assembly.h), each leaf a cube mesh with
 // its own vertex and index buffers; updates it and culls it from the W1 camera; saves it to
 // an object-stream file; loads the file back twice, with every buffer and with the vertex
 // and index buffers left in the file; reads back only the buffers of the leaves the second
 // tree sees; and checks that both loaded trees see the original's leaves, with the same
-// bounds and buffers. One line per step with its time, then "demo: OK"; at the first
-// difference, a message on standard error and status 1.
+// bounds and buffers. With --svg, it then draws what the camera sees of the second tree with
+// zuSvgBuilder into that file. One line per step with its time, then "demo: OK"; at the
+// first difference, a message on standard error and status 1.
 
 #include "zusgCommand.h"
 #include "zusgLibraryScope.h"
+#include "zusgModel.h"
+#include "zusgText.h"
 #include "zusgW1Assembly.h"
 
 #include <zuSceneGraph/culling/zuCuller.h>
+#include <zuSceneGraph/io/zuSvgBuilder.h>
 #include <zuSceneGraph/resources/zuDynamicLoadingResource.h>
 #include <zuSceneGraph/resources/zuIndexBuffer.h>
 #include <zuSceneGraph/resources/zuVertexBuffer.h>
@@ -44,6 +48,7 @@ using Leaves = std::vector<zu::zuRenderableSpatial*>;
 struct Options {
     int depth = DEFAULT_DEPTH;
     std::string keep;  // empty: save to a temporary file, removed at the end
+    std::string svg;   // empty: no picture
 };
 
 // Every option takes a value.
@@ -54,16 +59,17 @@ bool parseOptions(const std::vector<std::string>& arguments, Options& options)
             return false;
         const std::string& value = arguments[i + 1];
         if (arguments[i] == "--depth") {
-            char* end = nullptr;
-            const long depth = std::strtol(value.c_str(), &end, 10);
-            if (value.empty() || *end || depth < MIN_DEPTH || depth > MAX_DEPTH) {
+            const auto depth = parseWhole(value, MIN_DEPTH, MAX_DEPTH);
+            if (!depth) {
                 std::cerr << "zusg demo: --depth takes a whole number from " << MIN_DEPTH << " to " << MAX_DEPTH
                           << ", not '" << value << "'\n";
                 return false;
             }
-            options.depth = static_cast<int>(depth);
+            options.depth = static_cast<int>(*depth);
         } else if (arguments[i] == "--keep" && !value.empty()) {
             options.keep = value;
+        } else if (arguments[i] == "--svg" && !value.empty()) {
+            options.svg = value;
         } else {
             return false;
         }
@@ -81,19 +87,6 @@ public:
 private:
     std::chrono::steady_clock::time_point mStart = std::chrono::steady_clock::now();
 };
-
-// "4,469,305": the figures run to millions at the deeper levels.
-std::string grouped(uintmax_t value)
-{
-    const std::string digits = std::to_string(value);
-    std::string text;
-    for (size_t i = 0; i < digits.size(); ++i) {
-        if (i > 0 && (digits.size() - i) % 3 == 0)
-            text += ',';
-        text += digits[i];
-    }
-    return text;
-}
 
 void printStep(const char* step, const std::string& what, double milliseconds)
 {
@@ -235,8 +228,28 @@ int fullLoadStep(const Original& original, const std::string& path)
     return Success;
 }
 
-// The vertex and index buffers stay in the file until the visible leaves ask for them.
-int lazyLoadStep(const Original& original, const std::string& path)
+// The picture of what the camera sees: square, as the W1 camera's field of view is.
+int drawStep(const Leaves& seen, const zu::zuCamera& camera, const std::string& path)
+{
+    constexpr int SIZE = 800;
+    Stopwatch watch;
+    zu::zuSvgBuilder builder;
+    builder.setCamera(camera);
+    builder.setViewport(SIZE, SIZE);
+    std::string svg;
+    if (!builder.build(seen, svg) || !writeFileSafely(path, svg))
+        return fail("could not draw the view into " + path);
+    printStep("view", grouped(builder.getReport().triangles) + " triangles drawn as SVG, " + grouped(svg.size()) + " bytes",
+              watch.milliseconds());
+    std::error_code error;
+    const std::filesystem::path shown = std::filesystem::absolute(path, error);
+    std::printf("%-8s %s\n", "picture", (error ? path : shown.string()).c_str());
+    return Success;
+}
+
+// The vertex and index buffers stay in the file until the visible leaves ask for them; with
+// `svgPath`, the camera's view of them is drawn there.
+int lazyLoadStep(const Original& original, const std::string& path, const std::string& svgPath)
 {
     const TreeCount& built = original.count;
     zu::zuDynamicLoadingResource::SetLoadPolicy(zu::zuVertexBuffer::TYPE, false);
@@ -278,11 +291,11 @@ int lazyLoadStep(const Original& original, const std::string& path)
         return fail("lazy load: " + lazyDiffers);
     printStep("check", "lazy: the same " + grouped(original.seen.size()) + " leaves and buffers",
               watch.milliseconds());
-    return Success;
+    return svgPath.empty() ? Success : drawStep(lazySeen, *original.camera, svgPath);
 }
 
-// The steps, from the build to the last check; the caller removes the file.
-int runSteps(int depth, const std::string& path)
+// The steps, from the build to the last check and the picture; the caller removes the file.
+int runSteps(int depth, const std::string& path, const std::string& svgPath)
 {
     const W1Assembly workload(depth);
     std::printf("zusg demo: the W1 assembly, depth %d, %d children per node\n", depth, workload.fanOut());
@@ -293,7 +306,7 @@ int runSteps(int depth, const std::string& path)
     if (status == Success)
         status = fullLoadStep(original, path);
     if (status == Success)
-        status = lazyLoadStep(original, path);
+        status = lazyLoadStep(original, path, svgPath);
     return status;
 }
 
@@ -316,7 +329,7 @@ int runDemo(const std::vector<std::string>& arguments)
     int status = Success;
     {
         LibraryScope library;
-        status = runSteps(options.depth, path);
+        status = runSteps(options.depth, path, options.svg);
     }
     if (!options.keep.empty()) {
         if (status == Success)

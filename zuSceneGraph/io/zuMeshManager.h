@@ -67,6 +67,9 @@ public:
                   zuProgressNotifierInterface* progress, const Options& options, bool append);
     bool saveMesh(const zuPointer<zuObject>& object, zuIoDevice& device, const std::string& extension,
                   zuProgressNotifierInterface* progress, const Options& options, bool append);
+    // The driver that saveMeshes would choose for the file name (null when none accepts it),
+    // so that a caller can read its reports (getLastErrorsAndWarnings) after the save.
+    zuCoreMeshDriver* getSaveDriver(const std::string& fileName, const Options& options) const;
     // The sorted union of the extensions of every registered driver.
     std::set<std::string> getLoadExtensions() const;
     std::set<std::string> getSaveExtensions() const;
