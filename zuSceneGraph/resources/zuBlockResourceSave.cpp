@@ -23,10 +23,20 @@ std::string unreadableBlock(const zuDynamicLoadingResource& resource)
 } // namespace
 
 zuBlockResourceSave::zuBlockResourceSave(zuBaseStream& stream, const zuDynamicLoadingResource& resource)
-    : mScope(&resource, true), mReadable(resource.isCPUResident() || resource.getCPUSize() == 0)
+    : mResource(resource), mScope(&resource, true), mReadable(resource.isCPUResident() || resource.getCPUSize() == 0)
 {
     if (!mReadable)
         Refuse(stream, resource, unreadableBlock(resource));
+}
+
+void zuBlockResourceSave::writeBlock(zuBaseStream& stream, const char* data, int size) const
+{
+    if (mReadable)
+        mResource.storeStreamInfo(&stream);
+    if (data)
+        stream.Write(size, data);
+    else
+        stream.WriteZeros(static_cast<uint64_t>(size));
 }
 
 void zuBlockResourceSave::Check(zuBaseStream& stream, const zuDynamicLoadingResource& resource)
