@@ -2,7 +2,6 @@
 
 #include <zuSceneGraph/resources/zuBlockResourceSave.h>
 
-
 namespace zu::test {
 
 const zuRtti zuTestBlockResource::TYPE("zuTest.zuTestBlockResource", &zuObject::TYPE);
