@@ -5,20 +5,14 @@ TSAN_BUILD ?= build-tsan
 JOBS       ?= $(shell nproc)
 CMAKE_GEN  := $(shell command -v ninja >/dev/null 2>&1 && echo "-G Ninja")
 
-.PHONY: all setup setup-bench configure build test test-asan test-tsan bench bench-quick bench-micro demo install clean
+.PHONY: all setup setup-sanitizers setup-benchmark setup-bench setup-docs configure build test test-asan test-tsan \
+	bench bench-quick bench-micro demo docs install clean
 
 all: build
 
-# Installs what the build needs when it is missing (only possible as root).
-setup:
-	@missing=""; \
-	command -v cmake >/dev/null 2>&1 || missing="$$missing cmake"; \
-	command -v g++ >/dev/null 2>&1 || missing="$$missing g++"; \
-	command -v clang++ >/dev/null 2>&1 || missing="$$missing clang"; \
-	[ -f /usr/include/gtest/gtest.h ] || missing="$$missing libgtest-dev"; \
-	[ -f /usr/include/benchmark/benchmark.h ] || missing="$$missing libbenchmark-dev"; \
-	dpkg -s libclang-rt-14-dev >/dev/null 2>&1 || missing="$$missing libclang-rt-14-dev"; \
-	if [ -n "$$missing" ]; then \
+# Each target installs what it needs and nothing more, when it is missing (only possible as
+# root; otherwise it names the packages). `missing` collects the names, then:
+INSTALL_MISSING = if [ -n "$$missing" ]; then \
 	  if [ "$$(id -u)" = "0" ]; then \
 	    echo "installing:$$missing"; \
 	    apt-get update -qq && DEBIAN_FRONTEND=noninteractive apt-get install -y -qq $$missing; \
@@ -26,6 +20,35 @@ setup:
 	    echo "missing packages:$$missing (run as root to install them)"; \
 	  fi; \
 	fi
+
+# The build and its tests: a compiler, CMake, GoogleTest, and pkg-config for the test that
+# builds the examples against an installation.
+setup:
+	@missing=""; \
+	command -v cmake >/dev/null 2>&1 || missing="$$missing cmake"; \
+	command -v g++ >/dev/null 2>&1 || missing="$$missing g++"; \
+	command -v pkg-config >/dev/null 2>&1 || missing="$$missing pkg-config"; \
+	[ -f /usr/include/gtest/gtest.h ] || missing="$$missing libgtest-dev"; \
+	$(INSTALL_MISSING)
+
+# The sanitizer builds use clang and its runtime libraries.
+setup-sanitizers: setup
+	@missing=""; \
+	command -v clang++ >/dev/null 2>&1 || missing="$$missing clang"; \
+	dpkg -s libclang-rt-14-dev >/dev/null 2>&1 || missing="$$missing libclang-rt-14-dev"; \
+	$(INSTALL_MISSING)
+
+# Our own benchmark programs use Google Benchmark (without it they are not built).
+setup-benchmark: setup
+	@missing=""; \
+	[ -f /usr/include/benchmark/benchmark.h ] || missing="$$missing libbenchmark-dev"; \
+	$(INSTALL_MISSING)
+
+# The API reference.
+setup-docs:
+	@missing=""; \
+	command -v doxygen >/dev/null 2>&1 || missing="$$missing doxygen"; \
+	$(INSTALL_MISSING)
 
 configure: setup
 	cmake -S . -B $(BUILD) $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=Release -DZU_BUILD_BENCH=ON
@@ -37,14 +60,14 @@ test: build
 	cd $(BUILD) && ctest --output-on-failure -j $(JOBS)
 
 # The same suite under AddressSanitizer and UndefinedBehaviorSanitizer (clang).
-test-asan: setup
+test-asan: setup-sanitizers
 	CXX=clang++ cmake -S . -B $(ASAN_BUILD) $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=RelWithDebInfo \
 	  -DZU_SANITIZE=address,undefined -DZU_BUILD_BENCH=OFF
 	cmake --build $(ASAN_BUILD) -j $(JOBS)
 	cd $(ASAN_BUILD) && ctest --output-on-failure -j $(JOBS)
 
 # The thread-using tests under ThreadSanitizer (clang).
-test-tsan: setup
+test-tsan: setup-sanitizers
 	CXX=clang++ cmake -S . -B $(TSAN_BUILD) $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=RelWithDebInfo \
 	  -DZU_SANITIZE=thread -DZU_BUILD_BENCH=OFF -DZU_BUILD_TOOLS=OFF
 	cmake --build $(TSAN_BUILD) -j $(JOBS) --target zuSystemTests resourcesTests ioTests
@@ -53,7 +76,7 @@ test-tsan: setup
 # The peer libraries the benchmarks compare with; only `make bench` needs them.
 PEER_PACKAGES := libopenscenegraph-dev libtinyobjloader-dev libassimp-dev
 
-setup-bench: setup
+setup-bench: setup-benchmark
 	@missing=""; \
 	for p in $(PEER_PACKAGES); do dpkg -s $$p >/dev/null 2>&1 || missing="$$missing $$p"; done; \
 	if [ -n "$$missing" ]; then \
@@ -76,11 +99,20 @@ bench-quick: setup-bench
 	$(BUILD)/bin/peers_table --depth 4 --obj-grid 250 --runs 11
 
 # Our own Google Benchmark programs, one after the other.
-bench-micro: build
+bench-micro: setup-benchmark
+	@$(MAKE) --no-print-directory build
 	@for b in $(BUILD)/bin/bench_*; do echo "== $$b"; $$b --benchmark_min_time=0.2; done
 
+# The demo's checks, and the camera's view of its scene as a picture in out/demo.svg.
 demo: build
-	$(BUILD)/bin/zusg demo
+	@mkdir -p out
+	$(BUILD)/bin/zusg demo --svg out/demo.svg
+
+# The API reference from the header comments, in $(BUILD)/docs/html (index.html).
+docs: setup-docs
+	@mkdir -p $(BUILD)/docs
+	ZU_DOCS_OUTPUT=$(BUILD)/docs ZU_DOCS_VERSION=$$(sed -n 's/^project(zuSceneGraph VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt) \
+	  doxygen docs/Doxyfile
 
 install: build
 	cmake --install $(BUILD)

@@ -19,6 +19,7 @@
 // is kept when its ray hits.
 
 #include "zusgW1Assembly.h"
+#include "zusgW1Layout.h"
 
 #include <zuSceneGraph/scenegraph/zuNode.h>
 #include <zuSceneGraph/scenegraph/zuTriMesh.h>
@@ -46,21 +47,6 @@ struct PixelRay {
     float tmin, tmax;
 };
 
-class SplitMix64 {
-public:
-    uint64_t next()
-    {
-        uint64_t z = (mState += 0x9E3779B97F4A7C15ull);
-        z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9ull;
-        z = (z ^ (z >> 27)) * 0x94D049BB133111EBull;
-        return z ^ (z >> 31);
-    }
-    float unit() { return static_cast<float>(next() >> 40) * (1.0f / 16777216.0f); }
-
-private:
-    uint64_t mState = 42;
-};
-
 class Scene {
 public:
     static Scene& instance()
@@ -82,7 +68,7 @@ private:
         mRoot->UpdateGS();
         collect(mRoot);
         const zuPointer<zuCamera> camera = workload.camera();
-        SplitMix64 random;
+        zusg::SplitMix64 random(42);
         zuPicker picker;
         while (mRays.size() < RAYS) {
             const float x = random.unit() * VIEWPORT, y = random.unit() * VIEWPORT;

@@ -2,6 +2,8 @@
 // on 1,000,000 points, for each kind of transformation. The single-point calls go into the
 // shared library as an application's calls do; nothing of them is inlined here.
 
+#include "zusgW1Layout.h"
+
 #include <zuSceneGraph/math/zuGenericTransformation.h>
 
 #include <benchmark/benchmark.h>
@@ -18,26 +20,10 @@ using Matrix3 = Wm4::Matrix3f;
 
 constexpr int POINT_COUNT = 1000000;
 
-// splitmix64 seeded with 42, as every workload draws its numbers.
-class Random {
-public:
-    uint64_t next()
-    {
-        uint64_t z = (mState += 0x9E3779B97F4A7C15ull);
-        z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9ull;
-        z = (z ^ (z >> 27)) * 0x94D049BB133111EBull;
-        return z ^ (z >> 31);
-    }
-    float unit() { return static_cast<float>(next() >> 40) * 0x1.0p-24f; }
-
-private:
-    uint64_t mState = 42;
-};
-
 const std::vector<Vector3>& points()
 {
     static const std::vector<Vector3> cloud = [] {
-        Random random;
+        zusg::SplitMix64 random(42);
         std::vector<Vector3> p(POINT_COUNT);
         for (Vector3& v : p)
             v = Vector3(100 * random.unit() - 50, 100 * random.unit() - 50, 100 * random.unit() - 50);

@@ -96,10 +96,4 @@ bool zuDirUtils::FileExists(const std::string& path)
     return stat64(path.c_str(), &info) == 0 && !S_ISDIR(info.st_mode);
 }
 
-bool zuDirUtils::DirectoryExists(const std::string& path)
-{
-    struct stat64 info;
-    return stat64(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
-}
-
 } // namespace zu

@@ -21,8 +21,6 @@ public:
     static bool CopyFileUtf8(const std::string& source, const std::string& target);
     // True for an existing path that is not a folder.
     static bool FileExists(const std::string& path);
-    // True for an existing folder.
-    static bool DirectoryExists(const std::string& path);
 };
 
 } // namespace zu

@@ -10,8 +10,10 @@ namespace zu {
 
 namespace {
 
-// Parses the whole of text (surrounding blanks allowed) as a decimal integer.
-bool parseInteger(const std::string& text, int64_t& result)
+// Parses the whole of text (surrounding blanks allowed) as a decimal number of type T, with
+// the from_chars `format` arguments; independent of the locale, so "1.5" reads the same
+// everywhere.
+template <class T, class... Format> bool parseNumber(const std::string& text, T& result, Format... format)
 {
     const char* first = text.data();
     const char* last = first + text.size();
@@ -23,26 +25,18 @@ bool parseInteger(const std::string& text, int64_t& result)
         ++first;
     if (first == last)
         return false;
-    const auto [end, error] = std::from_chars(first, last, result);
+    const auto [end, error] = std::from_chars(first, last, result, format...);
     return error == std::errc() && end == last;
 }
 
-// Parses the whole of text (surrounding blanks allowed) as a decimal number; independent of
-// the locale, so "1.5" reads the same everywhere.
+bool parseInteger(const std::string& text, int64_t& result)
+{
+    return parseNumber(text, result);
+}
+
 bool parseDouble(const std::string& text, double& result)
 {
-    const char* first = text.data();
-    const char* last = first + text.size();
-    while (first < last && (*first == ' ' || *first == '\t'))
-        ++first;
-    while (last > first && (last[-1] == ' ' || last[-1] == '\t'))
-        --last;
-    if (first < last && *first == '+' && last - first > 1 && first[1] != '-')
-        ++first;
-    if (first == last)
-        return false;
-    const auto [end, error] = std::from_chars(first, last, result, std::chars_format::general);
-    return error == std::errc() && end == last;
+    return parseNumber(text, result, std::chars_format::general);
 }
 
 // The value of a bool, number or string as a double; false when it has none.

@@ -19,6 +19,8 @@
 #include <filesystem>
 #include <fstream>
 
+#include <sys/stat.h>
+
 namespace zu::test {
 namespace {
 
@@ -213,10 +215,12 @@ TEST_F(FileStreamMeshDriver, BadFilesFailWithTheirNameAndWhereTheyBreak)
     ASSERT_TRUE(save({zusg::W1Assembly::makeCube().get()}, "good.mvk"));
     const std::string good = bytes("good.mvk");
     std::filesystem::create_directories(path("folder.mvk"));
+    ASSERT_EQ(mkfifo(path("pipe.mvk").c_str(), 0600), 0);  // opening it would wait for a writer
     const int64_t cut = static_cast<int64_t>(good.size()) - 10;
     // The lines of the reports: where the stream broke.
     const struct { const char* name; std::string content; int64_t code, firstLine, lastLine; } cases[] = {{"folder.mvk", "", Driver::ERROR_FILE, -1, -1},
                  {"missing.mvk", "", Driver::ERROR_FILE, -1, -1},
+                 {"pipe.mvk", "", Driver::ERROR_FILE, -1, -1},
                  {"empty.mvk", "", Driver::ERROR_STREAM, 0, 0},
                  {"text.tqb", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n", Driver::ERROR_STREAM, 28, 28},
                  {"cut.mvk", good.substr(0, static_cast<size_t>(cut)), Driver::ERROR_STREAM, cut / 2, cut}};

@@ -1,3 +1,5 @@
+#include "support/zuOutputCapture.h"
+
 #include <zuSceneGraph/io/zuIoManager.h>
 #include <zuSceneGraph/io/zuMeshManager.h>
 #include <zuSceneGraph/io/zuObjMeshDriver.h>
@@ -12,6 +14,8 @@
 
 #include <filesystem>
 #include <fstream>
+
+using zu::test::zuOutputCapture;
 
 using namespace zu;
 
@@ -93,10 +97,10 @@ TEST_F(ObjMeshDriverTest, RefusesWhatItCannotDo)
     for (const Case& c : cases) {
         for (const bool toDevice : {false, true}) {
             zuMemoryIoDevice device;
-            ::testing::internal::CaptureStdout();
+            zuOutputCapture capturedOut(zuOutputCapture::STDOUT);
             const bool saved = toDevice ? driver.saveMeshes(c.objects, device, nullptr, {}, c.append)
                                         : driver.saveMeshes(c.objects, path("out.obj"), nullptr, {}, c.append);
-            EXPECT_EQ(::testing::internal::GetCapturedStdout(), c.output);
+            EXPECT_EQ(capturedOut.take(), c.output);
             EXPECT_EQ(saved, c.saved);
             std::vector<zuErrorMessage> errors;
             driver.getLastErrorsAndWarnings(errors);

@@ -2,6 +2,8 @@
 // every kind: each value's 4x4 is built here from its fields, and products and inverses are
 // those of the 4x4 matrices, independent of the class's own code.
 
+#include "zusgW1Layout.h"
+
 #include <zuSceneGraph/math/zuGenericTransformation.h>
 
 #include <Wm4/Wm4Matrix4.h>
@@ -43,24 +45,18 @@ Mat4 toMatrix(const zuGenericTransformation<Real>& t)
     return m;
 }
 
-// splitmix64, seeded: the same values on every machine.
+// The workloads' splitmix64, seeded: the same values on every machine.
 class Random {
 public:
-    explicit Random(uint64_t seed) : mState(seed) {}
-    uint64_t next()
-    {
-        uint64_t z = (mState += 0x9E3779B97F4A7C15ull);
-        z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9ull;
-        z = (z ^ (z >> 27)) * 0x94D049BB133111EBull;
-        return z ^ (z >> 31);
-    }
+    explicit Random(uint64_t seed) : mBits(seed) {}
+    uint64_t next() { return mBits.next(); }
     double unit() { return static_cast<double>(next() >> 11) * 0x1.0p-53; }
     double range(double low, double high) { return low + (high - low) * unit(); }
     // A magnitude in [0.5, 2] with a random sign.
     double scale() { return range(0.5, 2) * (next() & 1 ? -1 : 1); }
 
 private:
-    uint64_t mState;
+    zusg::SplitMix64 mBits;
 };
 
 enum Kind { IDENTITY, UNIFORM, NON_UNIFORM, AXIS_ALIGNED, AXIS_ALIGNED_UNIFORM, SIGNED_EQUAL, GENERAL, KIND_COUNT };

@@ -7,6 +7,7 @@
 
 #include "Wm4/Wm4TestHelpers.h"
 #include "scenegraph/zuSpatialTestHelpers.h"
+#include "support/zuOutputCapture.h"
 
 #include <gtest/gtest.h>
 
@@ -635,9 +636,9 @@ TEST(GenericTransformationStream, MatrixByRowsThenTranslationScaleAndThreeFlagBy
     EXPECT_TRUE(hasFlags(read(bytes, error), {false, true, true}));
     // A truncated value is an error, and says so.
     bytes.resize(58);
-    ::testing::internal::CaptureStderr();
+    zuOutputCapture capturedErr(zuOutputCapture::STDERR);
     read(bytes, error);
-    EXPECT_NE(::testing::internal::GetCapturedStderr().find("truncated"), std::string::npos);
+    EXPECT_NE(capturedErr.take().find("truncated"), std::string::npos);
     EXPECT_TRUE(error);
 }
 

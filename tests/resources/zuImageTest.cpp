@@ -2,6 +2,7 @@
 // dynamically loaded resource (load policy, file offset, synchronous and controller loads).
 
 #include "resources/zuResourceTestSupport.h"
+#include "support/zuOutputCapture.h"
 
 #include <zuSceneGraph/resources/zuImage.h>
 #include <zuSceneGraph/resources/zuRendererInterface.h>
@@ -133,14 +134,14 @@ TEST_F(Image, RecordAt6_32AndHostileRecords)
     // in either direction, dimensions whose product overflows 32 bits (it must not wrap round
     // to the size given), negative dimensions, a block larger than the data, or negative.
     zuLogCapture quiet;
-    testing::internal::CaptureStderr();
+    zuOutputCapture capturedErr(zuOutputCapture::STDERR);
     EXPECT_FALSE(loadSingle<zuImage>(imageStream(zuImage::RGB8, 2, 2, 11, pixels(11, 2)), V6_32));
     EXPECT_FALSE(loadSingle<zuImage>(imageStream(zuImage::RGB8, 3, 2, 12, block), V6_32));
     EXPECT_FALSE(loadSingle<zuImage>(imageStream(zuImage::RGBA8, 65536, 16384, 0, {}), V6_32));
     EXPECT_FALSE(loadSingle<zuImage>(imageStream(zuImage::RGB8, -2, -2, 12, block), V6_32));
     EXPECT_FALSE(loadSingle<zuImage>(imageStream(zuImage::L8, 1 << 20, 1 << 10, 1 << 30, block), V6_32));
     EXPECT_FALSE(loadSingle<zuImage>(imageStream(99, 1, 1, -1, {}), V6_32));
-    testing::internal::GetCapturedStderr();
+    capturedErr.take();
 }
 
 TEST_F(Image, NotLoadedByPolicyThenLoadedBackFromItsFile)

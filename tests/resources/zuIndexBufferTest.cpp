@@ -3,6 +3,7 @@
 // with and without a first index, and hostile records.
 
 #include "resources/zuResourceTestSupport.h"
+#include "support/zuOutputCapture.h"
 
 #include <zuSceneGraph/resources/zuIndexBuffer.h>
 #include <zuSceneGraph/resources/zuResourceIdentifier.h>
@@ -41,9 +42,9 @@ std::vector<char> streamOf(const zuBytes& fields, uint64_t identity, zuStreamVer
 // Loads quietly: the failing loads report on stderr.
 zuPointer<zuIndexBuffer> loadBuffer(std::vector<char> bytes, zuStreamVersion version, std::string* errors = nullptr)
 {
-    testing::internal::CaptureStderr();
+    zuOutputCapture capturedErr(zuOutputCapture::STDERR);
     zuPointer<zuIndexBuffer> loaded = loadSingle<zuIndexBuffer>(std::move(bytes), version);
-    const std::string captured = testing::internal::GetCapturedStderr();
+    const std::string captured = capturedErr.take();
     if (errors)
         *errors = captured;
     return loaded;
@@ -108,9 +109,9 @@ TEST_F(IndexBuffer, ConvertToShortAtTheSixteenBitLimitAndNotWhileBound)
     zuPointer<zuIndexBuffer> bound = makeIndices({1, 2});
     zuResourceIdentifier binding;
     bound->onLoad(nullptr, &binding);
-    testing::internal::CaptureStdout();
+    zuOutputCapture capturedOut(zuOutputCapture::STDOUT);
     EXPECT_FALSE(bound->ConvertToShort());
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "cannot convert iBuffer if already loaded\n");
+    EXPECT_EQ(capturedOut.take(), "cannot convert iBuffer if already loaded\n");
     EXPECT_EQ(bound->GetIndexType(), zuIndexBuffer::INDEX_32);
     EXPECT_FALSE(bound->swapIndexBuffer(*fits));
     bound->onRelease(&binding);

@@ -84,13 +84,7 @@ void zuTestBlockResource::Load(zuBaseStream& stream, zuLink* link)
     if (!stream.CheckCount(size, 1))
         return;
     mSize = size;
-    storeStreamInfo(&stream);
-    if (hasToLoad()) {
-        mData = zuBlockResourceHandler::AllocateBlock(static_cast<uint64_t>(mSize));
-        stream.Read(mSize, mData);
-    } else {
-        stream.Skip(static_cast<uint64_t>(mSize));
-    }
+    mData = readBlock(stream, static_cast<uint64_t>(mSize));
 }
 
 } // namespace zu::test

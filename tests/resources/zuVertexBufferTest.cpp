@@ -3,6 +3,7 @@
 // equality and the text dump.
 
 #include "resources/zuResourceTestSupport.h"
+#include "support/zuOutputCapture.h"
 
 #include <zuSceneGraph/math/zuGenericTransformation.h>
 #include <zuSceneGraph/objects/zuTSharedArray.h>
@@ -276,9 +277,9 @@ TEST_F(VertexBuffer, BakeMapsPositionsAsPointsAndDirectionsByTheInverseTranspose
     t.SetRotate(Wm4::Matrix3<float>(0.0f, -1.0f, 0.0f, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f, 1.0f));
     t.SetScale(V3(2.0f, 3.0f, 4.0f));
     t.SetTranslate(V3(10.0f, 20.0f, 30.0f));
-    testing::internal::CaptureStdout();
+    zuOutputCapture capturedOut(zuOutputCapture::STDOUT);
     buffer.BakeFromTransformation(t);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(capturedOut.take(), "");
     // S (1,2,3) = (2,6,12), R (x,y,z) = (-y,x,z).
     expectNear(buffer.Position3(0), V3(-6.0f + 10.0f, 2.0f + 20.0f, 12.0f + 30.0f));
     expectNear(buffer.Position3(1), V3(-1.5f + 10.0f, -8.0f + 20.0f, 30.0f));
@@ -312,9 +313,9 @@ TEST_F(VertexBuffer, BakeReportsGroupsItCannotMapAndStillMapsTheOthers)
     t.SetTranslate(V3(5.0f, 5.0f, 5.0f));
     t.SetRotate(Wm4::Matrix3<float>(1.0f, 0.0f, 0.0f, 0.0f, 0.0f, -1.0f, 0.0f, 1.0f, 0.0f));
 
-    testing::internal::CaptureStdout();
+    zuOutputCapture capturedOut(zuOutputCapture::STDOUT);
     buffer.BakeFromTransformation(t);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+    EXPECT_EQ(capturedOut.take(),
               "zuVertexBuffer::BakeFromTransformation is only supported for 3 position channels");
     EXPECT_EQ(buffer.Position2(0), Wm4::Vector2<float>(1.0f, 2.0f));
     // A quarter turn about x: (0,0,1) -> (0,-1,0), normalised.
@@ -327,15 +328,15 @@ TEST_F(VertexBuffer, BakeReportsGroupsItCannotMapAndStillMapsTheOthers)
     odd.SetTangentChannels(2);
     odd.SetBitangentChannels(1);
     zuVertexBuffer other(odd, 1);
-    testing::internal::CaptureStdout();
+    capturedOut.start();
     other.BakeFromTransformation(t);
     const std::string normal = "zuVertexBuffer::BakeFromTransformation is only supported for 3 normal channels";
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), normal + normal + normal);
+    EXPECT_EQ(capturedOut.take(), normal + normal + normal);
 
     // The identity does nothing at all, not even the messages.
-    testing::internal::CaptureStdout();
+    capturedOut.start();
     other.BakeFromTransformation(zuGenericTransformation<float>());
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(capturedOut.take(), "");
 }
 
 TEST_F(VertexBuffer, BuildCompatibleArrayReLaysOutAndFills)

@@ -115,6 +115,15 @@ inline int diskUsed(const zuRttiInterface* object, zuStreamVersion version)
     return object->GetDiskUsed(sizer);
 }
 
+// The number of nodes down the first slots from `root`.
+inline int chainDepth(const zuSpatial* root)
+{
+    int depth = 0;
+    for (const zuSpatial* s = root; s && s->IsDerived(zuNode::TYPE); s = static_cast<const zuNode*>(s)->getChild(0))
+        ++depth;
+    return depth;
+}
+
 // Loads `bytes`; the loaded top-level objects stay alive with the stream.
 struct Loaded {
     zuBaseStream stream;

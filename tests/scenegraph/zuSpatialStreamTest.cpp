@@ -319,14 +319,6 @@ TEST_F(SpatialStream, EveryGateKeepsSizeAndContentInStep)
 
 // Hostile files
 
-int chainDepth(const zuSpatial* root)
-{
-    int depth = 0;
-    for (const zuSpatial* s = root; s && s->IsDerived(zuNode::TYPE); s = static_cast<const zuNode*>(s)->getChild(0))
-        ++depth;
-    return depth;
-}
-
 TEST_F(SpatialStream, ReferencesThatWouldCloseACycleAreDropped)
 {
     // 0xA -> 0xB -> 0xC -> 0xA, and 0xD -> 0xD, linked in file order.
@@ -429,20 +421,6 @@ TEST_F(SpatialStream, HugeCountsFailTheLoadWithoutAllocating)
     };
     EXPECT_FALSE(tryLoad(withCount(V6_32, 4, -1), V6_32)) << "metadata count 4294967295";
     EXPECT_FALSE(tryLoad(withCount(zuStreamVersion(6, 0), 8, 100000000), zuStreamVersion(6, 0))) << "state count";
-}
-
-TEST_F(SpatialStream, NodesNestedBeyondTheLoadLimitAreCutOff)
-{
-    const int chain = zuNode::MAX_LOADED_DEPTH + 4;
-    zuBytes bytes;
-    for (int i = 0; i < chain; ++i)
-        appendPlainNode(bytes, 0x1000u + i, i + 1 < chain ? std::vector<uint64_t>{0x1001u + i} : std::vector<uint64_t>{}, i == 0);
-    Loaded loaded(bytes.bytes(), V6_32);
-    ASSERT_TRUE(loaded.ok);
-    zuNode* root = loaded.top<zuNode>(0);
-    ASSERT_NE(root, nullptr);
-    EXPECT_EQ(chainDepth(root), zuNode::MAX_LOADED_DEPTH + 1);
-    root->UpdateGS();
 }
 
 } // namespace

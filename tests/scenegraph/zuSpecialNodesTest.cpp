@@ -4,6 +4,7 @@
 // class checks of Equals and Clone.
 
 #include "scenegraph/zuSpatialTestHelpers.h"
+#include "support/zuOutputCapture.h"
 #include "support/zuTestLeaf.h"
 
 #include <zuSceneGraph/scenegraph/zuBillboardNode.h>
@@ -61,9 +62,9 @@ TEST_F(SpecialNodes, LevelSlotsGrowAndEmptyInPlaceAndAttachChildIsRefused)
     LODTree t;
     zuPointer<zuTestLeaf> other = new zuTestLeaf, far = new zuTestLeaf;
     zuNode* asNode = t.lod;
-    ::testing::internal::CaptureStderr();
+    zuOutputCapture capturedErr(zuOutputCapture::STDERR);
     EXPECT_EQ(asNode->attachChild(other), -1);
-    EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+    EXPECT_EQ(capturedErr.take(),
               "Can't use AttachChild With LOD Nodes, you have to use AttachLODChild instead\n");
     EXPECT_EQ(other->GetParent(), nullptr);
     EXPECT_TRUE(marked({t.lod, t.root, other}, 0));

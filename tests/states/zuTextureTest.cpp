@@ -2,6 +2,7 @@
 // shared images through the file container and through an image catalogue, resources.
 
 #include "states/zuStateRecords.h"
+#include "support/zuOutputCapture.h"
 
 #include <zuSceneGraph/states/zuMaterialState.h>
 #include <zuSceneGraph/states/zuTexture.h>
@@ -127,7 +128,7 @@ TEST_F(Texture, CutAndForgedRecordsFailCleanly)
     zuPointer<zuTextureState> state = new zuTextureState;
     state->AttachTexture(makeTexture(makeImage("cut.png", 4), zuTexture::CH_DIFFUSE, 0));
     const std::vector<char> whole = saveToBytes({state.get()}, V6_32);
-    testing::internal::CaptureStderr();
+    zuOutputCapture capturedErr(zuOutputCapture::STDERR);
     // A cut at a record boundary loads the records before it, whose references to the
     // missing ones stay empty; the image record is the last one.
     for (size_t length = 1; length < whole.size(); ++length) {
@@ -142,7 +143,7 @@ TEST_F(Texture, CutAndForgedRecordsFailCleanly)
     recordStart(forged.str("Top Level"), "zuCore.zuTextureState", 0x1000, "", 4 + 8);
     forged.i32(0x10000000).u64(0);
     EXPECT_TRUE(loadRecords(forged.bytes()).empty());
-    testing::internal::GetCapturedStderr();
+    capturedErr.take();
 }
 
 TEST_F(Texture, TexturesSharingOneImageStillShareItAfterLoading)

@@ -2,6 +2,7 @@
 // record boundary, succeed with the records that are there), hand out nothing when it fails,
 // free everything it built, and name the offset where the data broke.
 
+#include "support/zuOutputCapture.h"
 #include "support/zuTestObjects.h"
 
 #include <zuSceneGraph/stream/zuFileStream.h>
@@ -182,11 +183,11 @@ TEST_F(BadInput, EveryPrefixOfABufferFailsUnlessItEndsOnARecordBoundary)
             {
                 zuBaseStream stream;
                 stream.SetVersion(version);
-                ::testing::internal::CaptureStdout();
-                ::testing::internal::CaptureStderr();
+                zuOutputCapture capturedOut(zuOutputCapture::STDOUT);
+                zuOutputCapture capturedErr(zuOutputCapture::STDERR);
                 loaded = stream.Load(bytes.data(), bytes.size());
-                err = ::testing::internal::GetCapturedStderr();
-                ::testing::internal::GetCapturedStdout();
+                err = capturedErr.take();
+                capturedOut.take();
                 if (boundaries.count(prefix)) {
                     EXPECT_TRUE(loaded) << "prefix " << prefix;
                     EXPECT_EQ(err, "");
@@ -224,11 +225,11 @@ TEST_F(BadInput, EveryPrefixOfAFileStreamFailsUnlessItEndsOnARecordBoundary)
             std::string err;
             {
                 zuFileStream stream(blockSize);
-                ::testing::internal::CaptureStdout();
-                ::testing::internal::CaptureStderr();
+                zuOutputCapture capturedOut(zuOutputCapture::STDOUT);
+                zuOutputCapture capturedErr(zuOutputCapture::STDERR);
                 const bool loaded = stream.Load(device, "cut");
-                err = ::testing::internal::GetCapturedStderr();
-                ::testing::internal::GetCapturedStdout();
+                err = capturedErr.take();
+                capturedOut.take();
                 if (boundaries.count(prefix)) {
                     EXPECT_TRUE(loaded) << "prefix " << prefix;
                     EXPECT_EQ(err, "");
@@ -332,11 +333,11 @@ TEST_F(BadInput, ForgedLengthsCountsAndSizesAreReportedWhereTheyBreak)
             zuBaseStream stream;
             stream.SetVersion(zuStreamVersion(6, 32));
             std::vector<char> bytes = forgery.bytes.bytes();
-            ::testing::internal::CaptureStdout();
-            ::testing::internal::CaptureStderr();
+            zuOutputCapture capturedOut(zuOutputCapture::STDOUT);
+            zuOutputCapture capturedErr(zuOutputCapture::STDERR);
             EXPECT_FALSE(stream.Load(bytes.data(), bytes.size())) << forgery.what;
-            EXPECT_EQ(::testing::internal::GetCapturedStderr(), reportOf(forgery, 0)) << forgery.what;
-            ::testing::internal::GetCapturedStdout();
+            EXPECT_EQ(capturedErr.take(), reportOf(forgery, 0)) << forgery.what;
+            capturedOut.take();
             EXPECT_EQ(stream.GetObjectCount(), 0);
         }
         {
@@ -344,11 +345,11 @@ TEST_F(BadInput, ForgedLengthsCountsAndSizesAreReportedWhereTheyBreak)
             std::vector<char> bytes{'M', 'V', 'K', ' ', '6', '.', '3', '2', '\0'};
             bytes.insert(bytes.end(), forgery.bytes.bytes().begin(), forgery.bytes.bytes().end());
             zuMemoryIoDevice device(bytes);
-            ::testing::internal::CaptureStdout();
-            ::testing::internal::CaptureStderr();
+            zuOutputCapture capturedOut(zuOutputCapture::STDOUT);
+            zuOutputCapture capturedErr(zuOutputCapture::STDERR);
             EXPECT_FALSE(stream.Load(device, "forged")) << forgery.what;
-            EXPECT_EQ(::testing::internal::GetCapturedStderr(), reportOf(forgery, 9)) << forgery.what;
-            ::testing::internal::GetCapturedStdout();
+            EXPECT_EQ(capturedErr.take(), reportOf(forgery, 9)) << forgery.what;
+            capturedOut.take();
             EXPECT_EQ(stream.GetObjectCount(), 0);
         }
         ASSERT_EQ(zuTestNode::msLiving, 0) << forgery.what;
@@ -380,9 +381,9 @@ TEST_F(BadInput, LengthsAndSizesAtTheirLimitsThatStillFitLoad)
         stream.SetVersion(zuStreamVersion(6, 32));
         std::vector<char> bytes = emptySkip.bytes();
         bytes.insert(bytes.end(), negativeName.bytes().begin(), negativeName.bytes().end());
-        ::testing::internal::CaptureStdout();
+        zuOutputCapture capturedOut(zuOutputCapture::STDOUT);
         ASSERT_TRUE(stream.Load(bytes.data(), bytes.size()));
-        EXPECT_EQ(::testing::internal::GetCapturedStdout(), "Skipping object type zuTest.Nothing\n");
+        EXPECT_EQ(capturedOut.take(), "Skipping object type zuTest.Nothing\n");
         EXPECT_EQ(stream.GetObjectCount(), 1);
     }
 }

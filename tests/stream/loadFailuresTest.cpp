@@ -1,6 +1,7 @@
 // What loading does when a class misbehaves or a type is unknown: skipped records, stopped
 // loads and failed post-links.
 
+#include "support/zuOutputCapture.h"
 #include "support/zuTestObjects.h"
 
 #include <zuSceneGraph/stream/zuFileStream.h>
@@ -82,9 +83,9 @@ TEST_F(LoadFailures, FromVersion6AnUnknownTypeIsSkippedAndReferencesToItLinkAsNu
     }
     for (int blockSize : {0, 8, 16}) {
         Loader loader(blockSize, zuStreamVersion(6, 32));
-        ::testing::internal::CaptureStdout();
+        zuOutputCapture capturedOut(zuOutputCapture::STDOUT);
         const bool loaded = loader.load(records, "MVK 6.32");
-        EXPECT_EQ(::testing::internal::GetCapturedStdout(), "Skipping object type zuTest.zuTestOtherNode\n");
+        EXPECT_EQ(capturedOut.take(), "Skipping object type zuTest.zuTestOtherNode\n");
         ASSERT_TRUE(loaded) << "block " << blockSize;
         ASSERT_EQ(loader.stream().GetObjectCount(), 1);
         auto* root = static_cast<zuTestNode*>(loader.stream().GetObjectAt(0));
@@ -107,9 +108,9 @@ TEST_F(LoadFailures, FromVersion6AnUnknownTypeIsSkippedAndReferencesToItLinkAsNu
         records = saveToBytes({g.root}, zuStreamVersion(6, 0));
     }
     Loader loader(0, zuStreamVersion(6, 0));
-    ::testing::internal::CaptureStdout();
+    zuOutputCapture capturedOut(zuOutputCapture::STDOUT);
     ASSERT_TRUE(loader.load(records, "MVK 6.00"));
-    EXPECT_EQ(::testing::internal::GetCapturedStdout(), "Skipping object type zuTest.zuTestController\n");
+    EXPECT_EQ(capturedOut.take(), "Skipping object type zuTest.zuTestController\n");
     auto* root = static_cast<zuTestNode*>(loader.stream().GetObjectAt(0));
     ASSERT_EQ(root->GetControllerQuantity(), 1);
     EXPECT_EQ(root->GetController(0), nullptr);
@@ -135,11 +136,11 @@ TEST_F(LoadFailures, BeforeVersion6AnUnknownTypeStopsTheLoadWhichStillSucceeds)
     };
     for (const auto& c : cases) {
         Loader loader(c.blockSize, zuStreamVersion(5, 20));
-        ::testing::internal::CaptureStdout();
-        ::testing::internal::CaptureStderr();
+        zuOutputCapture capturedOut(zuOutputCapture::STDOUT);
+        zuOutputCapture capturedErr(zuOutputCapture::STDERR);
         const bool loaded = loader.load(records, "MVK 5.20");
-        EXPECT_EQ(::testing::internal::GetCapturedStderr(), c.message);
-        EXPECT_EQ(::testing::internal::GetCapturedStdout(), "");
+        EXPECT_EQ(capturedErr.take(), c.message);
+        EXPECT_EQ(capturedOut.take(), "");
         EXPECT_TRUE(loaded) << "block " << c.blockSize;
         EXPECT_FALSE(loader.stream().isStreamError());
         EXPECT_EQ(loader.stream().GetVersion(), zuStreamVersion(5, 20));
@@ -171,10 +172,10 @@ TEST_F(LoadFailures, AFailedPostLinkIsReportedAndTheLoadGoesOn)
     for (int blockSize : {0, 16}) {
         zuTestNode::msPostLinkCalls = 0;
         Loader loader(blockSize, zuStreamVersion(6, 32));
-        ::testing::internal::CaptureStderr();
+        zuOutputCapture capturedErr(zuOutputCapture::STDERR);
         const bool loaded = loader.load(records, "MVK 6.32");
         const std::string line = "zuBaseStream error : cannot post link object\n";
-        EXPECT_EQ(::testing::internal::GetCapturedStderr(), line + line + line);
+        EXPECT_EQ(capturedErr.take(), line + line + line);
         EXPECT_TRUE(loaded);
         EXPECT_EQ(zuTestNode::msPostLinkCalls, 3);
         ASSERT_EQ(loader.stream().GetObjectCount(), 1);

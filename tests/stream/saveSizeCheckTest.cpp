@@ -1,6 +1,7 @@
 // A save checks that every record writes what it reported, into the stream's own buffer
 // and into one the caller provides.
 
+#include "support/zuOutputCapture.h"
 #include "support/zuTestObjects.h"
 
 #include <gtest/gtest.h>
@@ -41,9 +42,9 @@ TEST_F(SaveSizeCheck, ARecordOneByteLongerThanItsReportedSizeFailsTheSave)
             stream.InsertTopLevel(object);
         char* buffer = nullptr;
         unsigned long size = 12345;
-        ::testing::internal::CaptureStderr();
+        zuOutputCapture capturedErr(zuOutputCapture::STDERR);
         EXPECT_FALSE(stream.Save(buffer, size));
-        EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+        EXPECT_EQ(capturedErr.take(),
                   "The buffer is not exactly filled : " + std::string(c.counts) + explanation);
         EXPECT_EQ(buffer, nullptr);
         EXPECT_EQ(size, 12345u);
@@ -61,9 +62,9 @@ TEST_F(SaveSizeCheck, WritesTheSameBytesAsSaveIntoABufferOfTheAnnouncedSize)
         const unsigned long size = stream.initializeClientBufferSave();
         ASSERT_EQ(size, expected.size());
         std::vector<char> buffer(size);
-        ::testing::internal::CaptureStderr();
+        zuOutputCapture capturedErr(zuOutputCapture::STDERR);
         EXPECT_TRUE(stream.finalizeClientBufferSave(buffer.data(), static_cast<int>(size)));
-        EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
+        EXPECT_EQ(capturedErr.take(), "");
         EXPECT_EQ(buffer, expected);
     }
 
@@ -84,9 +85,9 @@ TEST_F(SaveSizeCheck, ABufferOfAnotherSizeFailsWithTheFullMessage)
         // Exactly sized, so that a write past its end is caught by the address checker.
         std::vector<char> buffer(static_cast<size_t>(bufferSize));
         stream.initializeClientBufferSave();
-        ::testing::internal::CaptureStderr();
+        zuOutputCapture capturedErr(zuOutputCapture::STDERR);
         EXPECT_FALSE(stream.finalizeClientBufferSave(buffer.data(), bufferSize)) << bufferSize;
-        EXPECT_EQ(::testing::internal::GetCapturedStderr(), "The buffer is not exactly filled : " + expectedCount + "/"
+        EXPECT_EQ(capturedErr.take(), "The buffer is not exactly filled : " + expectedCount + "/"
                                                                 + std::to_string(bufferSize) + explanation);
     }
 
@@ -98,9 +99,9 @@ TEST_F(SaveSizeCheck, ABufferOfAnotherSizeFailsWithTheFullMessage)
     const unsigned long shortSize = shortStream.initializeClientBufferSave();
     ASSERT_EQ(shortSize, 60u);
     std::vector<char> buffer(shortSize);
-    ::testing::internal::CaptureStderr();
+    zuOutputCapture capturedErr(zuOutputCapture::STDERR);
     EXPECT_FALSE(shortStream.finalizeClientBufferSave(buffer.data(), static_cast<int>(shortSize)));
-    EXPECT_EQ(::testing::internal::GetCapturedStderr(), "The buffer is not exactly filled : 61/60" + explanation);
+    EXPECT_EQ(capturedErr.take(), "The buffer is not exactly filled : 61/60" + explanation);
 }
 
 } // namespace

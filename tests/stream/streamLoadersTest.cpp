@@ -1,6 +1,7 @@
 // Stream loaders, which load bulk data beside a stream, and the custom information that
 // classes attach to their objects for the length of a save or load.
 
+#include "support/zuOutputCapture.h"
 #include "support/zuTestObjects.h"
 
 #include <zuSceneGraph/stream/zuFileStream.h>
@@ -55,9 +56,9 @@ TEST_F(StreamLoaders, EveryLoaderHearsOfEveryObjectAndIsWaitedForOnce)
     zuBaseStream stream;
     stream.SetVersion(zuStreamVersion(6, 32));
     stream.registerStreamLoader(&zuTestNode::TYPE, &skipping);
-    ::testing::internal::CaptureStdout();
+    zuOutputCapture capturedOut(zuOutputCapture::STDOUT);
     ASSERT_TRUE(stream.Load(mRecords.data(), mRecords.size()));
-    ::testing::internal::GetCapturedStdout();
+    capturedOut.take();
     EXPECT_EQ(skipping.mObjectLoads, 3);
     EXPECT_EQ(skipping.mWaits, 1);
 }
@@ -90,9 +91,9 @@ TEST_F(StreamLoaders, ALoaderThatFailsFailsTheLoadAndABrokenStreamCancelsThem)
     zuFileStream stream(16);
     stream.registerStreamLoader(&zuTestNode::TYPE, &cancelled);
     zuMemoryIoDevice device(std::vector<char>(mFileBytes.begin(), mFileBytes.end() - 1));
-    ::testing::internal::CaptureStderr();
+    zuOutputCapture capturedErr(zuOutputCapture::STDERR);
     EXPECT_FALSE(stream.Load(device, "memory"));
-    ::testing::internal::GetCapturedStderr();
+    capturedErr.take();
     EXPECT_EQ(cancelled.mCancels, 1);
     EXPECT_EQ(cancelled.mWaits, 1);
     EXPECT_EQ(stream.GetObjectCount(), 0);

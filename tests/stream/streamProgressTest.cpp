@@ -1,5 +1,6 @@
 // Progress reports of saves and loads, and cancellation through the notifier.
 
+#include "support/zuOutputCapture.h"
 #include "support/zuTestObjects.h"
 
 #include <zuSceneGraph/stream/zuFileStream.h>
@@ -87,9 +88,9 @@ TEST_F(StreamProgress, TheStepsOfALoadAddUpToTheStreamSize)
     zuFileStream stream(16);
     stream.SetProgressNotifier(&progress);
     zuMemoryIoDevice device(fileBytes);
-    ::testing::internal::CaptureStdout();
+    zuOutputCapture capturedOut(zuOutputCapture::STDOUT);
     ASSERT_TRUE(stream.Load(device, "memory"));
-    ::testing::internal::GetCapturedStdout();
+    capturedOut.take();
     EXPECT_EQ(progress.mStepTotal, static_cast<int64_t>(fileBytes.size()));
 }
 

@@ -1,6 +1,7 @@
 // The stream container over IO devices: header, block transfer, append mode, devices that
 // fail. (Devices shorter than the header are among the cuts of badInputTest.cpp.)
 
+#include "support/zuOutputCapture.h"
 #include "support/zuTestObjects.h"
 
 #include <zuSceneGraph/stream/zuFileStream.h>
@@ -174,13 +175,13 @@ TEST_F(FileStream, BlockSizesAreRoundedDownToAMultipleOf8OfAtLeast8)
     const std::string warning
         = "Warning stream size has been truncatured to be a multiple of 8 (zu::zuStream constructor)\n";
     for (const auto& [asked, kept] : {std::pair{1001, 1000}, {1000, 1000}, {7, 8}}) {
-        ::testing::internal::CaptureStdout();
+        zuOutputCapture capturedOut(zuOutputCapture::STDOUT);
         EXPECT_EQ(zuFileStream(asked).GetBlockSize(), kept);
-        EXPECT_EQ(::testing::internal::GetCapturedStdout(), asked == kept ? "" : warning) << asked;
+        EXPECT_EQ(capturedOut.take(), asked == kept ? "" : warning) << asked;
     }
-    ::testing::internal::CaptureStdout();
+    zuOutputCapture capturedOut(zuOutputCapture::STDOUT);
     EXPECT_EQ(zuFileStream().GetBlockSize(), 1 << 20);
-    EXPECT_EQ(::testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(capturedOut.take(), "");
 }
 
 TEST_F(FileStream, TheCallersBlockIsUsedAndLeftToTheCaller)

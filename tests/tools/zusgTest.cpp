@@ -4,6 +4,7 @@
 // directly, for values no registered class holds yet.
 
 #include "support/zuTestObjects.h"
+#include "zusgRunner.h"
 #include "zusgW1Assembly.h"
 
 #include <zuSceneGraph/culling/zuCuller.h>
@@ -50,12 +51,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct RunResult {
-    int status = -1;
-    std::string out;
-    std::string err;
-};
-
 // One record as the tool lists it, or as the test expects it.
 struct ListedRecord {
     uint64_t offset = 0;
@@ -72,27 +67,6 @@ std::ostream& operator<<(std::ostream& out, const ListedRecord& r)
 {
     return out << "{" << r.offset << (r.topLevel ? " top " : " ") << r.size << " 0x" << std::hex << r.identifier
                << std::dec << " " << r.type << (r.unknown ? " unknown" : "") << "}";
-}
-
-::testing::AssertionResult has(const std::string& text, const std::string& part)
-{
-    if (text.find(part) != std::string::npos)
-        return ::testing::AssertionSuccess();
-    return ::testing::AssertionFailure() << "no \"" << part << "\" in:\n" << text;
-}
-
-std::string quoted(const std::string& text)
-{
-    std::string result = "'";
-    for (char c : text)
-        result += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return result + "'";
-}
-
-std::string readFile(const fs::path& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
 void writeFile(const fs::path& path, const std::vector<char>& bytes)
@@ -305,48 +279,8 @@ struct FieldSample {
 const char* const alphaFields = "BlendEnabled true, SrcBlend SBF_SRC_ALPHA, DstBlend DBF_ONE\n"
                                 "TestEnabled true, Test TF_GREATER, Reference 0.5\n";
 
-class Zusg : public ::testing::Test {
+class Zusg : public ZusgRunner {
 protected:
-    void SetUp() override
-    {
-#ifndef ZUSG_PATH
-        GTEST_SKIP() << "zusg is not built";
-#endif
-        const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-        mDir = fs::temp_directory_path()
-            / ("zusgTest-" + std::to_string(::getpid()) + "-" + info->test_suite_name() + "-" + info->name());
-        fs::remove_all(mDir);
-        fs::create_directories(mDir);
-    }
-    void TearDown() override
-    {
-        if (!mDir.empty())
-            fs::remove_all(mDir);
-    }
-
-    fs::path file(const std::string& name) const { return mDir / name; }
-
-    RunResult run(const std::vector<std::string>& arguments) const
-    {
-        RunResult result;
-#ifdef ZUSG_PATH
-        // The demo saves into the temporary directory: the test's own, so that the test
-        // sees whether the file is left behind.
-        std::string command = "TMPDIR=" + quoted(mDir.string()) + " " + quoted(ZUSG_PATH);
-        for (const std::string& argument : arguments)
-            command.append(" ").append(quoted(argument));
-        command.append(" >").append(quoted(file("stdout").string()));
-        command.append(" 2>").append(quoted(file("stderr").string()));
-        const int raw = std::system(command.c_str());
-        result.status = raw != -1 && WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-        result.out = readFile(file("stdout"));
-        result.err = readFile(file("stderr"));
-#else
-        (void)arguments;
-#endif
-        return result;
-    }
-
     RunResult dump(const fs::path& path) const { return run({"dump", path.string()}); }
 
     // Writes `bytes` to a file of the test and dumps it.
@@ -372,18 +306,7 @@ protected:
         return path;
     }
 
-    // The files the test directory holds besides the captured output.
-    std::set<std::string> leftFiles() const
-    {
-        std::set<std::string> names;
-        for (const fs::directory_entry& entry : fs::directory_iterator(mDir))
-            if (entry.path().filename() != "stdout" && entry.path().filename() != "stderr")
-                names.insert(entry.path().filename().string());
-        return names;
-    }
-
     zuTestFactories mFactories;
-    fs::path mDir;
 };
 
 // ---------------------------------------------------------------------------------------

@@ -1,3 +1,5 @@
+#include "support/zuOutputCapture.h"
+
 #include <zuSystem/zuLog.h>
 
 #include <gtest/gtest.h>
@@ -6,6 +8,7 @@
 #include <vector>
 
 using zu::zuLog;
+using zu::test::zuOutputCapture;
 
 TEST(zuLogTest, SinkCapturesAndDefaultWritesOneLinePerMessage)
 {
@@ -16,10 +19,10 @@ TEST(zuLogTest, SinkCapturesAndDefaultWritesOneLinePerMessage)
     EXPECT_EQ(lines, std::vector<std::string>{"driver:cannot open file"});
 
     EXPECT_TRUE(zuLog::instance().setSink({})); // returns the capturing sink
-    ::testing::internal::CaptureStderr();
+    zuOutputCapture capturedErr(zuOutputCapture::STDERR);
     zuLog::instance().write("zustream", "bad header");
     zuLog::instance().write("zustream", "ends with newline\n");
-    const std::string captured = ::testing::internal::GetCapturedStderr();
+    const std::string captured = capturedErr.take();
     zuLog::instance().setSink(previous);
     EXPECT_EQ(captured, "[zustream] bad header\n[zustream] ends with newline\n");
 }

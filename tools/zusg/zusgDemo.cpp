@@ -1,25 +1,26 @@
-// zusg demo [--depth N] [--keep FILE]: the library end to end, in a second or two.
+// zusg demo [--depth N] [--keep FILE] [--svg FILE]: the library end to end, in a second or two.
 //
 // Builds the W1 assembly of the benchmarks (zusgW1Assembly.h), each leaf a cube mesh with
 // its own vertex and index buffers; updates it and culls it from the W1 camera; saves it to
 // an object-stream file; loads the file back twice, with every buffer and with the vertex
 // and index buffers left in the file; reads back only the buffers of the leaves the second
 // tree sees; and checks that both loaded trees see the original's leaves, with the same
-// bounds and buffers. One line per step with its time, then "demo: OK"; at the first
-// difference, a message on standard error and status 1.
+// bounds and buffers. With --svg, it then draws what the camera sees of the second tree with
+// zuSvgBuilder into that file. One line per step with its time, then "demo: OK"; at the
+// first difference, a message on standard error and status 1.
 
 #include "zusgCommand.h"
 #include "zusgLibraryScope.h"
+#include "zusgModel.h"
+#include "zusgText.h"
 #include "zusgW1Assembly.h"
 
 #include <zuSceneGraph/culling/zuCuller.h>
+#include <zuSceneGraph/io/zuSvgBuilder.h>
 #include <zuSceneGraph/resources/zuDynamicLoadingResource.h>
 #include <zuSceneGraph/resources/zuIndexBuffer.h>
-#include <zuSceneGraph/resources/zuRendererInterface.h>
 #include <zuSceneGraph/resources/zuVertexBuffer.h>
 #include <zuSceneGraph/scenegraph/zuBaseGeometry.h>
-#include <zuSceneGraph/stream/zuFileStream.h>
-#include <zuSystem/zuFileIoDevice.h>
 #include <zuSystem/zuOutputStreamVersion.h>
 
 #include <unistd.h>
@@ -47,6 +48,7 @@ using Leaves = std::vector<zu::zuRenderableSpatial*>;
 struct Options {
     int depth = DEFAULT_DEPTH;
     std::string keep;  // empty: save to a temporary file, removed at the end
+    std::string svg;   // empty: no picture
 };
 
 // Every option takes a value.
@@ -57,16 +59,17 @@ bool parseOptions(const std::vector<std::string>& arguments, Options& options)
             return false;
         const std::string& value = arguments[i + 1];
         if (arguments[i] == "--depth") {
-            char* end = nullptr;
-            const long depth = std::strtol(value.c_str(), &end, 10);
-            if (value.empty() || *end || depth < MIN_DEPTH || depth > MAX_DEPTH) {
+            const auto depth = parseWhole(value, MIN_DEPTH, MAX_DEPTH);
+            if (!depth) {
                 std::cerr << "zusg demo: --depth takes a whole number from " << MIN_DEPTH << " to " << MAX_DEPTH
                           << ", not '" << value << "'\n";
                 return false;
             }
-            options.depth = static_cast<int>(depth);
+            options.depth = static_cast<int>(*depth);
         } else if (arguments[i] == "--keep" && !value.empty()) {
             options.keep = value;
+        } else if (arguments[i] == "--svg" && !value.empty()) {
+            options.svg = value;
         } else {
             return false;
         }
@@ -85,19 +88,6 @@ private:
     std::chrono::steady_clock::time_point mStart = std::chrono::steady_clock::now();
 };
 
-// "4,469,305": the figures run to millions at the deeper levels.
-std::string grouped(uintmax_t value)
-{
-    const std::string digits = std::to_string(value);
-    std::string text;
-    for (size_t i = 0; i < digits.size(); ++i) {
-        if (i > 0 && (digits.size() - i) % 3 == 0)
-            text += ',';
-        text += digits[i];
-    }
-    return text;
-}
-
 void printStep(const char* step, const std::string& what, double milliseconds)
 {
     std::printf("%-8s %-56s %8.2f ms\n", step, what.c_str(), milliseconds);
@@ -108,40 +98,6 @@ int fail(const std::string& why)
     std::fflush(stdout);
     std::cerr << "zusg demo: FAILED: " << why << "\n";
     return Failure;
-}
-
-// What a walk of the whole tree finds.
-struct TreeCount {
-    int objects = 0;
-    int leaves = 0;
-    int buffers = 0;
-    int resident = 0;  // buffers whose data is in memory
-};
-
-void countTree(const zu::zuSpatial* object, TreeCount& count)
-{
-    ++count.objects;
-    if (object->IsDerived(zu::zuBaseGeometry::TYPE)) {
-        const auto* leaf = static_cast<const zu::zuBaseGeometry*>(object);
-        ++count.leaves;
-        const zu::zuDynamicLoadingResource* buffers[] = {leaf->GetVertices(), leaf->GetIndices()};
-        for (const zu::zuDynamicLoadingResource* buffer : buffers) {
-            count.buffers += buffer ? 1 : 0;
-            count.resident += buffer && buffer->isCPUResident() ? 1 : 0;
-        }
-    } else if (object->IsDerived(zu::zuNode::TYPE)) {
-        const auto* node = static_cast<const zu::zuNode*>(object);
-        for (int i = 0; i < node->getNbChildren(); ++i)
-            if (const zu::zuSpatial* child = node->getChild(i))
-                countTree(child, count);
-    }
-}
-
-TreeCount countTree(const zu::zuNode* root)
-{
-    TreeCount count;
-    countTree(root, count);
-    return count;
 }
 
 // The child slots from the root down to the object, as "/k1/k2/...": the same leaf in a
@@ -192,77 +148,48 @@ std::string compareVisible(const Leaves& loaded, const Leaves& original)
     return {};
 }
 
-bool save(zu::zuNode* root, const std::string& path)
-{
-    zu::zuFileStream stream;
-    stream.SetVersion(zu::zuStreamVersion(zu::zuMajorOutputStreamVersion, zu::zuMinorOutputStreamVersion));
-    stream.InsertTopLevel(root);
-    zu::zuFileIoDevice device(path, zu::zuFileIoDevice::WriteOnly);
-    const bool saved = device.isOpen() && stream.Save(device, path, false);
-    device.close();
-    return saved && !device.isError();
-}
-
-zu::zuPointer<zu::zuNode> load(const std::string& path)
-{
-    zu::zuFileStream stream;
-    zu::zuFileIoDevice device(path, zu::zuFileIoDevice::ReadOnly);
-    if (!device.isOpen() || !stream.Load(device, path) || stream.GetObjectCount() != 1)
-        return nullptr;
-    zu::zuRttiInterface* object = stream.GetObjectAt(0);
-    return object && object->IsDerived(zu::zuNode::TYPE) ? static_cast<zu::zuNode*>(object) : nullptr;
-}
-
-// Reads back the buffers of the given leaves, at once on this thread and in one batch; the
-// number of buffers, or -1 when one could not be read.
-int readBack(const Leaves& leaves)
-{
-    std::vector<zu::zuDynamicLoadingResource*> all;
-    std::vector<zu::zuDynamicLoadingResource*> resources;
-    for (zu::zuRenderableSpatial* leaf : leaves) {
-        leaf->getResources(resources);
-        for (zu::zuDynamicLoadingResource* resource : resources)
-            if (resource)
-                all.push_back(resource);
-    }
-    const size_t resident = zu::zuRendererInterface::LoadCPUData(all);
-    return resident == all.size() ? static_cast<int>(all.size()) : -1;
-}
-
 std::string residentText(const TreeCount& count)
 {
     return grouped(count.resident) + " of " + grouped(count.buffers) + " buffers in memory";
 }
 
-// The steps, from the build to the last check; the caller removes the file.
-int runSteps(int depth, const std::string& path)
-{
-    const W1Assembly workload(depth);
-    std::printf("zusg demo: the W1 assembly, depth %d, %d children per node\n", depth, workload.fanOut());
+// The scene the loads must give back: the tree, its camera, its counts and what it sees.
+struct Original {
+    zu::zuPointer<zu::zuNode> root;
+    zu::zuPointer<zu::zuCamera> camera;
+    TreeCount count;
+    Leaves seen;
+};
 
+int buildStep(const W1Assembly& workload, Original& original)
+{
     Stopwatch watch;
-    zu::zuPointer<zu::zuNode> original = workload.build();
+    original.root = workload.build();
     const double buildTime = watch.milliseconds();
-    const zu::zuPointer<zu::zuCamera> camera = workload.camera();
-    const TreeCount built = countTree(original);
+    original.camera = workload.camera();
+    const TreeCount& built = original.count = countTree(original.root);
     printStep("build",
               grouped(built.objects) + " objects, " + grouped(built.leaves) + " meshes, " + grouped(built.buffers)
                   + " buffers",
               buildTime);
 
     watch = Stopwatch();
-    original->UpdateGS();
+    original.root->UpdateGS();
     printStep("update", "UpdateGS: world transformations and bounds", watch.milliseconds());
 
     watch = Stopwatch();
-    const Leaves seen = cull(original, camera);
-    printStep("cull", grouped(seen.size()) + " of " + grouped(built.leaves) + " leaves visible",
+    original.seen = cull(original.root, original.camera);
+    printStep("cull", grouped(original.seen.size()) + " of " + grouped(built.leaves) + " leaves visible",
               watch.milliseconds());
-    if (seen.empty())
+    if (original.seen.empty())
         return fail("the camera sees no leaf of the original");
+    return Success;
+}
 
-    watch = Stopwatch();
-    if (!save(original, path))
+int saveStep(const Original& original, const std::string& path)
+{
+    Stopwatch watch;
+    if (!saveTree(original.root, path))
         return fail("could not save " + path);
     const double saveTime = watch.milliseconds();
     std::error_code error;
@@ -273,10 +200,15 @@ int runSteps(int depth, const std::string& path)
     std::snprintf(version, sizeof version, "MVK %d.%02d, ", zu::zuMajorOutputStreamVersion,
                   zu::zuMinorOutputStreamVersion);
     printStep("save", version + grouped(size) + " bytes", saveTime);
+    return Success;
+}
 
-    // Load 1: every buffer read with the tree.
-    watch = Stopwatch();
-    zu::zuPointer<zu::zuNode> full = load(path);
+// Every buffer read with the tree.
+int fullLoadStep(const Original& original, const std::string& path)
+{
+    const TreeCount& built = original.count;
+    Stopwatch watch;
+    zu::zuPointer<zu::zuNode> full = loadTree(path);
     const double fullTime = watch.milliseconds();
     if (!full)
         return fail("could not load " + path);
@@ -288,17 +220,42 @@ int runSteps(int depth, const std::string& path)
                     + std::to_string(built.buffers));
     watch = Stopwatch();
     full->UpdateGS();
-    const std::string fullDiffers = compareVisible(cull(full, camera), seen);
+    const std::string fullDiffers = compareVisible(cull(full, original.camera), original.seen);
     if (!fullDiffers.empty())
         return fail("full load: " + fullDiffers);
-    printStep("check", "full: update, cull, the same " + grouped(seen.size()) + " leaves and buffers",
+    printStep("check", "full: update, cull, the same " + grouped(original.seen.size()) + " leaves and buffers",
               watch.milliseconds());
+    return Success;
+}
 
-    // Load 2: the vertex and index buffers stay in the file until asked for.
+// The picture of what the camera sees: square, as the W1 camera's field of view is.
+int drawStep(const Leaves& seen, const zu::zuCamera& camera, const std::string& path)
+{
+    constexpr int SIZE = 800;
+    Stopwatch watch;
+    zu::zuSvgBuilder builder;
+    builder.setCamera(camera);
+    builder.setViewport(SIZE, SIZE);
+    std::string svg;
+    if (!builder.build(seen, svg) || !writeFileSafely(path, svg))
+        return fail("could not draw the view into " + path);
+    printStep("view", grouped(builder.getReport().triangles) + " triangles drawn as SVG, " + grouped(svg.size()) + " bytes",
+              watch.milliseconds());
+    std::error_code error;
+    const std::filesystem::path shown = std::filesystem::absolute(path, error);
+    std::printf("%-8s %s\n", "picture", (error ? path : shown.string()).c_str());
+    return Success;
+}
+
+// The vertex and index buffers stay in the file until the visible leaves ask for them; with
+// `svgPath`, the camera's view of them is drawn there.
+int lazyLoadStep(const Original& original, const std::string& path, const std::string& svgPath)
+{
+    const TreeCount& built = original.count;
     zu::zuDynamicLoadingResource::SetLoadPolicy(zu::zuVertexBuffer::TYPE, false);
     zu::zuDynamicLoadingResource::SetLoadPolicy(zu::zuIndexBuffer::TYPE, false);
-    watch = Stopwatch();
-    zu::zuPointer<zu::zuNode> lazy = load(path);
+    Stopwatch watch;
+    zu::zuPointer<zu::zuNode> lazy = loadTree(path);
     const double lazyTime = watch.milliseconds();
     zu::zuDynamicLoadingResource::ClearLoadingPolicies();
     if (!lazy)
@@ -312,7 +269,7 @@ int runSteps(int depth, const std::string& path)
     // Bounds come from the file: the tree is culled before any buffer is read.
     watch = Stopwatch();
     lazy->UpdateGS();
-    const Leaves lazySeen = cull(lazy, camera);
+    const Leaves lazySeen = cull(lazy, original.camera);
     printStep("cull", "lazy: update, " + grouped(lazySeen.size()) + " leaves visible", watch.milliseconds());
 
     watch = Stopwatch();
@@ -329,11 +286,28 @@ int runSteps(int depth, const std::string& path)
         return fail(std::to_string(read) + " buffers read back but " + residentText(restored));
 
     watch = Stopwatch();
-    const std::string lazyDiffers = compareVisible(lazySeen, seen);
+    const std::string lazyDiffers = compareVisible(lazySeen, original.seen);
     if (!lazyDiffers.empty())
         return fail("lazy load: " + lazyDiffers);
-    printStep("check", "lazy: the same " + grouped(seen.size()) + " leaves and buffers", watch.milliseconds());
-    return Success;
+    printStep("check", "lazy: the same " + grouped(original.seen.size()) + " leaves and buffers",
+              watch.milliseconds());
+    return svgPath.empty() ? Success : drawStep(lazySeen, *original.camera, svgPath);
+}
+
+// The steps, from the build to the last check and the picture; the caller removes the file.
+int runSteps(int depth, const std::string& path, const std::string& svgPath)
+{
+    const W1Assembly workload(depth);
+    std::printf("zusg demo: the W1 assembly, depth %d, %d children per node\n", depth, workload.fanOut());
+    Original original;
+    int status = buildStep(workload, original);
+    if (status == Success)
+        status = saveStep(original, path);
+    if (status == Success)
+        status = fullLoadStep(original, path);
+    if (status == Success)
+        status = lazyLoadStep(original, path, svgPath);
+    return status;
 }
 
 } // namespace
@@ -355,7 +329,7 @@ int runDemo(const std::vector<std::string>& arguments)
     int status = Success;
     {
         LibraryScope library;
-        status = runSteps(options.depth, path);
+        status = runSteps(options.depth, path, options.svg);
     }
     if (!options.keep.empty()) {
         if (status == Success)

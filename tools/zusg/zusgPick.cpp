@@ -9,14 +9,13 @@
 
 #include "zusgCommand.h"
 #include "zusgLibraryScope.h"
+#include "zusgText.h"
 
 #include <zuSceneGraph/scenegraph/zuRenderableSpatial.h>
 #include <zuSceneGraph/io/zuIoManager.h>
 #include <zuSceneGraph/io/zuMeshManager.h>
 #include <zuSceneGraph/spatial/zuPicker.h>
 
-#include <cmath>
-#include <cstdlib>
 #include <filesystem>
 #include <iostream>
 #include <optional>
@@ -27,22 +26,6 @@
 namespace zusg {
 
 namespace {
-
-// "x,y,z", three finite numbers.
-std::optional<Wm4::Vector3<float>> parseVector(const std::string& text)
-{
-    Wm4::Vector3<float> v;
-    const char* cursor = text.c_str();
-    for (int i = 0; i < 3; ++i) {
-        char* end = nullptr;
-        const float value = std::strtof(cursor, &end);
-        if (end == cursor || !std::isfinite(value) || *end != (i < 2 ? ',' : '\0'))
-            return std::nullopt;
-        v[i] = value;
-        cursor = end + (i < 2 ? 1 : 0);
-    }
-    return v;
-}
 
 std::string vectorText(const Wm4::Vector3<float>& v)
 {

@@ -1,8 +1,14 @@
 #include "zusgW1Assembly.h"
 #include "zusgW1Layout.h"
 
+#include <zuSceneGraph/resources/zuDynamicLoadingResource.h>
 #include <zuSceneGraph/resources/zuIndexBuffer.h>
+#include <zuSceneGraph/resources/zuRendererInterface.h>
 #include <zuSceneGraph/resources/zuVertexBuffer.h>
+#include <zuSceneGraph/scenegraph/zuBaseGeometry.h>
+#include <zuSceneGraph/stream/zuFileStream.h>
+#include <zuSystem/zuFileIoDevice.h>
+#include <zuSystem/zuOutputStreamVersion.h>
 
 #include <Wm4/Wm4Matrix3.h>
 #include <Wm4/Wm4Vector3.h>
@@ -69,6 +75,68 @@ zu::zuPointer<zu::zuTriMesh> W1Assembly::makeCube()
     for (int j = 0; j < W1Layout::CUBE_INDICES; ++j)
         indices->SetIndex(j, W1Layout::cubeIndex(j));
     return new zu::zuTriMesh(vertices, indices);
+}
+
+TreeCount countTree(const zu::zuSpatial* root)
+{
+    TreeCount count;
+    std::vector<const zu::zuSpatial*> stack{root};
+    while (!stack.empty()) {
+        const zu::zuSpatial* object = stack.back();
+        stack.pop_back();
+        ++count.objects;
+        if (object->IsDerived(zu::zuBaseGeometry::TYPE)) {
+            const auto* leaf = static_cast<const zu::zuBaseGeometry*>(object);
+            ++count.leaves;
+            const zu::zuDynamicLoadingResource* buffers[] = {leaf->GetVertices(), leaf->GetIndices()};
+            for (const zu::zuDynamicLoadingResource* buffer : buffers) {
+                count.buffers += buffer ? 1 : 0;
+                count.resident += buffer && buffer->isCPUResident() ? 1 : 0;
+            }
+        } else if (object->IsDerived(zu::zuNode::TYPE)) {
+            const auto* node = static_cast<const zu::zuNode*>(object);
+            for (int i = node->getNbChildren() - 1; i >= 0; --i)
+                if (const zu::zuSpatial* child = node->getChild(i))
+                    stack.push_back(child);
+        }
+    }
+    return count;
+}
+
+bool saveTree(zu::zuNode* root, const std::string& path)
+{
+    zu::zuFileStream stream;
+    stream.SetVersion(zu::zuStreamVersion(zu::zuMajorOutputStreamVersion, zu::zuMinorOutputStreamVersion));
+    stream.InsertTopLevel(root);
+    zu::zuFileIoDevice device(path, zu::zuFileIoDevice::WriteOnly);
+    const bool saved = device.isOpen() && stream.Save(device, path, false);
+    device.close();
+    return saved && !device.isError();
+}
+
+zu::zuPointer<zu::zuNode> loadTree(const std::string& path)
+{
+    zu::zuFileStream stream;
+    zu::zuFileIoDevice device(path, zu::zuFileIoDevice::ReadOnly);
+    if (!device.isOpen() || !stream.Load(device, path) || stream.GetObjectCount() != 1)
+        return nullptr;
+    zu::zuRttiInterface* object = stream.GetObjectAt(0);
+    return object && object->IsDerived(zu::zuNode::TYPE) ? static_cast<zu::zuNode*>(object) : nullptr;
+}
+
+int readBack(const std::vector<zu::zuRenderableSpatial*>& leaves)
+{
+    std::vector<zu::zuDynamicLoadingResource*> all;
+    std::vector<zu::zuDynamicLoadingResource*> resources;
+    all.reserve(2 * leaves.size());
+    for (zu::zuRenderableSpatial* leaf : leaves) {
+        leaf->getResources(resources);
+        for (zu::zuDynamicLoadingResource* resource : resources)
+            if (resource)
+                all.push_back(resource);
+    }
+    const size_t resident = zu::zuRendererInterface::LoadCPUData(all);
+    return resident == all.size() ? static_cast<int>(all.size()) : -1;
 }
 
 } // namespace zusg

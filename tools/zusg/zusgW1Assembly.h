@@ -10,6 +10,9 @@
 #include <zuSceneGraph/scenegraph/zuTriMesh.h>
 #include <zuSceneGraph/states/zuCamera.h>
 
+#include <string>
+#include <vector>
+
 namespace zusg {
 
 class W1Assembly {
@@ -37,5 +40,23 @@ private:
     int mDepth;
     int mFanOut;
 };
+
+// What a walk of the whole tree finds.
+struct TreeCount {
+    int objects = 0;
+    int leaves = 0;
+    int buffers = 0;
+    int resident = 0;  // buffers whose data is in memory
+};
+
+// Iterative: trees that came from files are counted too.
+TreeCount countTree(const zu::zuSpatial* root);
+// At the current output version, through zuFileStream and zuFileIoDevice.
+bool saveTree(zu::zuNode* root, const std::string& path);
+// The file's one top-level node, or null (with the load policies as they are set).
+zu::zuPointer<zu::zuNode> loadTree(const std::string& path);
+// Reads back the blocks of the given leaves on this thread, in one batch; the number of
+// blocks, or -1 when one could not be read.
+int readBack(const std::vector<zu::zuRenderableSpatial*>& leaves);
 
 } // namespace zusg

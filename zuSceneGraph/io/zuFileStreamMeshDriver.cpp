@@ -49,6 +49,11 @@ std::string textOption(const Options& options, const char* key)
     return value.getType() == zuVariant::String ? value.toString() : std::string();
 }
 
+// The newest version the library writes, and how a message names it.
+const zuStreamVersion newestVersion(zuMajorOutputStreamVersion, zuMinorOutputStreamVersion);
+const std::string newestVersionText =
+    std::to_string(zuMajorOutputStreamVersion) + "." + std::to_string(zuMinorOutputStreamVersion);
+
 bool cancelled(const zuProgressNotifierInterface* progress)
 {
     return progress && progress->isCancelRequested();
@@ -256,10 +261,15 @@ bool zuFileStreamMeshDriver::loadMeshes(ObjectList& out, const std::string& file
                                         zuCatalog<zuImage>& images)
 {
     clearErrorMessages();
-    if (zuDirUtils::DirectoryExists(fileName))
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::status(fileName, error);
+    if (std::filesystem::is_directory(status))
         return fail(ERROR_FILE, -1, "Cannot load " + fileName + ": it is a directory");
-    if (!zuDirUtils::FileExists(fileName))
+    if (!std::filesystem::exists(status))
         return fail(ERROR_FILE, -1, "Cannot load " + fileName + ": no such file");
+    // A pipe or a device would block the load, or never end it.
+    if (!std::filesystem::is_regular_file(status))
+        return fail(ERROR_FILE, -1, "Cannot load " + fileName + ": it is not a regular file");
     std::string path = fileName;
     const std::string sandbox = textOption(options, zuMeshManager::sSandboxDirectoryUtf8);
     if (!sandbox.empty()) {
@@ -389,19 +399,18 @@ bool zuFileStreamMeshDriver::loadReferences(ObjectList& loaded, const std::strin
 
 bool zuFileStreamMeshDriver::saveVersion(const Options& options, zuStreamVersion& version)
 {
-    const zuStreamVersion newest(zuMajorOutputStreamVersion, zuMinorOutputStreamVersion);
-    version = newest;
+    version = newestVersion;
     const zuVariant value = options.value(sOptionStreamVersion);
     if (!value.isValid())
         return true;
     const std::string text = value.toString();
     if (value.getType() == zuVariant::String)
         version = zuStreamVersion(text.c_str(), static_cast<int>(text.size()));
-    if (value.getType() != zuVariant::String || version < zuStreamVersion(6, 0) || version > newest)
+    if (value.getType() != zuVariant::String || version < zuStreamVersion(6, 0) || version > newestVersion)
         return fail(ERROR_OPTION, -1,
                     "Cannot save: the option " + std::string(sOptionStreamVersion) + " is \"" + text
-                        + "\"; it must name a stream version from 6.0 to " + std::to_string(newest.GetMajor()) + "."
-                        + std::to_string(newest.GetMinor()) + " as \"major.minor\"");
+                        + "\"; it must name a stream version from 6.0 to " + newestVersionText
+                        + " as \"major.minor\"");
     return true;
 }
 
@@ -431,17 +440,16 @@ bool zuFileStreamMeshDriver::saveMeshes(const ObjectList& objects, const std::st
     zuStreamVersion version;
     if (!saveVersion(options, version))
         return false;
-    if (zuDirUtils::DirectoryExists(fileName))
+    std::error_code error;
+    if (std::filesystem::is_directory(fileName, error))
         return fail(ERROR_FILE, -1, "Cannot save " + fileName + ": it is a directory");
     zuFileStream stream;
-    std::error_code error;
     const std::uintmax_t previousSize = std::filesystem::file_size(fileName, error);
     if (append && !error && previousSize > 0) {
         const zuStreamVersion fileVersion = headerVersion(fileName);
-        const zuStreamVersion newest(zuMajorOutputStreamVersion, zuMinorOutputStreamVersion);
-        if (fileVersion < zuStreamVersion(6, 0) || fileVersion > newest)
-            return fail(ERROR_FILE, -1, "Cannot append to " + fileName + ": it is not an object stream of version 6.0 to "
-                                            + std::to_string(newest.GetMajor()) + "." + std::to_string(newest.GetMinor()));
+        if (fileVersion < zuStreamVersion(6, 0) || fileVersion > newestVersion)
+            return fail(ERROR_FILE, -1, "Cannot append to " + fileName
+                                            + ": it is not an object stream of version 6.0 to " + newestVersionText);
         if (options.contains(sOptionStreamVersion) && version != fileVersion)
             return fail(ERROR_OPTION, -1, "Cannot append to " + fileName + ": the file holds another stream version");
         zuFileIoDevice device(fileName, zuFileIoDevice::Append);

@@ -39,7 +39,9 @@ class zuStreamVersion;
 //   its folder), creating the record when there is none.
 // - "sandboxdirectory" (default none): the file is first copied into that folder with
 //   zuMeshManager::CopyFileToSandbox and the copy is loaded, so blocks left in the file are
-//   read back from the copy. Loads from a device ignore it.
+//   read back from the copy. Loads from a device ignore it. The copy is named after the
+//   file, so files of one name (two parts/B.mvk of different folders) loaded lazily into one
+//   sandbox would share it, the later copy replacing the earlier: give them separate sandboxes.
 // The manager's "loadannotations" and "returnoriginalannotationdata" do not apply to this
 // format.
 //

@@ -64,10 +64,15 @@ bool zuMeshManager::loadMesh(zuPointer<zuObject>& out, const std::string& fileNa
     return true;
 }
 
+zuCoreMeshDriver* zuMeshManager::getSaveDriver(const std::string& fileName, const Options& options) const
+{
+    return chooseSaver(zuDirUtils::ExtractFileExtension(fileName), options);
+}
+
 bool zuMeshManager::saveMeshes(const ObjectList& objects, const std::string& fileName,
                                zuProgressNotifierInterface* progress, const Options& options, bool append)
 {
-    zuCoreMeshDriver* driver = chooseSaver(zuDirUtils::ExtractFileExtension(fileName), options);
+    zuCoreMeshDriver* driver = getSaveDriver(fileName, options);
     if (!driver)
         return false;
     driver->clearErrorMessages();

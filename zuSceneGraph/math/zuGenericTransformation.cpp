@@ -32,81 +32,105 @@ Wm4::Vector3<Real> scaleReciprocals(const Wm4::Vector3<Real>& s)
     return Wm4::Vector3<Real>(s[1] * s[2] * inverseProduct, s[0] * s[2] * inverseProduct, s[0] * s[1] * inverseProduct);
 }
 
-// Y = C·X (+T) over packed xyz triples. The caller has resolved every flag: the loop body
-// has no branch, and each point is read whole before it is written, so `out` may equal
-// `in`. That case gets its own loop: with a single pointer the compiler sees that the
-// writes never reach a later point and vectorises without a run-time overlap check.
-template <class Real, bool withTranslation>
-void mapPointsInPlace(int count, Real* p, const Real* c, const Real* t)
+// Where the translation T goes when packed xyz triples are mapped by a 3x3 matrix C.
+enum class Translation { NONE, AFTER, BEFORE };
+
+// Y = C·X, C·X + T or C·(X - T) over packed xyz triples. The caller has resolved every flag:
+// the loop body has no branch, and each point is read whole before it is written, so `out`
+// may equal `in`.
+template <class Real, Translation translation>
+inline void mapTriples(std::ptrdiff_t count, const Real* in, Real* out, const Real* c, const Real* t)
 {
     const Real c00 = c[0], c01 = c[1], c02 = c[2], c10 = c[3], c11 = c[4], c12 = c[5], c20 = c[6], c21 = c[7], c22 = c[8];
     const Real t0 = t[0], t1 = t[1], t2 = t[2];
     for (std::ptrdiff_t i = 0; i < count; ++i) {
-        const Real x = p[3 * i], y = p[3 * i + 1], z = p[3 * i + 2];
-        if constexpr (withTranslation) {
-            p[3 * i] = c00 * x + c01 * y + c02 * z + t0;
-            p[3 * i + 1] = c10 * x + c11 * y + c12 * z + t1;
-            p[3 * i + 2] = c20 * x + c21 * y + c22 * z + t2;
-        } else {
-            p[3 * i] = c00 * x + c01 * y + c02 * z;
-            p[3 * i + 1] = c10 * x + c11 * y + c12 * z;
-            p[3 * i + 2] = c20 * x + c21 * y + c22 * z;
+        Real x = in[3 * i], y = in[3 * i + 1], z = in[3 * i + 2];
+        if constexpr (translation == Translation::BEFORE) {
+            x -= t0;
+            y -= t1;
+            z -= t2;
         }
+        Real u = c00 * x + c01 * y + c02 * z, v = c10 * x + c11 * y + c12 * z, w = c20 * x + c21 * y + c22 * z;
+        if constexpr (translation == Translation::AFTER) {
+            u += t0;
+            v += t1;
+            w += t2;
+        }
+        out[3 * i] = u;
+        out[3 * i + 1] = v;
+        out[3 * i + 2] = w;
     }
 }
 
-template <class Real, bool withTranslation>
+// The in-place case gets its own loop: with one pointer the compiler sees that the writes
+// never reach a later point and vectorises without a run-time overlap check.
+template <class Real, Translation translation>
 void mapPoints(int count, const Real* in, Real* out, const Real* c, const Real* t)
 {
-    if (in == out) {
-        mapPointsInPlace<Real, withTranslation>(count, out, c, t);
-        return;
-    }
-    const Real c00 = c[0], c01 = c[1], c02 = c[2], c10 = c[3], c11 = c[4], c12 = c[5], c20 = c[6], c21 = c[7], c22 = c[8];
-    const Real t0 = t[0], t1 = t[1], t2 = t[2];
-    for (std::ptrdiff_t i = 0; i < count; ++i) {
-        const Real x = in[3 * i], y = in[3 * i + 1], z = in[3 * i + 2];
-        if constexpr (withTranslation) {
-            out[3 * i] = c00 * x + c01 * y + c02 * z + t0;
-            out[3 * i + 1] = c10 * x + c11 * y + c12 * z + t1;
-            out[3 * i + 2] = c20 * x + c21 * y + c22 * z + t2;
-        } else {
-            out[3 * i] = c00 * x + c01 * y + c02 * z;
-            out[3 * i + 1] = c10 * x + c11 * y + c12 * z;
-            out[3 * i + 2] = c20 * x + c21 * y + c22 * z;
-        }
-    }
+    if (in == out)
+        mapTriples<Real, translation>(count, out, out, c, t);
+    else
+        mapTriples<Real, translation>(count, in, out, c, t);
 }
 
-// Y = C·(X - T) over packed xyz triples, as mapPoints.
+// The decomposition of a 4x4 matrix (FromHomogeneousMatrix) in steps.
+
+// The columns of K made unit length; a column that cannot be becomes zero.
 template <class Real>
-void unmapPointsInPlace(int count, Real* p, const Real* c, const Real* t)
+Wm4::Matrix3<Real> unitColumns(const Wm4::Matrix3<Real>& k)
 {
-    const Real c00 = c[0], c01 = c[1], c02 = c[2], c10 = c[3], c11 = c[4], c12 = c[5], c20 = c[6], c21 = c[7], c22 = c[8];
-    const Real t0 = t[0], t1 = t[1], t2 = t[2];
-    for (std::ptrdiff_t i = 0; i < count; ++i) {
-        const Real x = p[3 * i] - t0, y = p[3 * i + 1] - t1, z = p[3 * i + 2] - t2;
-        p[3 * i] = c00 * x + c01 * y + c02 * z;
-        p[3 * i + 1] = c10 * x + c11 * y + c12 * z;
-        p[3 * i + 2] = c20 * x + c21 * y + c22 * z;
+    Wm4::Matrix3<Real> q;
+    for (int col = 0; col < 3; ++col) {
+        const Wm4::Vector3<Real> column = k.GetColumn(col);
+        const Real length = column.Length();
+        const Real reciprocal = Real(1) / length;
+        if (length == Real(0) || !(static_cast<double>(reciprocal) <= LARGEST))
+            q.SetColumn(col, Wm4::Vector3<Real>::ZERO);
+        else
+            q.SetColumn(col, column / length);
     }
+    return q;
+}
+
+// Q is orthonormal when its inverse is its transpose.
+template <class Real>
+bool isOrthonormal(const Wm4::Matrix3<Real>& q)
+{
+    const Wm4::Matrix3<Real> qInverse = zuMatrixInverse<Real>::Compute(q);
+    for (int i = 0; i < 3; ++i) {
+        const Wm4::Vector3<Real> difference = q.GetRow(i) - qInverse.GetColumn(i);
+        if (!(static_cast<double>(difference.SquaredLength()) < TOLERANCE))
+            return false;
+    }
+    return true;
+}
+
+// The diagonal of D = Qᵀ·K into `s`; false when D has a positive off-diagonal entry (a
+// negative one is let through). A mirror is kept in the x scale, so that Q becomes a proper
+// rotation.
+template <class Real>
+bool splitScale(const Wm4::Matrix3<Real>& k, Wm4::Matrix3<Real>& q, Wm4::Vector3<Real>& s)
+{
+    if (q.Determinant() < Real(0))
+        for (int row = 0; row < 3; ++row)
+            q[row][0] = -q[row][0];
+    const Wm4::Matrix3<Real> d = q.TransposeTimes(k);
+    s = Wm4::Vector3<Real>(d[0][0], d[1][1], d[2][2]);
+    for (int row = 0; row < 3; ++row)
+        for (int col = 0; col < 3; ++col)
+            if (row != col && static_cast<double>(d[row][col]) >= TOLERANCE)
+                return false;
+    return true;
 }
 
 template <class Real>
-void unmapPoints(int count, const Real* in, Real* out, const Real* c, const Real* t)
+bool differsFromIdentity(const Wm4::Matrix3<Real>& m)
 {
-    if (in == out) {
-        unmapPointsInPlace(count, out, c, t);
-        return;
-    }
-    const Real c00 = c[0], c01 = c[1], c02 = c[2], c10 = c[3], c11 = c[4], c12 = c[5], c20 = c[6], c21 = c[7], c22 = c[8];
-    const Real t0 = t[0], t1 = t[1], t2 = t[2];
-    for (std::ptrdiff_t i = 0; i < count; ++i) {
-        const Real x = in[3 * i] - t0, y = in[3 * i + 1] - t1, z = in[3 * i + 2] - t2;
-        out[3 * i] = c00 * x + c01 * y + c02 * z;
-        out[3 * i + 1] = c10 * x + c11 * y + c12 * z;
-        out[3 * i + 2] = c20 * x + c21 * y + c22 * z;
-    }
+    for (int row = 0; row < 3; ++row)
+        for (int col = 0; col < 3; ++col)
+            if (Wm4::Math<double>::FAbs(static_cast<double>(m[row][col]) - (row == col ? 1.0 : 0.0)) >= TOLERANCE)
+                return true;
+    return false;
 }
 
 } // namespace
@@ -234,9 +258,9 @@ void zuGenericTransformation<Real>::ApplyForward(int count, const Vector3* input
     const Real* in = reinterpret_cast<const Real*>(input);
     Real* out = reinterpret_cast<Real*>(output);
     if (withTranslation)
-        mapPoints<Real, true>(count, in, out, combined, translate);
+        mapPoints<Real, Translation::AFTER>(count, in, out, combined, translate);
     else
-        mapPoints<Real, false>(count, in, out, combined, translate);
+        mapPoints<Real, Translation::NONE>(count, in, out, combined, translate);
 }
 
 template <class Real>
@@ -290,7 +314,7 @@ void zuGenericTransformation<Real>::ApplyInverse(int count, const Vector3* input
     } else {
         combined = zuMatrixInverse<Real>::Compute(matrix);
     }
-    unmapPoints<Real>(count, reinterpret_cast<const Real*>(input), reinterpret_cast<Real*>(output), combined, translate);
+    mapPoints<Real, Translation::BEFORE>(count, reinterpret_cast<const Real*>(input), reinterpret_cast<Real*>(output), combined, translate);
 }
 
 template <class Real>
@@ -487,43 +511,11 @@ void zuGenericTransformation<Real>::FromHomogeneousMatrix(const Matrix4& homogen
     for (int i = 0; i < 3; ++i)
         t[i] = transposed ? homogeneous[3][i] : homogeneous[i][3];
 
-    // Q: the columns of K made unit length.
-    Matrix3 q;
-    for (int col = 0; col < 3; ++col) {
-        const Vector3 column = k.GetColumn(col);
-        const Real length = column.Length();
-        const Real reciprocal = Real(1) / length;
-        if (length == Real(0) || !(static_cast<double>(reciprocal) <= LARGEST))
-            q.SetColumn(col, Vector3::ZERO);
-        else
-            q.SetColumn(col, column / length);
-    }
-
-    // Q is orthonormal when its inverse is its transpose.
-    bool decomposed = true;
-    const Matrix3 qInverse = zuMatrixInverse<Real>::Compute(q);
-    for (int i = 0; i < 3 && decomposed; ++i) {
-        const Vector3 difference = q.GetRow(i) - qInverse.GetColumn(i);
-        decomposed = static_cast<double>(difference.SquaredLength()) < TOLERANCE;
-    }
-
+    // K = Q·D, with Q the columns of K made unit length and D diagonal when K is a rotation
+    // and a scale.
+    Matrix3 q = unitColumns(k);
     Vector3 s;
-    bool uniform = false;
-    if (decomposed) {
-        // A mirror is kept in the x scale, so that the rotation stays proper.
-        if (q.Determinant() < Real(0))
-            for (int row = 0; row < 3; ++row)
-                q[row][0] = -q[row][0];
-        const Matrix3 d = q.TransposeTimes(k);
-        // Only a positive off-diagonal entry rejects: a negative one is let through.
-        for (int row = 0; row < 3 && decomposed; ++row)
-            for (int col = 0; col < 3 && decomposed; ++col)
-                if (row != col && static_cast<double>(d[row][col]) >= TOLERANCE)
-                    decomposed = false;
-        s = Vector3(d[0][0], d[1][1], d[2][2]);
-        uniform = Wm4::Math<double>::FAbs(static_cast<double>(s[1]) - s[0]) < TOLERANCE
-               && Wm4::Math<double>::FAbs(static_cast<double>(s[2]) - s[1]) < TOLERANCE;
-    }
+    const bool decomposed = isOrthonormal(q) && splitScale(k, q, s);
 
     MakeIdentity();
     // A translation this small is taken as rounding noise and dropped.
@@ -531,7 +523,6 @@ void zuGenericTransformation<Real>::FromHomogeneousMatrix(const Matrix4& homogen
         translate = t;
         isIdentity = false;
     }
-
     if (!decomposed) {
         matrix = k;
         isIdentity = false;
@@ -539,20 +530,14 @@ void zuGenericTransformation<Real>::FromHomogeneousMatrix(const Matrix4& homogen
         isUniformScale = false;
         return;
     }
-
-    const auto differsFromIdentity = [](const Matrix3& m) {
-        for (int row = 0; row < 3; ++row)
-            for (int col = 0; col < 3; ++col)
-                if (Wm4::Math<double>::FAbs(static_cast<double>(m[row][col]) - (row == col ? 1.0 : 0.0)) >= TOLERANCE)
-                    return true;
-        return false;
-    };
     if (!differsFromIdentity(k))
         return;
     if (differsFromIdentity(q)) {
         matrix = q;
         isIdentity = false;
     }
+    const bool uniform = Wm4::Math<double>::FAbs(static_cast<double>(s[1]) - s[0]) < TOLERANCE
+                      && Wm4::Math<double>::FAbs(static_cast<double>(s[2]) - s[1]) < TOLERANCE;
     if (!uniform) {
         scale = s;
         isIdentity = false;

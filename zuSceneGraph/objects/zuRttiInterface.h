@@ -37,6 +37,10 @@ public:
     // The exact byte count of the whole record that Save writes.
     virtual int GetDiskUsed(const zuBaseStream& stream) const;
     virtual bool Equals(const zuRttiInterface* other) const;
+    // Copies this object into `target`. A concrete class first creates the target when it is
+    // null (a default object of its own class), refuses a target of another class, then
+    // calls its base's Clone and copies its own members; abstract classes and this root
+    // only check and copy into an existing target.
     virtual bool Clone(zuRttiInterface*& target) const;
 
     bool IsExactly(const zuRtti& type) const { return &GetType() == &type; }

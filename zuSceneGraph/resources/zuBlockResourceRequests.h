@@ -1,5 +1,7 @@
 #pragma once
 
+#include <zuSceneGraph/resources/zuBlockResourceHandler.h>
+#include <zuSceneGraph/resources/zuDynamicLoadingResource.h>
 #include <zuSceneGraph/resources/zuDynamicResourceCPUDeleteRequest.h>
 #include <zuSceneGraph/resources/zuDynamicResourceCPULoadRequest.h>
 
@@ -17,11 +19,29 @@ public:
     // Clears the request builders of the handler type; the numbers stay.
     static void Unregister(unsigned int handlerType);
 
+    // The two builder forms of a request taking (identifier, client, handler). Null when the
+    // handler (or the resource's handler) is not a zuBlockResourceHandler.
+    template <class Request>
+    static zuRequestInterfaceForDynamicResource* FromHandler(unsigned long resourceID,
+                                                             zuResourceRequestClientInterface* client,
+                                                             const zuDynamicLoadingResourceHandler* handler)
+    {
+        zuBlockResourceHandler* copy = zuBlockResourceHandler::CloneFrom(handler);
+        return copy ? new Request(resourceID, client, copy) : nullptr;
+    }
+    template <class Request>
+    static zuRequestInterfaceForDynamicResource* FromResource(zuDynamicLoadingResource* resource,
+                                                              zuResourceRequestClientInterface* client)
+    {
+        zuBlockResourceHandler* handler = zuBlockResourceHandler::CreateFor(resource);
+        return handler ? new Request(resource->getResourceID(), client, handler) : nullptr;
+    }
+
     // The four factories Register installs, under the names the kinds publish.
-    static constexpr auto& LoadFromHandler = zuDynamicResourceCPULoadRequest::CreateFromHandler;
-    static constexpr auto& DeleteFromHandler = zuDynamicResourceCPUDeleteRequest::CreateFromHandler;
-    static constexpr auto& LoadFromResource = zuDynamicResourceCPULoadRequest::CreateFromResource;
-    static constexpr auto& DeleteFromResource = zuDynamicResourceCPUDeleteRequest::CreateFromResource;
+    static constexpr auto& LoadFromHandler = FromHandler<zuDynamicResourceCPULoadRequest>;
+    static constexpr auto& DeleteFromHandler = FromHandler<zuDynamicResourceCPUDeleteRequest>;
+    static constexpr auto& LoadFromResource = FromResource<zuDynamicResourceCPULoadRequest>;
+    static constexpr auto& DeleteFromResource = FromResource<zuDynamicResourceCPUDeleteRequest>;
 };
 
 } // namespace zu

@@ -1,6 +1,7 @@
 #include <zuSceneGraph/resources/zuDynamicLoadingResource.h>
 
 #include <zuSceneGraph/objects/zuRtti.h>
+#include <zuSceneGraph/resources/zuBlockResourceHandler.h>
 #include <zuSceneGraph/resources/zuDynamicLoadingResourceHandler.h>
 #include <zuSceneGraph/resources/zuRC_ResourceRegistry.h>
 #include <zuSceneGraph/stream/zuStream.h>
@@ -114,6 +115,17 @@ void zuDynamicLoadingResource::storeStreamInfo(zuBaseStream* stream) const
     mResourceFilePath = stream->GetSharedPath();
     mStreamOffset = stream->GetOffset();
     mStreamVersion = stream->GetVersion();
+}
+
+char* zuDynamicLoadingResource::readBlock(zuBaseStream& stream, uint64_t size) const
+{
+    storeStreamInfo(&stream);
+    char* block = size > 0 && hasToLoad() ? zuBlockResourceHandler::AllocateBlock(size) : nullptr;
+    if (block)
+        stream.Read(static_cast<int>(size), block);
+    else
+        stream.Skip(size);
+    return block;
 }
 
 void zuDynamicLoadingResource::copyStreamInfo(zuDynamicLoadingResource* target) const

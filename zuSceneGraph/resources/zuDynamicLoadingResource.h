@@ -103,6 +103,11 @@ public:
     // block. A stream that keeps moved resources (zuBaseStream::keepMovedResources) is told
     // where the block was before.
     void storeStreamInfo(zuBaseStream* stream) const;
+    // What a Load does at its block: records where the block starts (storeStreamInfo), then
+    // reads `size` bytes into a new block when the resource must be loaded now and the
+    // memory is there, or else skips them, so that the resource stays non-resident and can
+    // be loaded later from the recorded file. The new block (freed with FreeBlock), or null.
+    char* readBlock(zuBaseStream& stream, uint64_t size) const;
     // Gives `target` this resource's offset, version and path.
     void copyStreamInfo(zuDynamicLoadingResource* target) const;
     // Forgets the file: the block now exists only in memory (a kind whose block is
@@ -131,8 +136,11 @@ public:
     static unsigned int GetNextHandlerIdentifier();
     static unsigned int GetCurrentHandlerIdentifier();
 
-    // The load-policy table, keyed by the type's name. Setting a policy creates the table
-    // when needed; GetLoadPolicy is true (and sets `load`) when a policy exists.
+    // The load-policy table, keyed by the type's name: whether stream loads read the blocks
+    // of resources of that `type` (`load` true) or leave them in the file to be read back
+    // on demand (false; as zuVertexBuffer::TYPE, zuIndexBuffer::TYPE, zuImage::TYPE).
+    // Setting a policy creates the table when needed; GetLoadPolicy is true (and sets
+    // `load`) when a policy exists.
     static void SetLoadPolicy(const zuRtti& type, bool load);
     static bool GetLoadPolicy(const zuRtti& type, bool& load);
     // Removes the policy of one type (its blocks are then read by every load).

@@ -18,20 +18,6 @@ zuDynamicResourceCPUDeleteRequest::~zuDynamicResourceCPUDeleteRequest()
     delete mHandler;
 }
 
-zuRequestInterfaceForDynamicResource* zuDynamicResourceCPUDeleteRequest::CreateFromHandler(
-    unsigned long resourceID, zuResourceRequestClientInterface* client, const zuDynamicLoadingResourceHandler* handler)
-{
-    zuBlockResourceHandler* copy = zuBlockResourceHandler::CloneFrom(handler);
-    return copy ? new zuDynamicResourceCPUDeleteRequest(resourceID, client, copy) : nullptr;
-}
-
-zuRequestInterfaceForDynamicResource* zuDynamicResourceCPUDeleteRequest::CreateFromResource(
-    zuDynamicLoadingResource* resource, zuResourceRequestClientInterface* client)
-{
-    zuBlockResourceHandler* handler = zuBlockResourceHandler::CreateFor(resource);
-    return handler ? new zuDynamicResourceCPUDeleteRequest(resource->getResourceID(), client, handler) : nullptr;
-}
-
 void zuDynamicResourceCPUDeleteRequest::execute(zuRC_WorkingThreadContext*)
 {
 }

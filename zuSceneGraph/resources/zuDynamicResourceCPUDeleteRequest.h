@@ -5,7 +5,6 @@
 namespace zu {
 
 class zuBlockResourceHandler;
-class zuDynamicLoadingResourceHandler;
 
 // Drops a resource's CPU block: the same request for every resource kind whose handler
 // derives from zuBlockResourceHandler (the handler gives access to the kind's block).
@@ -16,13 +15,6 @@ public:
     zuDynamicResourceCPUDeleteRequest(unsigned long resourceID, zuResourceRequestClientInterface* client,
                                       zuBlockResourceHandler* handler, SchedulingPolicy policy = SCHEDULING_NORMAL);
     ~zuDynamicResourceCPUDeleteRequest() override;
-
-    // The builder forms, as for the CPU load request.
-    static zuRequestInterfaceForDynamicResource* CreateFromHandler(unsigned long resourceID,
-                                                                   zuResourceRequestClientInterface* client,
-                                                                   const zuDynamicLoadingResourceHandler* handler);
-    static zuRequestInterfaceForDynamicResource* CreateFromResource(zuDynamicLoadingResource* resource,
-                                                                    zuResourceRequestClientInterface* client);
 
     // Does nothing.
     void execute(zuRC_WorkingThreadContext* context) override;

@@ -27,20 +27,6 @@ zuDynamicResourceCPULoadRequest::~zuDynamicResourceCPULoadRequest()
     delete mHandler;
 }
 
-zuRequestInterfaceForDynamicResource* zuDynamicResourceCPULoadRequest::CreateFromHandler(
-    unsigned long resourceID, zuResourceRequestClientInterface* client, const zuDynamicLoadingResourceHandler* handler)
-{
-    zuBlockResourceHandler* copy = zuBlockResourceHandler::CloneFrom(handler);
-    return copy ? new zuDynamicResourceCPULoadRequest(resourceID, client, copy) : nullptr;
-}
-
-zuRequestInterfaceForDynamicResource* zuDynamicResourceCPULoadRequest::CreateFromResource(
-    zuDynamicLoadingResource* resource, zuResourceRequestClientInterface* client)
-{
-    zuBlockResourceHandler* handler = zuBlockResourceHandler::CreateFor(resource);
-    return handler ? new zuDynamicResourceCPULoadRequest(resource->getResourceID(), client, handler) : nullptr;
-}
-
 void zuDynamicResourceCPULoadRequest::execute(zuRC_WorkingThreadContext*)
 {
     if (mBlock) {

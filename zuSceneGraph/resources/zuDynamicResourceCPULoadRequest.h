@@ -8,14 +8,13 @@ namespace zu {
 
 class zuBlockReader;
 class zuBlockResourceHandler;
-class zuDynamicLoadingResourceHandler;
 
 // Reads a resource's CPU block back from its file: the same request for every resource
 // kind whose handler derives from zuBlockResourceHandler. execute reads into a block of
 // its own (worker thread); finalisation hands the block to the resource, if it is alive.
 //
-// A kind registers the two factories CreateFromHandler and CreateFromResource (directly or
-// from functions of its own name) as its CPU load builders.
+// A kind registers it through zuBlockResourceRequests, which builds it from a handler or
+// from the resource.
 class zuDynamicResourceCPULoadRequest : public zuRequestInterfaceForDynamicResource {
 public:
     enum Status : int {
@@ -30,14 +29,6 @@ public:
     zuDynamicResourceCPULoadRequest(unsigned long resourceID, zuResourceRequestClientInterface* client,
                                     zuBlockResourceHandler* handler, SchedulingPolicy policy = SCHEDULING_NORMAL);
     ~zuDynamicResourceCPULoadRequest() override;
-
-    // The builder forms. Null when the handler (or the resource's handler) is not a
-    // zuBlockResourceHandler.
-    static zuRequestInterfaceForDynamicResource* CreateFromHandler(unsigned long resourceID,
-                                                                   zuResourceRequestClientInterface* client,
-                                                                   const zuDynamicLoadingResourceHandler* handler);
-    static zuRequestInterfaceForDynamicResource* CreateFromResource(zuDynamicLoadingResource* resource,
-                                                                    zuResourceRequestClientInterface* client);
 
     // 0 when the request already holds a block; 512 without a file path; 64 when the file
     // cannot be opened or positioned; 128 when the block cannot be allocated; 64 when fewer

@@ -214,18 +214,7 @@ void zuImage::Load(zuBaseStream& stream, zuLink* link)
     mHeight = height;
     mDataSize = dataSize;
 
-    storeStreamInfo(&stream);
-    char* block = nullptr;
-    if (hasToLoad() && mDataSize > 0)
-        block = zuBlockResourceHandler::AllocateBlock(static_cast<uint64_t>(mDataSize));
-    if (block) {
-        stream.Read(mDataSize, block);
-        mData = block;
-    } else {
-        // Not wanted now, or no memory for it: the image stays non-resident and can be
-        // loaded later from the recorded file.
-        stream.Skip(static_cast<uint64_t>(mDataSize));
-    }
+    mData = readBlock(stream, static_cast<uint64_t>(mDataSize));
 }
 
 bool zuImage::Equals(const zuRttiInterface* other) const

@@ -378,9 +378,8 @@ void zuVertexBuffer::Save(zuBaseStream& stream) const
 {
     checkSizesFit(stream);
     zuUnnamedObject::Save(stream);
-    const zuStreamVersion& version = stream.GetVersion();
     // Up to 5.1 the sizes are counted in floats.
-    const bool sizesInFloats = version <= zuStreamVersion(5, 1);
+    const bool sizesInFloats = stream.GetVersion() <= zuStreamVersion(5, 1);
     stream.Write(sizesInFloats ? mVertexSize / 4 : mVertexSize);
     stream.Write(mVertexQuantity);
     stream.Write(sizesInFloats ? mDataSize / 4 : mDataSize);
@@ -392,26 +391,32 @@ void zuVertexBuffer::Save(zuBaseStream& stream) const
         stream.Write(mDataSize, mData);
     else
         stream.WriteZeros(static_cast<uint64_t>(mDataSize));
+    writeLayout(stream, mAttributes);
+}
 
-    stream.Write(mAttributes.GetPositionChannels());
+// The channel counts of the groups the version knows, in record order.
+void zuVertexBuffer::writeLayout(zuBaseStream& stream, const zuAttributes& layout)
+{
+    const zuStreamVersion& version = stream.GetVersion();
+    stream.Write(layout.GetPositionChannels());
     if (version <= zuStreamVersion(4, 3)) {
-        stream.Write(mAttributes.GetNormalChannels());
-        writeUnits(stream, mAttributes, zuAttributes::COLOR);
-        writeUnits(stream, mAttributes, zuAttributes::TCOORD);
-    } else {
-        stream.Write(mAttributes.GetBlendWeightChannels());
-        stream.Write(mAttributes.GetNormalChannels());
-        writeUnits(stream, mAttributes, zuAttributes::COLOR);
-        stream.Write(mAttributes.GetFogChannels());
-        stream.Write(mAttributes.GetPSizeChannels());
-        stream.Write(mAttributes.GetBlendIndicesChannels());
-        writeUnits(stream, mAttributes, zuAttributes::TCOORD);
-        stream.Write(mAttributes.GetTangentChannels());
-        stream.Write(mAttributes.GetBitangentChannels());
-        if (version >= zuStreamVersion(5, 2)) {
-            for (int family = zuAttributes::USER_BYTE; family <= zuAttributes::USER_UINT; ++family)
-                writeUnits(stream, mAttributes, static_cast<Group>(family));
-        }
+        stream.Write(layout.GetNormalChannels());
+        writeUnits(stream, layout, zuAttributes::COLOR);
+        writeUnits(stream, layout, zuAttributes::TCOORD);
+        return;
+    }
+    stream.Write(layout.GetBlendWeightChannels());
+    stream.Write(layout.GetNormalChannels());
+    writeUnits(stream, layout, zuAttributes::COLOR);
+    stream.Write(layout.GetFogChannels());
+    stream.Write(layout.GetPSizeChannels());
+    stream.Write(layout.GetBlendIndicesChannels());
+    writeUnits(stream, layout, zuAttributes::TCOORD);
+    stream.Write(layout.GetTangentChannels());
+    stream.Write(layout.GetBitangentChannels());
+    if (version >= zuStreamVersion(5, 2)) {
+        for (int family = zuAttributes::USER_BYTE; family <= zuAttributes::USER_UINT; ++family)
+            writeUnits(stream, layout, static_cast<Group>(family));
     }
 }
 
@@ -419,8 +424,30 @@ void zuVertexBuffer::Load(zuBaseStream& stream, zuLink* link)
 {
     zuUnnamedObject::Load(stream, link);
     clearContents();
-    const zuStreamVersion& version = stream.GetVersion();
+    if (!readSizes(stream))
+        return;
 
+    mData = readBlock(stream, static_cast<uint64_t>(mDataSize));
+
+    zuAttributes layout;
+    bool valid = readLayout(stream, layout);
+    // The stored vertex size is kept as read; a layout wider than it would address bytes
+    // beyond each vertex, and beyond the block at the last one.
+    if (valid && layout.GetStride() > mVertexSize) {
+        stream.setCorrupt("the vertex layout is wider than the vertex size");
+        valid = false;
+    }
+    if (!valid) {
+        clearContents();
+        return;
+    }
+    mAttributes = layout;
+}
+
+// vertexSize, vertexQuantity and dataSize, checked against each other and against the bytes
+// that remain before anything is allocated.
+bool zuVertexBuffer::readSizes(zuBaseStream& stream)
+{
     int vertexSize = 0;
     int quantity = 0;
     int dataSize = 0;
@@ -429,41 +456,33 @@ void zuVertexBuffer::Load(zuBaseStream& stream, zuLink* link)
     stream.Read(dataSize);
     int64_t vertexBytes = vertexSize;
     int64_t dataBytes = dataSize;
-    if (version <= zuStreamVersion(5, 1)) {
+    if (stream.GetVersion() <= zuStreamVersion(5, 1)) {
         vertexBytes *= 4;
         dataBytes *= 4;
     }
     if (!stream.CheckCount(vertexBytes, 0) || !stream.CheckCount(dataBytes, 1))
-        return;
+        return false;
     if (vertexBytes > std::numeric_limits<int>::max() || dataBytes > std::numeric_limits<int>::max()) {
         stream.setCorrupt("a vertex size does not fit the format");
-        return;
+        return false;
     }
     if (!stream.CheckCount(quantity, static_cast<uint64_t>(vertexBytes)))
-        return;
+        return false;
     if (dataBytes != vertexBytes * quantity) {
         stream.setCorrupt("the vertex data size is not the vertex size times the vertex count");
-        return;
+        return false;
     }
     mVertexSize = static_cast<int>(vertexBytes);
     mVertexQuantity = quantity;
     mDataSize = static_cast<int>(dataBytes);
+    return true;
+}
 
-    storeStreamInfo(&stream);
-    char* block = nullptr;
-    if (hasToLoad() && mDataSize > 0)
-        block = zuBlockResourceHandler::AllocateBlock(static_cast<uint64_t>(mDataSize));
-    if (block) {
-        stream.Read(mDataSize, block);
-        mData = block;
-    } else {
-        // Not wanted now, or no memory for it: the buffer stays non-resident and can be
-        // loaded later from the recorded file.
-        stream.Skip(static_cast<uint64_t>(mDataSize));
-    }
-
-    // The counts are set without the offset pass, which runs once at the end.
-    zuAttributes layout;
+// The mirror of writeLayout. The counts are set without the offset pass, which runs once at
+// the end. False, with the stream marked corrupt, on a negative count or a unit count the
+// data cannot hold.
+bool zuVertexBuffer::readLayout(zuBaseStream& stream, zuAttributes& layout)
+{
     auto readGroup = [&stream, &layout](Group group) {
         int channels = 0;
         stream.Read(channels);
@@ -491,6 +510,7 @@ void zuVertexBuffer::Load(zuBaseStream& stream, zuLink* link)
         layout.setUnitChannelsOnly(family, channels);
         return !stream.isStreamError();
     };
+    const zuStreamVersion& version = stream.GetVersion();
     bool valid = readGroup(zuAttributes::POSITION);
     if (version <= zuStreamVersion(4, 3)) {
         valid = valid && readGroup(zuAttributes::NORMAL) && readUnits(zuAttributes::COLOR)
@@ -506,17 +526,7 @@ void zuVertexBuffer::Load(zuBaseStream& stream, zuLink* link)
         }
     }
     layout.UpdateOffsets();
-    // The stored vertex size is kept as read; a layout wider than it would address bytes
-    // beyond each vertex, and beyond the block at the last one.
-    if (valid && layout.GetStride() > mVertexSize) {
-        stream.setCorrupt("the vertex layout is wider than the vertex size");
-        valid = false;
-    }
-    if (!valid) {
-        clearContents();
-        return;
-    }
-    mAttributes = layout;
+    return valid;
 }
 
 bool zuVertexBuffer::Equals(const zuRttiInterface* other) const

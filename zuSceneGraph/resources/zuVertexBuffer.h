@@ -117,7 +117,7 @@ public:
 #undef ZU_VERTEX_UNIT_TUPLE
 
     // Typed component access, unchecked (no range, presence or residency test): the
-    // writable form is a reference into the block, the read-only form a copy. <Name>N reads
+    // writable form is a reference into the block, the read-only form a copy. `<Name>N` reads
     // N components: a float, a Wm4 vector of 2 to 4 floats, or an integer / array of
     // integers for the user families. With a stride that is not a multiple of 4 the
     // references may be unaligned (which x86-64 allows).
@@ -260,6 +260,9 @@ private:
         return mData + static_cast<ptrdiff_t>(i) * mVertexSize + static_cast<int>(offset);
     }
     void clearContents();
+    bool readSizes(zuBaseStream& stream);
+    static bool readLayout(zuBaseStream& stream, zuAttributes& layout);
+    static void writeLayout(zuBaseStream& stream, const zuAttributes& layout);
 
     char* mData = nullptr;
     zuAttributes mAttributes;

@@ -3,6 +3,7 @@
 #include <zuSceneGraph/culling/zuCuller.h>
 
 #include <algorithm>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -19,6 +20,34 @@ namespace {
 thread_local std::vector<zuPointer<zuSpatial>>* releaseQueue = nullptr;
 
 } // namespace
+
+// The explicit stack of the walks that a deep tree must not run on the thread's stack:
+// frames live in place for ordinary depths and on the heap beyond.
+class zuNode::NodeStack {
+public:
+    void push(const NodeFrame& frame)
+    {
+        if (mSize < INLINE_FRAMES)
+            mInline[mSize] = frame;
+        else
+            mSpilled.push_back(frame);
+        ++mSize;
+    }
+    void pop()
+    {
+        if (--mSize >= INLINE_FRAMES)
+            mSpilled.pop_back();
+    }
+    NodeFrame& top() { return mSize > INLINE_FRAMES ? mSpilled.back() : mInline[mSize - 1]; }
+    bool empty() const { return mSize == 0; }
+    size_t size() const { return mSize; }
+
+private:
+    static constexpr size_t INLINE_FRAMES = 32;
+    NodeFrame mInline[INLINE_FRAMES];
+    std::vector<NodeFrame> mSpilled;
+    size_t mSize = 0;
+};
 
 zuNode::~zuNode()
 {
@@ -138,14 +167,32 @@ bool zuNode::UpdateSubtreeControllers(double time)
 
 uint32_t zuNode::setDirtyDown(bool down)
 {
-    uint32_t bits = 0;
-    for (int i = 0; i < mChildCount; ++i)
-        if (zuSpatial* child = mChildren[i].get())
-            bits |= child->setDirtyDown(down);
-    bits |= UPDATE_WORLD_DATA;
-    SetDirtyMask(GetDirtyMask() | bits);
-    SetUpdateMask(GetUpdateMask() | bits);
-    return GetDirtyMask();
+    // The recursion the marks describe, run on a stack of our own: a subtree may be far
+    // deeper than the thread's stack allows. A node's result is its children's results,
+    // UPDATE_WORLD_DATA, and what its dirty mask held.
+    NodeStack stack;
+    stack.push({this, 0, 0});
+    for (;;) {
+        NodeFrame& frame = stack.top();
+        if (frame.next < frame.node->mChildCount) {
+            zuSpatial* child = frame.node->mChildren[frame.next++].get();
+            if (!child)
+                continue;
+            if (child->IsDerived(TYPE))
+                stack.push({static_cast<zuNode*>(child), 0, 0});
+            else
+                frame.bits |= child->setDirtyDown(down);
+            continue;
+        }
+        zuNode* node = frame.node;
+        const uint32_t bits = frame.bits | UPDATE_WORLD_DATA;
+        node->SetDirtyMask(node->GetDirtyMask() | bits);
+        node->SetUpdateMask(node->GetUpdateMask() | bits);
+        stack.pop();
+        if (stack.empty())
+            return node->GetDirtyMask();
+        stack.top().bits |= node->GetDirtyMask();
+    }
 }
 
 void zuNode::UpdateWorldData()
@@ -362,28 +409,141 @@ void zuNode::Link(zuBaseStream& stream, zuLink* link)
     zuSpatial::Link(stream, link);
     for (int i = 0; i < mChildCount; ++i) {
         zuRttiInterface* object = stream.getFromMapAndRemove(link->getLinkID());
-        if (!object || !object->IsDerived(zuSpatial::TYPE))
+        // A child has one parent and one slot; one that another slot took stays there.
+        if (!object || object == this || !object->IsDerived(zuSpatial::TYPE))
             continue;
-        // setChild refuses a child that would close a cycle or that another slot took.
-        setChild(i, static_cast<zuSpatial*>(object));
+        auto* child = static_cast<zuSpatial*>(object);
+        if (child->GetParent())
+            continue;
+        // Installed without marks or the ancestor check, which cost the depth of the tree
+        // per child: the load's tree pass sets the marks, breaks the cycles a file can make
+        // and bounds the depth, once for all the trees of the load.
+        child->SetParent(this);
+        mChildren[i] = child;
     }
+    stream.requestLinkedPass(finishLoadedTrees);
 }
 
-bool zuNode::PostLink()
+// ---------------------------------------------------------------------------------------
+// The tree pass of a load
+
+void zuNode::finishLoadedTrees(zuBaseStream& stream)
 {
-    const bool result = zuSpatial::PostLink();
-    // The update and culling walks recurse once per level. A crafted file may nest nodes
-    // deeper than any real scene: a node below MAX_LOADED_DEPTH ancestors leaves its
-    // parent, and its subtree is dropped with the load unless something else holds it.
-    int depth = 0;
-    zuSpatial* parent = GetParent();
-    for (const zuSpatial* ancestor = parent; ancestor && depth <= MAX_LOADED_DEPTH; ancestor = ancestor->GetParent())
-        ++depth;
-    if (depth > MAX_LOADED_DEPTH && parent->IsDerived(zuNode::TYPE)) {
-        zuNode* node = static_cast<zuNode*>(parent);
-        node->setChild(node->getChildIndex(this), nullptr);
+    size_t spatials = 0;
+    size_t reached = 0;
+    for (size_t i = 0; i < stream.GetLoadedObjectCount(); ++i) {
+        zuRttiInterface* object = stream.GetLoadedObjectAt(i);
+        if (!object->IsDerived(zuSpatial::TYPE))
+            continue;
+        ++spatials;
+        if (auto* spatial = static_cast<zuSpatial*>(object); !spatial->GetParent())
+            reached += finishLoadedTree(spatial);
     }
-    return result;
+    // Every object hangs in one tree at most; those that no root reached hang below a cycle.
+    if (reached < spatials)
+        breakLoadedCycles(stream);
+}
+
+size_t zuNode::finishLoadedTree(zuSpatial* root)
+{
+    if (!root->IsDerived(TYPE))
+        return 1;
+    size_t reached = 0;
+    std::vector<zuNode*> roots{static_cast<zuNode*>(root)};
+    NodeStack stack;
+    while (!roots.empty()) {
+        // A root was attached to nothing, so it gets only what its descendants report.
+        stack.push({roots.back(), 0, 0});
+        roots.pop_back();
+        ++reached;
+        while (!stack.empty()) {
+            NodeFrame& frame = stack.top();
+            if (frame.next == frame.node->mChildCount) {
+                zuNode* node = frame.node;
+                const uint32_t bits = frame.bits;
+                node->SetDirtyMask(node->GetDirtyMask() | bits);
+                node->SetUpdateMask(node->GetUpdateMask() | bits);
+                stack.pop();
+                if (!stack.empty())
+                    stack.top().bits |= bits;
+                continue;
+            }
+            const int slot = frame.next++;
+            zuSpatial* child = frame.node->mChildren[slot].get();
+            if (!child)
+                continue;
+            if (!child->IsDerived(TYPE)) {
+                // What attaching the leaf marked: its own bits, then its dirty mask reported
+                // to itself and, through the gathered bits, to its ancestors.
+                child->setDirtyDown(true);
+                child->SetUpdateMask(child->GetUpdateMask() | child->GetDirtyMask());
+                frame.bits |= child->GetDirtyMask();
+                ++reached;
+                continue;
+            }
+            auto* node = static_cast<zuNode*>(child);
+            if (stack.size() > static_cast<size_t>(MAX_LOADED_DEPTH)) {
+                // Too deep: cut off, and finished as a root of its own. The load's link still
+                // holds it, so it is freed with the load unless something else holds it.
+                node->SetParent(nullptr);
+                frame.node->mChildren[slot] = nullptr;
+                roots.push_back(node);
+                continue;
+            }
+            // Attached to a node with no children yet, a node marks UPDATE_WORLD_DATA on
+            // itself and reports its whole dirty mask upward.
+            node->SetDirtyMask(node->GetDirtyMask() | UPDATE_WORLD_DATA);
+            node->SetUpdateMask(node->GetUpdateMask() | UPDATE_WORLD_DATA);
+            stack.push({node, 0, node->GetDirtyMask()});
+            ++reached;
+        }
+    }
+    return reached;
+}
+
+void zuNode::breakLoadedCycles(zuBaseStream& stream)
+{
+    // Only a crafted file gets here, so hash maps may keep, per object, its place in the
+    // reading order and its state: 1 on the path being climbed, 2 settled (in a finished tree).
+    std::unordered_map<const zuSpatial*, size_t> order;
+    std::unordered_map<const zuSpatial*, uint8_t> state;
+    for (size_t i = 0; i < stream.GetLoadedObjectCount(); ++i)
+        if (zuRttiInterface* object = stream.GetLoadedObjectAt(i); object->IsDerived(zuSpatial::TYPE))
+            order.emplace(static_cast<zuSpatial*>(object), i);
+    std::vector<zuSpatial*> path;
+    for (size_t i = 0; i < stream.GetLoadedObjectCount(); ++i) {
+        zuRttiInterface* object = stream.GetLoadedObjectAt(i);
+        if (!object->IsDerived(zuSpatial::TYPE))
+            continue;
+        path.clear();
+        for (auto* spatial = static_cast<zuSpatial*>(object); spatial; spatial = spatial->GetParent()) {
+            uint8_t& seen = state[spatial];
+            if (seen == 2)
+                break;
+            if (seen == 1) {
+                // The climb came round. Linking child by child would have refused the link
+                // that closed the cycle, the one its parent made last: cut that one, and the
+                // child becomes the root of what hung in the cycle.
+                zuSpatial* cut = spatial;
+                for (zuSpatial* member = spatial->GetParent(); member != spatial; member = member->GetParent())
+                    if (order[member->GetParent()] > order[cut->GetParent()])
+                        cut = member;
+                zuSpatial* parent = cut->GetParent();
+                cut->SetParent(nullptr);
+                if (parent->IsDerived(TYPE)) {
+                    auto* node = static_cast<zuNode*>(parent);
+                    if (const int slot = node->getChildIndex(cut); slot >= 0)
+                        node->mChildren[slot] = nullptr;
+                }
+                finishLoadedTree(cut);
+                break;
+            }
+            seen = 1;
+            path.push_back(spatial);
+        }
+        for (zuSpatial* spatial : path)
+            state[spatial] = 2;
+    }
 }
 
 bool zuNode::Equals(const zuRttiInterface* other) const

@@ -32,7 +32,8 @@ public:
     static void UnRegisterFactory() { UnregisterFactoryFunction(TYPE.GetName()); }
 
     // The deepest a loaded node may sit (its number of ancestors): far beyond real scenes,
-    // well within the stack that the recursive walks need.
+    // well within the stack that the recursive walks need. A load cuts a node nested deeper
+    // off its parent (see finishLoadedTrees).
     static constexpr int MAX_LOADED_DEPTH = 4096;
 
     zuNode();
@@ -73,8 +74,9 @@ public:
     }
 
     int getNbChildren() const { return mChildCount; }
-    // Updates the controllers of this node and of every object below it, each node before
-    // its children; true when any of them changed something. UpdateControllers, as for
+    // Updates the controllers of this node and of every object below it for the
+    // application's `time` (in the unit the controllers' times use, usually seconds), each
+    // node before its children; true when any of them changed something. UpdateControllers, as for
     // every object, updates this node's own controllers only. Follow it with UpdateGS to
     // carry the new local transformations into the world transformations and bounds.
     bool UpdateSubtreeControllers(double time);
@@ -87,7 +89,8 @@ public:
     // attached and marked the same way. False when i is out of range or `child` has a
     // parent, is this node or one of its ancestors.
     bool replaceChildAt(int i, zuSpatial* child);
-    // replaceChildAt at the first slot holding `oldChild`; false when there is none.
+    // replaceChildAt at the first slot holding `oldChild`, with `child` (or nothing); false
+    // when there is none.
     bool replaceChild(zuSpatial* oldChild, zuSpatial* child);
     // The first slot holding `child`, or -1.
     int getChildIndex(const zuSpatial* child) const;
@@ -99,7 +102,8 @@ public:
     // Marks and detaches every child; no slot remains.
     void removeAllChildren();
     // Drops the empty slots, keeping the order; with `recursive`, in the child nodes first.
-    // `flag` is handed down the recursion. Returns the number of slots dropped in all.
+    // `flag` is not read here: it is handed down the recursion, for derived nodes. Returns
+    // the number of slots dropped in all.
     int removeNullChildren(bool recursive, bool flag);
     // Resizes the array to n slots (none for n < 1), keeping the first children. Dropped
     // children are released without detaching or marking them: a raw step for loaders.
@@ -110,11 +114,10 @@ public:
     int GetDiskUsed(const zuBaseStream& stream) const override;
     void Save(zuBaseStream& stream) const override;
     void Load(zuBaseStream& stream, zuLink* link) override;
-    // A reference that is not a spatial object, or would close a cycle (this node or an
-    // ancestor), or names a child that has a parent already, leaves its slot empty.
+    // A reference that is not a spatial object, or is this node, or names a child that has
+    // a parent already, leaves its slot empty. The children are installed without marks;
+    // the load's tree pass (finishLoadedTrees) marks them afterwards.
     void Link(zuBaseStream& stream, zuLink* link) override;
-    // The spatial part's, then a node nested deeper than MAX_LOADED_DEPTH leaves its parent.
-    bool PostLink() override;
     // The spatial part and the slot count; the children are not compared.
     bool Equals(const zuRttiInterface* other) const override;
     // The node itself: a node is created for an empty target; children are not copied (a
@@ -131,8 +134,26 @@ protected:
     }
 
 private:
+    struct NodeFrame {
+        zuNode* node;
+        int next;       // the next slot to visit
+        uint32_t bits;  // the marks gathered from the children so far
+    };
+    class NodeStack;
+
     // Reallocates the array to exactly n slots, moving the first min(n, count) children.
     void resizeSlots(int n);
+
+    // The tree pass of a load, run once after every record is linked. Each tree is walked
+    // once, on a stack of its own: its marks become those that attaching the children one
+    // by one in reading order gives (the order of every file Save writes), a node with more
+    // than MAX_LOADED_DEPTH ancestors is cut off its parent (and finished as a root of its
+    // own), and a cycle of parents that a crafted file can make is cut open.
+    static void finishLoadedTrees(zuBaseStream& stream);
+    // Finishes the tree of a parentless object; returns the spatial objects it reached,
+    // those cut off included.
+    static size_t finishLoadedTree(zuSpatial* root);
+    static void breakLoadedCycles(zuBaseStream& stream);
 
     zuPointer<zuSpatial>* mChildren = nullptr;
     int mChildCount = 0;

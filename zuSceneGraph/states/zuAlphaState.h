@@ -78,7 +78,6 @@ public:
     void Load(zuBaseStream& stream, zuLink* link) override;
     // Compares every field but DstBlend: two states that differ only there are equal.
     bool Equals(const zuRttiInterface* other) const override;
-    // Creates the target when it is null.
     bool Clone(zuRttiInterface*& target) const override;
 
     bool BlendEnabled = false;

@@ -36,7 +36,6 @@ public:
     void Load(zuBaseStream& stream, zuLink* link) override;
     // The object part, then every float within 1e-6 (taken in double).
     bool Equals(const zuRttiInterface* other) const override;
-    // Creates the target when it is null.
     bool Clone(zuRttiInterface*& target) const override;
 };
 

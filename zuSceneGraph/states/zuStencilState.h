@@ -50,7 +50,6 @@ public:
     void Save(zuBaseStream& stream) const override;
     void Load(zuBaseStream& stream, zuLink* link) override;
     bool Equals(const zuRttiInterface* other) const override;
-    // Creates the target when it is null.
     bool Clone(zuRttiInterface*& target) const override;
 
     bool Enabled = false;

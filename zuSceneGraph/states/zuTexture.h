@@ -104,7 +104,7 @@ public:
     // The object part, the image name, the modes, unit and channel, then the images: both
     // absent, the same, or equal (zuImage::Equals).
     bool Equals(const zuRttiInterface* other) const override;
-    // Creates the target when it is null. The target shares this texture's image.
+    // The target shares this texture's image.
     bool Clone(zuRttiInterface*& target) const override;
 
 private:

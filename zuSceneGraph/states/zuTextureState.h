@@ -45,7 +45,7 @@ public:
     void Link(zuBaseStream& stream, zuLink* link) override;
     // The same count, and slot by slot both empty or equal textures (zuTexture::Equals).
     bool Equals(const zuRttiInterface* other) const override;
-    // Creates the target when it is null. The target shares this state's textures.
+    // The target shares this state's textures.
     bool Clone(zuRttiInterface*& target) const override;
 
 private:

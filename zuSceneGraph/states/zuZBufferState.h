@@ -42,7 +42,7 @@ public:
     void Load(zuBaseStream& stream, zuLink* link) override;
     // Compares the saved fields; the label is not compared.
     bool Equals(const zuRttiInterface* other) const override;
-    // Creates the target when it is null; the label is copied too.
+    // The label is copied too.
     bool Clone(zuRttiInterface*& target) const override;
 
     bool Enabled = true;

@@ -35,6 +35,43 @@ void toHostOrder(void* values, int size, uint64_t count)
     }
 }
 
+// The factories of the last few types met: a scene's records cycle through a handful of
+// types (a mesh, its vertex buffer, its index buffer, the next mesh), so a name is looked up
+// in the registry about once per run of records, not once per record.
+// Says so when no type has a factory at all: the library was not started.
+void reportEmptyRegistry()
+{
+    if (zuRttiInterface::GetFactoryNames().empty())
+        zuLog::instance().write("zustream", "No factory is registered for any type: the library must be started "
+                                            "with zu::initializeZuSceneGraph() before a stream is loaded");
+}
+
+class RecentFactories {
+public:
+    zuRttiInterface::FactoryFunction find(const std::string& type)
+    {
+        for (const Entry& entry : mEntries)
+            if (entry.factory && entry.type == type)
+                return entry.factory;
+        const zuRttiInterface::FactoryFunction factory = zuRttiInterface::GetFactory(type);
+        if (factory) {
+            Entry& entry = mEntries[mNext++ % COUNT];
+            entry.type = type;
+            entry.factory = factory;
+        }
+        return factory;
+    }
+
+private:
+    static constexpr size_t COUNT = 8;
+    struct Entry {
+        std::string type;
+        zuRttiInterface::FactoryFunction factory = nullptr;
+    };
+    Entry mEntries[COUNT];
+    size_t mNext = 0;
+};
+
 } // namespace
 
 zuBaseStream::zuBaseStream(zuCatalog<zuImage>* catalog)
@@ -348,6 +385,12 @@ zuRttiInterface* zuBaseStream::getFromMapAndRemove(uint64_t identifier)
     return entry->object;
 }
 
+void zuBaseStream::requestLinkedPass(LinkedPass pass)
+{
+    if (std::find(mLinkedPasses.begin(), mLinkedPasses.end(), pass) == mLinkedPasses.end())
+        mLinkedPasses.push_back(pass);
+}
+
 void zuBaseStream::removeUnreferencedObjects()
 {
     // Entries that no reference waits for already read as absent in getFromMapAndRemove:
@@ -370,97 +413,113 @@ bool zuBaseStream::Load(char* buffer, unsigned long size)
     return waitForStreamLoaderEnd() && !mStreamError;
 }
 
+// The steps of loadRecords, defined before it and inline: calls within the library are
+// not inlined otherwise, and they run once per record.
+
+// The type name of the next record, after its top-level marker if it has one; true when it
+// has.
+inline bool zuBaseStream::readRecordName(std::string& name)
+{
+    // A record whose type name does not read is named by no type in the messages.
+    mRecordType = nullptr;
+    mRecordStart = GetOffset();
+    mRecordSize = 0;
+    Read(name);
+    const bool topLevel = name.size() == TOP_LEVEL_MARKER_LENGTH && name == TOP_LEVEL_MARKER;
+    if (topLevel) {
+        mRecordStart = GetOffset();
+        Read(name);
+    }
+    return topLevel;
+}
+
+// Builds the record's object through its factory; false when the data broke.
+inline bool zuBaseStream::loadRecord(zuRttiInterface::FactoryFunction factory, bool topLevel)
+{
+    zuRttiInterface* object = factory(*this);
+    if (mStreamError || !object)
+        return false;
+    if (mVersion >= zuStreamVersion(6, 0) && GetOffset() - mRecordStart != mRecordSize) {
+        setCorrupt("the record's fields do not fill its size");
+        return false;
+    }
+    if (topLevel) {
+        // A loaded object is new, so it cannot be in the list already.
+        mTopLevel.push_back(object);
+        object->IncrementReferences();
+        mTopLevelSetStale = true;
+    }
+    onObjectLoad();
+    return true;
+}
+
+// A record of a type no factory knows, passed over by its size (streams from 6.0).
+inline bool zuBaseStream::skipRecord(const std::string& name)
+{
+    std::cout << "Skipping object type " << name << "\n";
+    int recordSize = 0;
+    Read(recordSize);
+    const int64_t header = static_cast<int64_t>(name.size()) + 8;
+    if (recordSize < header) {
+        setCorrupt("the size of the skipped record is too small");
+        return false;
+    }
+    Skip(static_cast<uint64_t>(recordSize - header));
+    return !mStreamError;
+}
+
+// Older streams carry no record sizes: a type no factory knows ends the load.
+void zuBaseStream::reportMissingFactory(const std::string& name, bool detailed)
+{
+    if (detailed)
+        std::cerr << "zuBaseStream error : cannot find the factory function(" << name << ").\nMake sure you have called";
+    else
+        std::cerr << "zuBaseStream error : cannot find the factory function. \nMake sure you have called";
+    std::cerr << " RegisterFactory() to the each class in the init library function.\n";
+}
+
+// Reports the bytes read since `reported`; false when the notifier asks to cancel.
+inline bool zuBaseStream::stepProgress(uint64_t& reported)
+{
+    if (!mProgress)
+        return true;
+    mProgress->step(static_cast<int64_t>(GetOffset() - reported));
+    reported = GetOffset();
+    if (mProgress->isCancelRequested()) {
+        mStreamError = true;
+        return false;
+    }
+    return true;
+}
+
 void zuBaseStream::loadRecords(bool detailedFactoryMessage)
 {
     std::string name;
-    // The factories of the last few types met: a scene's records cycle through a handful of
-    // types (a mesh, its vertex buffer, its index buffer, the next mesh), so a name is looked
-    // up in the registry about once per load, not once per record.
-    struct RecentFactory {
-        std::string type;
-        zuRttiInterface::FactoryFunction factory = nullptr;
-    };
-    RecentFactory recent[RECENT_FACTORY_COUNT];
-    size_t nextRecent = 0;
+    RecentFactories factories;
     // A type without a factory may mean that no type has one: the library was not started.
     bool registryChecked = false;
     // Progress counts every byte once, the header and the top-level markers included, so
     // that the steps of a complete load add up to the size of the stream.
     uint64_t reported = 0;
     while (!mStreamError && GetRemaining() > 0) {
-        // A record whose type name does not read is named by no type in the messages.
-        mRecordType = nullptr;
-        mRecordStart = GetOffset();
-        mRecordSize = 0;
-        Read(name);
-        const bool topLevel = name.size() == TOP_LEVEL_MARKER_LENGTH && name == TOP_LEVEL_MARKER;
-        if (topLevel) {
-            mRecordStart = GetOffset();
-            Read(name);
-        }
+        const bool topLevel = readRecordName(name);
         if (mStreamError)
             break;
         mRecordType = &name;
-        // Records of one type tend to come in runs: look the name up once per run.
-        zuRttiInterface::FactoryFunction factory = nullptr;
-        for (const RecentFactory& entry : recent)
-            if (entry.factory && entry.type == name) {
-                factory = entry.factory;
-                break;
-            }
-        if (!factory && (factory = zuRttiInterface::GetFactory(name))) {
-            RecentFactory& entry = recent[nextRecent++ % RECENT_FACTORY_COUNT];
-            entry.type = name;
-            entry.factory = factory;
-        }
+        const zuRttiInterface::FactoryFunction factory = factories.find(name);
         if (!factory && !registryChecked) {
             registryChecked = true;
-            if (zuRttiInterface::GetFactoryNames().empty())
-                zuLog::instance().write("zustream", "No factory is registered for any type: the library must be started "
-                                                    "with zu::initializeZuSceneGraph() before a stream is loaded");
+            reportEmptyRegistry();
         }
-        if (factory) {
-            zuRttiInterface* object = factory(*this);
-            if (mStreamError || !object)
-                break;
-            if (mVersion >= zuStreamVersion(6, 0) && GetOffset() - mRecordStart != mRecordSize) {
-                setCorrupt("the record's fields do not fill its size");
-                break;
-            }
-            if (topLevel) {
-                // A loaded object is new, so it cannot be in the list already.
-                mTopLevel.push_back(object);
-                object->IncrementReferences();
-                mTopLevelSetStale = true;
-            }
-            onObjectLoad();
-        } else if (mVersion >= zuStreamVersion(6, 0)) {
-            std::cout << "Skipping object type " << name << "\n";
-            int recordSize = 0;
-            Read(recordSize);
-            const int64_t header = static_cast<int64_t>(name.size()) + 8;
-            if (recordSize < header) {
-                setCorrupt("the size of the skipped record is too small");
-                break;
-            }
-            Skip(static_cast<uint64_t>(recordSize - header));
-        } else {
-            if (detailedFactoryMessage)
-                std::cerr << "zuBaseStream error : cannot find the factory function(" << name
-                          << ").\nMake sure you have called";
-            else
-                std::cerr << "zuBaseStream error : cannot find the factory function. \nMake sure you have called";
-            std::cerr << " RegisterFactory() to the each class in the init library function.\n";
+        bool loaded = false;
+        if (factory)
+            loaded = loadRecord(factory, topLevel);
+        else if (mVersion >= zuStreamVersion(6, 0))
+            loaded = skipRecord(name);
+        else
+            reportMissingFactory(name, detailedFactoryMessage);
+        if (!loaded || !stepProgress(reported))
             break;
-        }
-        if (mProgress) {
-            mProgress->step(static_cast<int64_t>(GetOffset() - reported));
-            reported = GetOffset();
-            if (mProgress->isCancelRequested()) {
-                mStreamError = true;
-                break;
-            }
-        }
     }
     mRecordType = nullptr;
 }
@@ -478,11 +537,14 @@ void zuBaseStream::finishLoad()
             zuLink* link = linkAt(i);
             link->getObject()->Link(*this, link);
         }
+        for (LinkedPass pass : mLinkedPasses)
+            pass(*this);
         for (size_t i = 0; i < mLinkCount; ++i) {
             if (!linkAt(i)->getObject()->PostLink())
                 std::cerr << "zuBaseStream error : cannot post link object\n";
         }
     }
+    mLinkedPasses.clear();
     deleteLinks();
     clearCustomInformations();
 }

@@ -108,6 +108,15 @@ public:
     void ReadLink(zuLink* link);
     zuRttiInterface* getFromMapAndRemove(uint64_t identifier);
     void removeUnreferencedObjects();
+    // A pass over the whole of a load, run once after the link pass and before the
+    // post-link pass: where one record's links cannot see the shape that all of them make
+    // (the scene graph checks and marks its loaded trees there, in one linear walk).
+    using LinkedPass = void (*)(zuBaseStream& stream);
+    // Asks for `pass` to run in this load; asking again for the same pass changes nothing.
+    void requestLinkedPass(LinkedPass pass);
+    // The objects this load created, in reading order, while the load's links last.
+    size_t GetLoadedObjectCount() const { return mLinkCount; }
+    zuRttiInterface* GetLoadedObjectAt(size_t i) const { return linkAt(i)->getObject(); }
     // Builds a T and lets it read its record: the body of every class's Factory.
     template <class T>
     static zuRttiInterface* LoadNew(zuBaseStream& stream)
@@ -387,7 +396,12 @@ private:
     }
     void readAcrossWindows(void* destination, int size, uint64_t count);
     void writeAcrossWindows(const void* source, int size, uint64_t count);
-    static constexpr size_t RECENT_FACTORY_COUNT = 8;
+    // The steps of loadRecords.
+    bool readRecordName(std::string& name);
+    bool loadRecord(zuRttiInterface* (*factory)(zuBaseStream&), bool topLevel);
+    bool skipRecord(const std::string& name);
+    static void reportMissingFactory(const std::string& name, bool detailed);
+    bool stepProgress(uint64_t& reported);
     zuLink* linkAt(size_t i) const { return mLinkChunks[i >> LINK_CHUNK_SHIFT] + (i & (LINK_CHUNK_SIZE - 1)); }
     void deleteLinks();
     void buildReferenceMap();
@@ -423,6 +437,7 @@ private:
     zuReferenceMap mReferences;
     std::unordered_map<const zuRttiInterface*, zuRttiCustomInformation*> mCustomInformations;
     std::vector<std::pair<const zuRtti*, zuDataStreamLoader*>> mStreamLoaders;
+    std::vector<LinkedPass> mLinkedPasses;
     zuProgressNotifierInterface* mProgress = nullptr;
     std::shared_ptr<const std::string> mSharedPath;
     bool mKeepMovedResources = false;

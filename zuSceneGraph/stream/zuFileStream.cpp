@@ -169,19 +169,27 @@ void zuFileStream::writeNullTerminatedString(int length, const char* text)
 
 bool zuFileStream::readNullTerminatedString(int& length, char** text)
 {
+    // The text ends within the longest header field, whatever the block size: a block that
+    // holds the whole field is searched in place, a smaller one has the field gathered
+    // across blocks, and both stop at the same byte.
+    const size_t limit = static_cast<size_t>(zuStreamVersion::LENGTH_V4);
     const uint64_t offset = GetOffset() - windowStart();
     const uint64_t available = windowEnd() - offset;
     char* begin = windowBuffer() + offset;
-    if (const void* nul = std::memchr(begin, '\0', available)) {
+    if (const void* nul = std::memchr(begin, '\0', std::min<uint64_t>(available, limit))) {
         length = static_cast<int>(static_cast<const char*>(nul) - begin) + 1;
         *text = begin;
         Skip(static_cast<uint64_t>(length));
         return true;
     }
-    // A block smaller than the header splits it (a 9-byte header in 8-byte blocks): gather
-    // the text across blocks, as far as the longest header field.
+    if (available >= limit) {
+        // Passed over as the gathering below would have, so that the failure lies at the
+        // same offset.
+        Skip(limit);
+        return false;
+    }
     mText.clear();
-    while (mText.size() < static_cast<size_t>(zuStreamVersion::LENGTH_V4) && GetRemaining() > 0) {
+    while (mText.size() < limit && GetRemaining() > 0) {
         char c = 0;
         readValues(&c, 1, 1);
         mText.push_back(c);

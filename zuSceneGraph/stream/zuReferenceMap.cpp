@@ -1,14 +1,45 @@
 #include <zuSceneGraph/stream/zuReferenceMap.h>
 
+#include <atomic>
+#include <chrono>
+#include <random>
+
 namespace zu {
+
+namespace {
+
+// 64 bits that a file cannot know in advance. The random device may be missing (it then
+// throws); the clock and a counter still differ from run to run and from load to load.
+uint64_t unpredictableBits()
+{
+    static std::atomic<uint64_t> counter{0};
+    uint64_t bits = static_cast<uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count());
+    bits ^= counter.fetch_add(0x9E3779B97F4A7C15ull, std::memory_order_relaxed);
+    try {
+        std::random_device device;
+        bits ^= (static_cast<uint64_t>(device()) << 32) ^ device();
+    } catch (...) {
+    }
+    // A final mix, so that every output bit depends on every input bit.
+    bits ^= bits >> 33;
+    bits *= 0xFF51AFD7ED558CCDull;
+    bits ^= bits >> 33;
+    bits *= 0xC4CEB9FE1A85EC53ull;
+    return bits ^ (bits >> 33);
+}
+
+} // namespace
 
 zuReferenceMap::Entry& zuReferenceMap::findOrInsert(uint64_t identifier)
 {
     // Kept at most half full, so probe sequences stay short.
     if (2 * (mEntries.size() + 1) > mCapacity)
-        grow();
+        rebuild(true);
+    if (mProbes > PROBES_PER_LOOKUP * mLookups + PROBES_ALLOWED && !mKeyed)
+        takeKeyedHash();
+    ++mLookups;
     const size_t mask = mCapacity - 1;
-    for (size_t slot = slotOf(identifier);; slot = (slot + 1) & mask) {
+    for (size_t slot = slotOf(identifier);; slot = (slot + 1) & mask, ++mProbes) {
         const uint32_t number = mSlots[slot];
         if (number == 0) {
             mEntries.push_back(Entry{identifier, nullptr, 0});
@@ -23,6 +54,8 @@ zuReferenceMap::Entry& zuReferenceMap::findOrInsert(uint64_t identifier)
 
 zuReferenceMap::Entry* zuReferenceMap::find(uint64_t identifier)
 {
+    // No probe count here: a look-up follows the path its identifier's insertion took, so
+    // the insertions' count bounds the look-ups' too.
     if (mEntries.empty())
         return nullptr;
     const size_t mask = mCapacity - 1;
@@ -42,6 +75,9 @@ void zuReferenceMap::clear()
     mSlots.reset();
     mCapacity = 0;
     mMask = 0;
+    mProbes = 0;
+    mLookups = 0;
+    mKeyed = false;
 }
 
 void zuReferenceMap::reserve(size_t count)
@@ -52,20 +88,30 @@ void zuReferenceMap::reserve(size_t count)
         capacity *= 2;
     if (capacity != mCapacity) {
         mCapacity = capacity / 2;
-        grow();
+        rebuild(true);
     }
 }
 
-void zuReferenceMap::grow()
+void zuReferenceMap::takeKeyedHash()
 {
-    mCapacity = mCapacity ? 2 * mCapacity : INITIAL_CAPACITY;
+    mKeyed = true;
+    mKey0 = unpredictableBits();
+    mKey1 = unpredictableBits() | 1;
+    rebuild(false);
+}
+
+void zuReferenceMap::rebuild(bool doubling)
+{
+    if (doubling || !mCapacity)
+        mCapacity = mCapacity ? 2 * mCapacity : INITIAL_CAPACITY;
     mMask = mCapacity - 1;
     mSlots = std::make_unique<uint32_t[]>(mCapacity);
-    const size_t mask = mCapacity - 1;
     for (size_t i = 0; i < mEntries.size(); ++i) {
         size_t slot = slotOf(mEntries[i].identifier);
-        while (mSlots[slot] != 0)
-            slot = (slot + 1) & mask;
+        while (mSlots[slot] != 0) {
+            slot = (slot + 1) & mMask;
+            ++mProbes;
+        }
         mSlots[slot] = static_cast<uint32_t>(i + 1);
     }
 }
