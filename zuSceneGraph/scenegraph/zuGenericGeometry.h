@@ -23,6 +23,7 @@ public:
     static void UnRegisterFactory() { UnregisterFactoryFunction(TYPE.GetName()); }
 
     zuGenericGeometry() = default;
+    // References both buffers, then the model bound from the vertices.
     zuGenericGeometry(zuVertexBuffer* vertices, zuIndexBuffer* indices) : zuGeometry(vertices, indices) {}
     ~zuGenericGeometry() override;
 
