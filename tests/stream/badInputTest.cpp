@@ -152,58 +152,6 @@ void expectCutReported(const std::string& err, size_t prefix, const std::vector<
         EXPECT_EQ(err.find("in the record"), std::string::npos) << "prefix " << prefix << ": " << err;
 }
 
-TEST_F(BadInput, EveryPrefixOfABufferFailsUnlessItEndsOnARecordBoundary)
-{
-    for (zuStreamVersion version : {zuStreamVersion(6, 32), zuStreamVersion(5, 20)}) {
-        std::vector<char> saved;
-        std::vector<RecordSpan> spans;
-        {
-            // Before 6.0 an unknown type stops the load: leave it out there.
-            DamageGraph g(version >= zuStreamVersion(6, 0));
-            saved = withDistinctIdentities(saveToBytes({g.root}, version), g.objects());
-            spans = recordSpans(withDistinctIdentities(saveToBytes({g.root}, zuStreamVersion(6, 0)), g.objects()), 0);
-        }
-        if (version < zuStreamVersion(6, 0))
-            // The same records without their size fields.
-            for (size_t i = 0; i < spans.size(); ++i) {
-                spans[i].start -= 4 * i;
-                spans[i].nameEnd -= 4 * i;
-                spans[i].end -= 4 * (i + 1);
-            }
-        ASSERT_EQ(spans.back().end, saved.size());
-        std::set<size_t> boundaries;
-        for (const RecordSpan& span : spans)
-            boundaries.insert(span.end);
-
-        for (size_t prefix = 1; prefix <= saved.size(); ++prefix) {
-            // Exactly sized, so that a read past the end is caught by the address checker.
-            std::vector<char> bytes(saved.begin(), saved.begin() + static_cast<long>(prefix));
-            std::string err;
-            bool loaded = false;
-            {
-                zuBaseStream stream;
-                stream.SetVersion(version);
-                zuOutputCapture capturedOut(zuOutputCapture::STDOUT);
-                zuOutputCapture capturedErr(zuOutputCapture::STDERR);
-                loaded = stream.Load(bytes.data(), bytes.size());
-                err = capturedErr.take();
-                capturedOut.take();
-                if (boundaries.count(prefix)) {
-                    EXPECT_TRUE(loaded) << "prefix " << prefix;
-                    EXPECT_EQ(err, "");
-                    EXPECT_EQ(stream.GetObjectCount(), 1);
-                } else {
-                    EXPECT_FALSE(loaded) << "prefix " << prefix;
-                    EXPECT_EQ(stream.GetObjectCount(), 0);
-                    EXPECT_TRUE(stream.isStreamError());
-                    expectCutReported(err, prefix, spans, 0);
-                }
-            }
-            ASSERT_EQ(zuTestNode::msLiving, 0) << "prefix " << prefix;
-        }
-    }
-}
-
 TEST_F(BadInput, EveryPrefixOfAFileStreamFailsUnlessItEndsOnARecordBoundary)
 {
     std::vector<char> saved;
