@@ -21,6 +21,16 @@ namespace zu::test {
 
 using Vec = Wm4::Vector3<float>;
 
+inline uint64_t id(const void* object)
+{
+    return reinterpret_cast<uintptr_t>(object);
+}
+
+inline zuBytes& f64(zuBytes& bytes, double value)
+{
+    return bytes.raw(&value, 8);
+}
+
 template <class Array, class T>
 Array* makeArray(std::initializer_list<T> values)
 {
