@@ -8,6 +8,7 @@
 namespace zu {
 
 class zuBaseStream;
+class zuFieldVisitor;
 class zuLegacyBoundingVolume;
 class zuVertexBuffer;
 template <class T> class zuGenericTransformation;
@@ -110,6 +111,9 @@ public:
     void writeToStream(zuBaseStream& stream) const;
     // 28 from 6.28 on; before, 61 for a legacy box record and 17 for a sphere record.
     int getDiskUsed(const zuBaseStream& stream, bool isBox) const;
+
+    // Reports the radius, the extents and the centre as the group `name`.
+    void DescribeFields(const char* name, zuFieldVisitor& visitor) const;
 
     // The fields bit for bit.
     bool operator==(const zuBoundingVolume& other) const
