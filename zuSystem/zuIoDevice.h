@@ -12,10 +12,13 @@ public:
 
     virtual ~zuIoDevice();
 
-    // Return the number of bytes transferred (0..size), or -1 on failure.
+    // Read up to `size` bytes into `destination`, or write `size` bytes from `source`, at
+    // the position, which moves past them. Return the number of bytes transferred
+    // (0..size), or -1 on failure.
     virtual int64_t read(void* destination, int64_t size) = 0;
     virtual int64_t write(const void* source, int64_t size) = 0;
-    // Moves the position; false (and the error state) when the target is invalid.
+    // Moves the position to `offset` bytes from `origin`; false (and the error state) when
+    // the target is invalid.
     virtual bool seek(int64_t offset, SeekOrigin origin = SeekSet) = 0;
     virtual int64_t pos() const = 0;
     // The total size in bytes, or -1 when the device cannot tell (a pipe).

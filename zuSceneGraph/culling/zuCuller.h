@@ -57,9 +57,13 @@ public:
     // The frustum values copied from the camera: dmin, dmax, umin, umax, rmin, rmax.
     const float* GetFrustum() const { return mFrustum; }
 
-    // Empties the set and walks `scene` from all planes active, with `policy` as the
-    // level-of-detail policy during the walk. Without a camera or a scene the previous set
-    // is kept.
+    // Empties the set and walks `scene` (usually the root; any subtree works) from all
+    // planes active. `policy` chooses the level each zuLODNode shows during the walk
+    // (zuLODNode::GetBasePolicy() by distance); with null, level-of-detail nodes show
+    // nothing. `flag` is handed unchanged to every GetVisibleSet of the walk: the library's
+    // own classes do not read it, it is there for derived nodes and leaves that collect
+    // differently in some walks (pass false otherwise). Without a camera or a scene the
+    // previous set is kept.
     void ComputeVisibleSet(zuSpatial* scene, zuLODPolicy* policy, bool flag);
     // The policy of the running ComputeVisibleSet; null outside it.
     zuLODPolicy* getLODPolicy() const { return mLODPolicy; }
@@ -71,10 +75,11 @@ public:
     // by doubling, from one slot.
     virtual void Insert(zuRenderableSpatial* leaf);
 
-    // The hierarchical test of the walk: the active planes from the last to the first,
-    // each with bit 1 << index; a plane whose bit is clear is skipped. A bound outside a
-    // plane is not visible (the remaining bits stay as they are); a bound inside a plane
-    // clears its bit; a straddling (or invalid) bound keeps it. No active plane: visible.
+    // The hierarchical test of the walk, for the bound `bv` of the object being visited:
+    // the active planes from the last to the first, each with bit 1 << index; a plane
+    // whose bit is clear is skipped. A bound outside a plane is not visible (the remaining
+    // bits stay as they are); a bound inside a plane clears its bit; a straddling (or
+    // invalid) bound keeps it. No active plane: visible.
     bool IsVisible(const zuBoundingVolume& bv)
     {
         for (int i = mPlaneQuantity - 1; i >= 0 && mPlaneState != 0; --i) {
@@ -89,21 +94,24 @@ public:
         }
         return true;
     }
-    // The bound against every active plane, first to last, ignoring and keeping the plane
+    // `bv` against every active plane, first to last, ignoring and keeping the plane
     // state.
     bool isVisibleNoHierachy(const zuBoundingVolume& bv) const;
     // The hierarchical test of a point: outside a plane whose bit is set, not visible;
     // strictly inside, the bit is cleared; on the plane, kept.
     bool IsVisible(const Wm4::Vector3<float>& point);
-    // False when for some active plane (the near plane skipped with `ignoreNearPlane`)
-    // every point lies outside; the plane state is neither read nor changed. No points
-    // are outside every plane, so an empty set is not visible.
+    // Tests the `count` points from `points`: false when for some active plane (the near
+    // plane skipped with `ignoreNearPlane`) every point lies outside; the plane state is
+    // neither read nor changed. No points are outside every plane, so an empty set is not
+    // visible.
     bool IsVisible(int count, const Wm4::Vector3<float>* points, bool ignoreNearPlane) const;
     // Where the camera's view volume lies: +1 all eight corners on the plane's positive
     // side, -1 all on its negative side, 0 otherwise (and without a camera).
     int WhichSide(const Wm4::Plane3<float>& plane) const;
 
     int GetPlaneQuantity() const { return mPlaneQuantity; }
+    // Plane i, unchecked: i from 0 to MAX_PLANE_QUANTITY - 1 (the active ones below
+    // GetPlaneQuantity()).
     const Wm4::Plane3<float>& GetPlane(int i) const { return mPlanes[i]; }
     const Wm4::Plane3<float>* GetPlanes() const { return mPlanes; }
     // Adds a user clip plane after the active ones, active for the next test; false when
@@ -112,7 +120,8 @@ public:
     // Removes the last user clip plane; false when only the frustum planes remain.
     bool PopPlane();
 
-    // The walk saves and restores the state around each object.
+    // The walk saves and restores the state around each object: bit i of `state` set means
+    // plane i is still tested.
     uint32_t GetPlaneState() const { return mPlaneState; }
     void SetPlaneState(uint32_t state) { mPlaneState = state; }
 

@@ -50,10 +50,14 @@ public:
     unsigned int canLoad(const LoadKeyType& key, const Options& options) const override;
     unsigned int canSave(const SaveKeyType& key, const Options& options) const override;
 
+    // Loads the file `fileName` and appends its top-level objects to `out`.
     virtual bool loadMeshes(ObjectList& out, const std::string& fileName, zuProgressNotifierInterface* progress,
                             const Options& options, zuCatalog<zuImage>& images) = 0;
+    // Saves `objects` as the top-level objects of the file `fileName`: a new file, or with
+    // `append` added to the file there (a driver that cannot append fails).
     virtual bool saveMeshes(const ObjectList& objects, const std::string& fileName,
                             zuProgressNotifierInterface* progress, const Options& options, bool append) = 0;
+    // The same through an open `device`, read or written from its current position.
     virtual bool loadMeshes(ObjectList& out, zuIoDevice& device, zuProgressNotifierInterface* progress,
                             const Options& options, zuCatalog<zuImage>& images) = 0;
     virtual bool saveMeshes(const ObjectList& objects, zuIoDevice& device, zuProgressNotifierInterface* progress,
@@ -61,7 +65,8 @@ public:
     virtual const std::set<std::string>& getLoadExtensions() const { return loadExtensions; }
     virtual const std::set<std::string>& getSaveExtensions() const { return saveExtensions; }
 
-    // The reports of the last operation.
+    // Adds a report of the running operation: its `code` (the driver's own numbering), its
+    // `line` (line of a text file, byte offset of a binary one, -1 for none) and its `text`.
     void addErrorMessage(int64_t code, int64_t line, const std::string& text);
     void clearErrorMessages() { errors.clear(); }
     // Replaces the content of `out` with the reports of the last operation.

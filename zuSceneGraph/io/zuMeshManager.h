@@ -43,8 +43,11 @@ public:
 
     zuMeshManager() = default;
 
-    // Loads through the driver chosen for the file's extension, and returns its result;
-    // false when no driver accepts the file. The driver appends what it loaded to `out`.
+    // Loads the file `fileName` through the driver chosen for its extension, with
+    // `options` (the keys above and the driver's own; an empty map for the defaults), and
+    // returns the driver's result; false when no driver accepts the file. The driver
+    // appends the file's top-level objects to `out`. `progress`, when not null, receives
+    // the progress reports and can cancel the load.
     // A numeric extension other than 0 is a copy number and is ignored for the choice: a
     // file named model.obj.3 goes to the driver of "obj".
     // Without `images` the driver is lent a catalogue of the manager's for the call, whose
@@ -52,17 +55,24 @@ public:
     // warnings (it is left alone when no driver accepts the file).
     bool loadMeshes(ObjectList& out, const std::string& fileName, zuProgressNotifierInterface* progress,
                     const Options& options, zuCatalog<zuImage>* images, std::vector<zuErrorMessage>* errors);
-    // loadMeshes into a list of its own; succeeds only when exactly one object came back,
-    // which replaces the object of `out`. Otherwise `out` is left as it was and whatever was
-    // loaded is released.
+    // loadMeshes (the same arguments) into a list of its own; succeeds only when exactly
+    // one object came back, which replaces the object of `out`. Otherwise `out` is left as
+    // it was and whatever was loaded is released.
     bool loadMesh(zuPointer<zuObject>& out, const std::string& fileName, zuProgressNotifierInterface* progress,
                   const Options& options, zuCatalog<zuImage>* images, std::vector<zuErrorMessage>* errors);
-    // Saves through the driver chosen for the file's extension (no copy-number rule here).
+    // Saves `objects` as the top-level objects of the file `fileName` through the driver
+    // chosen for its extension (no copy-number rule here), with `options` (an empty map for
+    // the defaults: the object stream writes its newest version). With `append` the objects
+    // are added to the file there, where the driver can append. `progress` as for a load.
+    // True when the driver saved; false when it failed (its reports say why) or no driver
+    // accepts the extension.
     bool saveMeshes(const ObjectList& objects, const std::string& fileName, zuProgressNotifierInterface* progress,
                     const Options& options, bool append);
-    // Saves to a device through the driver chosen for `extension`.
+    // Saves to an open `device` through the driver chosen for `extension` (without its dot,
+    // as "mvk").
     bool saveMeshes(const ObjectList& objects, zuIoDevice& device, const std::string& extension,
                     zuProgressNotifierInterface* progress, const Options& options, bool append);
+    // saveMeshes of the one `object`.
     bool saveMesh(const zuPointer<zuObject>& object, const std::string& fileName,
                   zuProgressNotifierInterface* progress, const Options& options, bool append);
     bool saveMesh(const zuPointer<zuObject>& object, zuIoDevice& device, const std::string& extension,
@@ -79,8 +89,8 @@ public:
     // one; a name that is not valid UTF-8 is taken as Latin-1 and converted.
     static std::string CopyFileToSandbox(const std::string& source, const std::string& sandboxDirectory);
 
-    // The extension that chooses the driver of a load: the file's own, unless it is a copy
-    // number (digits only, not 0), in which case that of the name without it.
+    // The extension that chooses the driver of a load of `fileName`: the file's own, unless
+    // it is a copy number (digits only, not 0), in which case that of the name without it.
     static std::string GetLoadExtension(const std::string& fileName);
 };
 

@@ -37,9 +37,18 @@ public:
     bool Equals(const zuRttiInterface* other) const override;
     bool Clone(zuRttiInterface*& target) const override;
 
+    // Look-ups through this object and what it holds (its controllers; a node its subtree,
+    // a leaf its buffers), this object first: the first object named `name`, every such
+    // object appended to `objects`, the object whose GetID() is `id`. Null when none.
     virtual zuObject* GetObjectByName(const std::string& name);
     virtual void GetAllObjectsByName(const std::string& name, std::vector<zuObject*>& objects);
     virtual zuObject* GetObjectByID(unsigned int id);
+    // The controllers this object owns, in slots 0 to quantity - 1 (a slot may be null).
+    // GetController(i) is null outside them; SetControllerQuantity(quantity) grows the list
+    // with empty slots or drops the last ones; SetController(i, controller) fills a slot;
+    // AttachController appends (false when null or attached already) and DetachController
+    // removes. A controller that joins is given this object (zuController::SetObject), one
+    // that leaves is given null. Classes without controllers do nothing here.
     virtual int GetControllerQuantity() const = 0;
     virtual zuController* GetController(int i) const = 0;
     virtual void SetControllerQuantity(int quantity) = 0;
@@ -49,12 +58,12 @@ public:
     virtual void DetachAllControllers() = 0;
     virtual void SetName(const std::string& name) = 0;
     virtual const std::string& GetName() const = 0;
-    // A developer's trace: appends "debug type N address" to D:/log.txt.
+    // A developer's trace: appends "debug type N address" to D:/log.txt, N being `type`.
     virtual void debugObject(int type) const;
 
     unsigned int GetID() const { return mID; }
     void ClearReferences() { mReferences = 0; }
-    // Copying is not supported at this level: the result is empty.
+    // Copying is not supported at this level: the result is empty, whatever `unique` asks.
     zuPointer<zuObject> Copy(bool unique) const;
     // Updates every attached controller for `time`; true when any of them changed something.
     bool UpdateControllers(double time);

@@ -140,8 +140,11 @@ public:
     static unsigned int GetNextHandlerIdentifier();
     static unsigned int GetCurrentHandlerIdentifier();
 
-    // The load-policy table, keyed by the type's name. Setting a policy creates the table
-    // when needed; GetLoadPolicy is true (and sets `load`) when a policy exists.
+    // The load-policy table, keyed by the type's name: whether stream loads read the blocks
+    // of resources of that `type` (`load` true) or leave them in the file to be read back
+    // on demand (false; as zuVertexBuffer::TYPE, zuIndexBuffer::TYPE, zuImage::TYPE).
+    // Setting a policy creates the table when needed; GetLoadPolicy is true (and sets
+    // `load`) when a policy exists.
     static void SetLoadPolicy(const zuRtti& type, bool load);
     static bool GetLoadPolicy(const zuRtti& type, bool& load);
     // Removes the policy of one type (its blocks are then read by every load).

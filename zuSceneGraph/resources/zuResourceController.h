@@ -86,7 +86,9 @@ public:
     // batch reads its blocks in few runs.
     static constexpr size_t MAX_BATCH_REQUESTS = 256;
 
-    // A thread count below 1 is taken as 1. The threads start with start().
+    // `threadCount` worker threads (below 1 is taken as 1), which start with start().
+    // `memoryCap`: the bytes that requests under way may allocate together; a request that
+    // would pass it waits in the deferred queue (one request alone always runs; 0: no cap).
     explicit zuResourceController(int threadCount = DEFAULT_THREAD_COUNT, uint64_t memoryCap = DEFAULT_MEMORY_CAP);
     zuResourceController(const zuResourceController&) = delete;
     zuResourceController& operator=(const zuResourceController&) = delete;
@@ -102,6 +104,7 @@ public:
     // True while stop() is under way.
     bool isStopping() const { return mStopping.load(); }
     int getThreadCount() const { return mThreadCount; }
+    // The cap of the constructor, in bytes.
     uint64_t getMemoryCap() const;
     void setMemoryCap(uint64_t bytes);
 
@@ -113,7 +116,8 @@ public:
     // or cannot take a request now (state 1 or 2).
     Ticket addResourceRequest(zuRequestInterfaceForDynamicResource* request, zuDynamicLoadingResource* resource);
     // Builds the resource's CPU load (delete) request through its registered builders and
-    // queues it; 0 when there is no builder or the resource is refused.
+    // queues it; 0 when there is no builder or the resource is refused. `client`, when
+    // given, hears how the request ended; `policy` places it in the pending queue.
     Ticket requestCPULoad(zuDynamicLoadingResource* resource, zuResourceRequestClientInterface* client = nullptr,
                           zuRequestInterface::SchedulingPolicy policy = zuRequestInterface::SCHEDULING_NORMAL);
     Ticket requestCPUDelete(zuDynamicLoadingResource* resource, zuResourceRequestClientInterface* client = nullptr,

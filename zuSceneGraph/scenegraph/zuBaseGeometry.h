@@ -59,6 +59,9 @@ public:
     const Wm4::Matrix4<float>& GetWorldMatrix() const { return mWorldMatrix; }
     zuMaterialState* GetMaterialState() const;
     zuTextureState* GetTextureState() const;
+    // A mode byte and two flags (i = 0 or 1; other indices read false and write nothing)
+    // kept for the renderer: the library copies and compares them, persists the flags, and
+    // gives them no meaning of its own.
     uint8_t GetModeByte() const { return mModeByte; }
     void SetModeByte(uint8_t mode) { mModeByte = mode; }
     bool GetGeometryFlag(int i) const { return i >= 0 && i < 2 && mGeometryFlags[i]; }
@@ -74,7 +77,8 @@ public:
     // UpdateModelInvert(channel) alone; otherwise UpdateModelNormals when `normals` is set
     // and UpdateModelTangentSpace(channel) when `channel` >= -1 (below -1 skips it).
     virtual void UpdateMS(bool normals, bool invert, int channel);
-    // The three model updates: nothing in this base.
+    // The three model updates: nothing in this base. `channel` names the texture-coordinate
+    // unit that a derived class builds the tangent space from (or turns with the mesh).
     virtual void UpdateModelNormals();
     virtual void UpdateModelTangentSpace(int channel);
     virtual void UpdateModelInvert(int channel);

@@ -29,6 +29,7 @@ template <class T> class zuTSharedArray;
 class zuBoundingVolume {
 public:
     zuBoundingVolume() = default;
+    // The box around `center` with the half-sizes `extents` along x, y and z.
     zuBoundingVolume(const Wm4::Vector3<float>& center, const Wm4::Vector3<float>& extents);
 
     bool isValid() const
@@ -44,6 +45,7 @@ public:
     void setCenter(const Wm4::Vector3<float>& center) { mCenter = center; }
     // The radius follows the extents.
     void setExtents(const Wm4::Vector3<float>& extents);
+    // setCenter and setExtents at once.
     void setBox(const Wm4::Vector3<float>& center, const Wm4::Vector3<float>& extents);
     // Back to the default, invalid bound.
     void invalidate();
@@ -68,8 +70,8 @@ public:
     // vertex buffer (in the resources layer), which is the only code that knows its layout.
     void computeFromDataBox(const zuVertexBuffer* vertices);
 
-    // `out` becomes the world-axis box of the eight mapped corners, centred on the mapped
-    // centre. An invalid bound leaves `out` unchanged.
+    // `out` becomes the world-axis box of the eight corners mapped by `transformation`,
+    // centred on the mapped centre. An invalid bound leaves `out` unchanged.
     void transformBoxBy(const zuGenericTransformation<float>& transformation, zuBoundingVolume& out) const;
 
     // +1 when the box lies on the positive side of the plane (touching it counts), -1 on
@@ -94,7 +96,8 @@ public:
     // the ray from origin. Invalid bounds meet nothing.
     bool testIntersectionBox(const Wm4::Vector3<float>& origin, const Wm4::Vector3<float>& direction, float tmin,
                              float tmax) const;
-    // Whether the two solid boxes overlap (touching counts); false when either is invalid.
+    // Whether this solid box and `bv` overlap (touching counts); false when either is
+    // invalid.
     bool testIntersectionBox(const zuBoundingVolume& bv) const;
     // Grows this box to hold `bv` as well, by Wm4::MergeBoxes of the two world-axis boxes
     // (its axes dropped). An invalid argument changes nothing; an invalid self takes the
@@ -109,7 +112,8 @@ public:
     // (the world axes and the extents), which keeps the box exactly; so writers size the
     // record with getDiskUsed(stream, true).
     void writeToStream(zuBaseStream& stream) const;
-    // 28 from 6.28 on; before, 61 for a legacy box record and 17 for a sphere record.
+    // The bytes writeToStream writes to `stream`: 28 from 6.28 on; before, 61 for a
+    // legacy box record (`isBox`) and 17 for a sphere record.
     int getDiskUsed(const zuBaseStream& stream, bool isBox) const;
 
     // Reports the radius, the extents and the centre as the group `name`.

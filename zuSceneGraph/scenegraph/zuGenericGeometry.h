@@ -24,6 +24,7 @@ public:
     static void DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor);
 
     zuGenericGeometry() = default;
+    // References both buffers, then the model bound from the vertices.
     zuGenericGeometry(zuVertexBuffer* vertices, zuIndexBuffer* indices) : zuGeometry(vertices, indices) {}
     ~zuGenericGeometry() override;
 

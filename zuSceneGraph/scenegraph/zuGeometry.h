@@ -46,6 +46,7 @@ public:
     static constexpr uint32_t FLAG_TRANSPARENCY_CLASSES = 0x4;
 
     zuGeometry() = default;
+    // References both buffers, then the model bound from the vertices.
     zuGeometry(zuVertexBuffer* vertices, zuIndexBuffer* indices) : zuTriMesh(vertices, indices) {}
     ~zuGeometry() override;
 

@@ -75,8 +75,9 @@ public:
     }
 
     int getNbChildren() const { return mChildCount; }
-    // Updates the controllers of this node and of every object below it, each node before
-    // its children; true when any of them changed something. UpdateControllers, as for
+    // Updates the controllers of this node and of every object below it for the
+    // application's `time` (in the unit the controllers' times use, usually seconds), each
+    // node before its children; true when any of them changed something. UpdateControllers, as for
     // every object, updates this node's own controllers only. Follow it with UpdateGS to
     // carry the new local transformations into the world transformations and bounds.
     bool UpdateSubtreeControllers(double time);
@@ -89,7 +90,8 @@ public:
     // attached and marked the same way. False when i is out of range or `child` has a
     // parent, is this node or one of its ancestors.
     bool replaceChildAt(int i, zuSpatial* child);
-    // replaceChildAt at the first slot holding `oldChild`; false when there is none.
+    // replaceChildAt at the first slot holding `oldChild`, with `child` (or nothing); false
+    // when there is none.
     bool replaceChild(zuSpatial* oldChild, zuSpatial* child);
     // The first slot holding `child`, or -1.
     int getChildIndex(const zuSpatial* child) const;
@@ -101,7 +103,8 @@ public:
     // Marks and detaches every child; no slot remains.
     void removeAllChildren();
     // Drops the empty slots, keeping the order; with `recursive`, in the child nodes first.
-    // `flag` is handed down the recursion. Returns the number of slots dropped in all.
+    // `flag` is not read here: it is handed down the recursion, for derived nodes. Returns
+    // the number of slots dropped in all.
     int removeNullChildren(bool recursive, bool flag);
     // Resizes the array to n slots (none for n < 1), keeping the first children. Dropped
     // children are released without detaching or marking them: a raw step for loaders.

@@ -60,8 +60,13 @@ public:
     virtual void Clean_Flags();
     // Adds this object (a leaf) or its children (a node) to the culler's visible set.
     // `noCull` says that an ancestor is drawn without tests, so nothing below is tested.
+    // `flag` is the one given to zuCuller::ComputeVisibleSet, handed down unchanged; the
+    // library's own classes do not read it.
     virtual void GetVisibleSet(zuCuller& culler, bool noCull, bool flag) = 0;
     // Spreads a change mark downward and returns the resulting dirty mask. Nothing here.
+    // `down` chooses what a leaf reports stale: true, its bound (it was attached, detached
+    // or moved in the tree); false, its world data (a level-of-detail node now shows it).
+    // Nodes hand it to their children.
     virtual uint32_t setDirtyDown(bool down);
     // Recomputes the world transformation (nodes then update their children).
     virtual void UpdateWorldData();
@@ -69,12 +74,16 @@ public:
     virtual void UpdateWorldData_Flags();
     // Recomputes the world bound.
     virtual void UpdateWorldBound() = 0;
-    // Render states that the object carries itself; the base keeps none.
+    // Render states that the object carries itself; the base keeps none. `state` replaces
+    // the state of its kind; getGlobalState(i) gives the i-th state held (the numbering is
+    // the derived class's), null when there is none.
     virtual void setGlobalState(zuGlobalState* state);
     virtual zuGlobalState* getGlobalState(int i) const;
     virtual int getGlobalStateQuantity() const;
 
-    // World data down, world bound up; the initiator also refreshes its ancestors' bounds.
+    // World data down, world bound up. As the `initiator` (the object the application
+    // calls it on) it also refreshes its ancestors' bounds; the walk calls its children
+    // with false.
     void UpdateGS(bool initiator = true)
     {
         UpdateWorldData();
@@ -89,10 +98,13 @@ public:
     void UpdateBS();
     void PropagateBoundToRoot();
     // The culling walk's entry for this object: skips ignored and always-culled objects,
-    // tests the bound unless culling is off here, and restores the culler's plane state
-    // afterwards so that the next sibling starts from the parent's state.
+    // tests the bound unless culling is off here or `noCull` (an ancestor is drawn
+    // untested), and restores the culler's plane state afterwards so that the next sibling
+    // starts from the parent's state. `flag` goes on to GetVisibleSet.
     void OnGetVisibleSet(zuCuller& culler, bool noCull, bool flag);
-    // Sets or clears the ignored flag. With `propagate`, setDirtyDown(down), then the dirty
+    // Sets the ignored flag when `ignore`, clears it otherwise: an ignored object keeps its
+    // world transformation through the update passes, does not count in its parent's bound
+    // and is skipped by the culler. With `propagate`, setDirtyDown(down), then the dirty
     // mask is reported to this object's and every ancestor's masks.
     void forceIgnore(bool ignore, bool propagate, bool down);
 

@@ -16,6 +16,8 @@ public:
     static void UnRegisterFactory() { UnregisterFactoryFunction(TYPE.GetName()); }
 
     zuTriMesh() = default;
+    // References both buffers (without `indices`, each three vertices make a triangle), then
+    // the model bound from the vertices.
     zuTriMesh(zuVertexBuffer* vertices, zuIndexBuffer* indices) : zuTriangles(vertices, indices) {}
     ~zuTriMesh() override;
 

@@ -74,17 +74,20 @@ public:
     // A null root, a zero or non-finite direction, or tmin > tmax picks nothing.
     bool PickRay(zuSpatial* root, const Wm4::Vector3<float>& origin, const Wm4::Vector3<float>& direction,
                  float tmin = 0.0f, float tmax = Wm4::Math<float>::MAX_REAL);
-    // Picks along the segment from `from` to `to`, both ends included.
+    // Picks in the tree under `root` along the segment from `from` to `to`, both ends
+    // included.
     bool PickSegment(zuSpatial* root, const Wm4::Vector3<float>& from, const Wm4::Vector3<float>& to);
-    // Picks along the ray of the camera through a point of a viewport of width × height
-    // pixels (GetPixelRay), between the near and the far plane.
+    // Picks in the tree under `root` along the ray of the camera through the point (x, y)
+    // of a viewport of width × height pixels (GetPixelRay), between the near and the far
+    // plane.
     bool PickPixel(zuSpatial* root, const zuCamera& camera, float x, float y, int width, int height);
 
     // The ray of `camera` through the point (x, y) of a viewport of width × height pixels,
     // (0, 0) its top-left corner and y growing downward (the centre of pixel (i, j) is
     // (i + 0.5, j + 0.5)), with the distances of the near and the far plane along it. A
     // perspective ray starts at the camera's location; an orthographic one at the point of
-    // the camera's plane, along D. False for an empty viewport.
+    // the camera's plane, along D. The ray goes to `origin` and `direction` (unit length),
+    // the distances to `tmin` and `tmax`. False for an empty viewport.
     static bool GetPixelRay(const zuCamera& camera, float x, float y, int width, int height,
                             Wm4::Vector3<float>& origin, Wm4::Vector3<float>& direction, float& tmin, float& tmax);
 

@@ -23,11 +23,15 @@ public:
 
     // At the origin looking down +x with up +z; perspective, 90 degrees, near 1, far 1000.
     zuCamera();
+    // The same frame and frustum, perspective or (`perspective` false) orthographic.
     explicit zuCamera(bool perspective);
 
+    // The eye at `location`, looking along `dVector` with `uVector` up and `rVector` right
+    // (D x U). The axes are stored as given: pass unit vectors at right angles.
     void SetFrame(const Wm4::Vector3<float>& location, const Wm4::Vector3<float>& dVector,
                   const Wm4::Vector3<float>& uVector, const Wm4::Vector3<float>& rVector);
     void SetLocation(const Wm4::Vector3<float>& location) { mLocation = location; }
+    // The axes of SetFrame alone.
     void SetAxes(const Wm4::Vector3<float>& dVector, const Wm4::Vector3<float>& uVector,
                  const Wm4::Vector3<float>& rVector);
     const Wm4::Vector3<float>& GetLocation() const { return mLocation; }
@@ -35,9 +39,12 @@ public:
     const Wm4::Vector3<float>& GetUVector() const { return mUVector; }
     const Wm4::Vector3<float>& GetRVector() const { return mRVector; }
 
+    // The view volume: near and far distances along D (`dMin` > 0 for a perspective
+    // camera), and the bottom, top, left and right edges of the near rectangle along U and
+    // R, measured from the view axis (`uMin` and `rMin` usually negative).
     void SetFrustum(float dMin, float dMax, float uMin, float uMax, float rMin, float rMax);
     // Symmetric frustum from the vertical field of view in degrees and the aspect ratio
-    // (width / height).
+    // (width / height), with the near and far distances `dMin` and `dMax`.
     void SetFrustum(float upFovDegrees, float aspectRatio, float dMin, float dMax);
     // The six values in the order of FrustumValue.
     const float* GetFrustum() const { return mFrustum; }
@@ -47,7 +54,9 @@ public:
     float GetUMax() const { return mFrustum[VF_UMAX]; }
     float GetRMin() const { return mFrustum[VF_RMIN]; }
     float GetRMax() const { return mFrustum[VF_RMAX]; }
-    // The vertical field of view in degrees and the aspect ratio of a symmetric frustum.
+    // The vertical field of view in degrees, the aspect ratio and the near and far
+    // distances of a symmetric frustum; false, leaving the outputs alone, for a frustum that
+    // is not symmetric about the view axis or lacks a positive near distance or height.
     bool GetFrustum(float& upFovDegrees, float& aspectRatio, float& dMin, float& dMax) const;
 
     bool IsPerspective() const { return mPerspective; }

@@ -38,6 +38,8 @@ public:
     // The enumerator name; "UNKNOWN" for a value outside the enumeration.
     static const char* GetLightTypeName(int value);
 
+    // The light at `location`, shining along `dVector`, with `uVector` up and `rVector`
+    // right (as SetAxes).
     void SetFrame(const Wm4::Vector3<float>& location, const Wm4::Vector3<float>& dVector,
                   const Wm4::Vector3<float>& uVector, const Wm4::Vector3<float>& rVector);
     void SetLocation(const Wm4::Vector3<float>& location) { mLocation = location; }
@@ -73,6 +75,8 @@ public:
     float GetSpotCutoff() const { return mSpotCutoff; }
     float GetSpotCutoffSine() const { return mSpotSine; }
     float GetSpotCutoffCosine() const { return mSpotCosine; }
+    // The spot's falloff from its axis, kept for the renderer (which usually takes the
+    // cosine of the angle from the axis to this power).
     void SetSpotExponent(float exponent) { mSpotExponent = exponent; }
     float GetSpotExponent() const { return mSpotExponent; }
 

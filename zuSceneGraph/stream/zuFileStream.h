@@ -17,8 +17,9 @@ class zuFileStream : public zuStream {
 public:
     static constexpr int DEFAULT_BLOCK_SIZE = 1 << 20;
 
-    // With a null block, a block of blockSize bytes is allocated and owned; otherwise the
-    // caller's block (of at least blockSize bytes) is used and never freed.
+    // With a null `block`, a block of `blockSize` bytes is allocated and owned; otherwise the
+    // caller's block (of at least blockSize bytes) is used and never freed. `catalog` as
+    // for zuStream.
     explicit zuFileStream(int blockSize = DEFAULT_BLOCK_SIZE, zuCatalog<zuImage>* catalog = nullptr,
                           char* block = nullptr);
     ~zuFileStream() override;
