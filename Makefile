@@ -2,10 +2,14 @@
 BUILD      ?= build
 ASAN_BUILD ?= build-asan
 TSAN_BUILD ?= build-tsan
+FUZZ_BUILD ?= build-fuzz
+# Seconds per fuzz target, and targets run at once.
+FUZZ_SECONDS ?= 600
+FUZZ_JOBS  ?= 2
 JOBS       ?= $(shell nproc)
 CMAKE_GEN  := $(shell command -v ninja >/dev/null 2>&1 && echo "-G Ninja")
 
-.PHONY: all setup setup-sanitizers setup-benchmark setup-bench setup-docs configure build test test-asan test-tsan \
+.PHONY: all setup setup-sanitizers setup-benchmark setup-bench setup-docs configure build test test-asan test-tsan fuzz \
 	bench bench-quick bench-micro demo docs install clean
 
 all: build
@@ -73,6 +77,15 @@ test-tsan: setup-sanitizers
 	cmake --build $(TSAN_BUILD) -j $(JOBS) --target zuSystemTests resourcesTests ioTests
 	cd $(TSAN_BUILD) && ctest --output-on-failure -j $(JOBS) -R 'Thread|Mutex|Concurren|Resource|ObjReaderTest'
 
+# Every fuzz target (libFuzzer, clang, under ASan+UBSan) for FUZZ_SECONDS each, FUZZ_JOBS at
+# once; fails on any finding (fuzz/run.sh).
+fuzz: setup-sanitizers
+	CXX=clang++ cmake -S . -B $(FUZZ_BUILD) $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+	  -DZU_SANITIZE=address,undefined -DZU_BUILD_FUZZ=ON -DZU_BUILD_TESTS=OFF -DZU_BUILD_TOOLS=OFF \
+	  -DZU_BUILD_BENCH=OFF -DZU_BUILD_EXAMPLES=OFF
+	cmake --build $(FUZZ_BUILD) -j $(JOBS)
+	fuzz/run.sh $(FUZZ_BUILD) $(FUZZ_SECONDS) $(FUZZ_JOBS)
+
 # The peer libraries the benchmarks compare with; only `make bench` needs them.
 PEER_PACKAGES := libopenscenegraph-dev libtinyobjloader-dev libassimp-dev
 
@@ -118,4 +131,4 @@ install: build
 	cmake --install $(BUILD)
 
 clean:
-	rm -rf $(BUILD) $(ASAN_BUILD) $(TSAN_BUILD)
+	rm -rf $(BUILD) $(ASAN_BUILD) $(TSAN_BUILD) $(FUZZ_BUILD)

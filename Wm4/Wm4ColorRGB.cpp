@@ -1,18 +1,12 @@
 #include <Wm4/Wm4ColorRGB.h>
 
+#include <Wm4/Wm4Tuple.h>
+
 namespace Wm4 {
 
 bool ColorRGB::operator<(const ColorRGB& c) const
 {
-    for (int i = 0; i < 3; ++i) {
-        if (mTuple[i] < c.mTuple[i]) {
-            return true;
-        }
-        if (c.mTuple[i] < mTuple[i]) {
-            return false;
-        }
-    }
-    return false;
+    return Tuple::Less<3>(mTuple, c.mTuple);
 }
 
 void ColorRGB::Clamp()

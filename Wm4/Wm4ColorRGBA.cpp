@@ -1,18 +1,12 @@
 #include <Wm4/Wm4ColorRGBA.h>
 
+#include <Wm4/Wm4Tuple.h>
+
 namespace Wm4 {
 
 bool ColorRGBA::operator<(const ColorRGBA& c) const
 {
-    for (int i = 0; i < 4; ++i) {
-        if (mTuple[i] < c.mTuple[i]) {
-            return true;
-        }
-        if (c.mTuple[i] < mTuple[i]) {
-            return false;
-        }
-    }
-    return false;
+    return Tuple::Less<4>(mTuple, c.mTuple);
 }
 
 ColorRGBA ColorRGBA::operator+(const ColorRGBA& c) const

@@ -1,5 +1,7 @@
 #include <Wm4/Wm4Matrix2.h>
 
+#include <Wm4/Wm4Tuple.h>
+
 namespace Wm4 {
 
 template <class Real>
@@ -98,15 +100,7 @@ Vector2<Real> Matrix2<Real>::GetColumn(int col) const
 template <class Real>
 bool Matrix2<Real>::operator<(const Matrix2& m) const
 {
-    for (int i = 0; i < 4; ++i) {
-        if (mEntry[i] < m.mEntry[i]) {
-            return true;
-        }
-        if (m.mEntry[i] < mEntry[i]) {
-            return false;
-        }
-    }
-    return false;
+    return Tuple::Less<4>(mEntry, m.mEntry);
 }
 
 template <class Real>

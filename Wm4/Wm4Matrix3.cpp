@@ -1,5 +1,7 @@
 #include <Wm4/Wm4Matrix3.h>
 
+#include <Wm4/Wm4Tuple.h>
+
 namespace Wm4 {
 
 template <class Real>
@@ -161,24 +163,14 @@ void Matrix3<Real>::GetColumnMajor(Real* columnMajor) const
 template <class Real>
 bool Matrix3<Real>::operator<(const Matrix3& m) const
 {
-    for (int i = 0; i < 9; ++i) {
-        if (mEntry[i] < m.mEntry[i]) {
-            return true;
-        }
-        if (m.mEntry[i] < mEntry[i]) {
-            return false;
-        }
-    }
-    return false;
+    return Tuple::Less<9>(mEntry, m.mEntry);
 }
 
 template <class Real>
 Matrix3<Real> Matrix3<Real>::operator+(const Matrix3& m) const
 {
     Matrix3 sum;
-    for (int i = 0; i < 9; ++i) {
-        sum.mEntry[i] = mEntry[i] + m.mEntry[i];
-    }
+    Tuple::Add<9>(mEntry, m.mEntry, sum.mEntry);
     return sum;
 }
 
@@ -186,9 +178,7 @@ template <class Real>
 Matrix3<Real> Matrix3<Real>::operator-(const Matrix3& m) const
 {
     Matrix3 diff;
-    for (int i = 0; i < 9; ++i) {
-        diff.mEntry[i] = mEntry[i] - m.mEntry[i];
-    }
+    Tuple::Subtract<9>(mEntry, m.mEntry, diff.mEntry);
     return diff;
 }
 
@@ -196,9 +186,7 @@ template <class Real>
 Matrix3<Real> Matrix3<Real>::operator*(Real s) const
 {
     Matrix3 product;
-    for (int i = 0; i < 9; ++i) {
-        product.mEntry[i] = s * mEntry[i];
-    }
+    Tuple::Scale<9>(mEntry, s, product.mEntry);
     return product;
 }
 
@@ -206,9 +194,7 @@ template <class Real>
 Matrix3<Real> Matrix3<Real>::operator/(Real s) const
 {
     Matrix3 quotient;
-    for (int i = 0; i < 9; ++i) {
-        quotient.mEntry[i] = mEntry[i] / s;
-    }
+    Tuple::Divide<9>(mEntry, s, quotient.mEntry);
     return quotient;
 }
 
@@ -216,9 +202,7 @@ template <class Real>
 Matrix3<Real> Matrix3<Real>::operator-() const
 {
     Matrix3 negated;
-    for (int i = 0; i < 9; ++i) {
-        negated.mEntry[i] = -mEntry[i];
-    }
+    Tuple::Negate<9>(mEntry, negated.mEntry);
     return negated;
 }
 

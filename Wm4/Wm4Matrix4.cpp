@@ -1,6 +1,26 @@
 #include <Wm4/Wm4Matrix4.h>
 
+#include <Wm4/Wm4Tuple.h>
+
 namespace Wm4 {
+
+namespace {
+
+// The 2x2 minors of rows 0-1 (a) and of rows 2-3 (b), each over a pair of columns: the
+// Laplace expansion along the first two rows that Adjoint and Determinant share.
+template <class Real>
+struct Minors4 {
+    explicit Minors4(const Real* e)
+        : a0(e[0] * e[5] - e[1] * e[4]), a1(e[0] * e[6] - e[2] * e[4]), a2(e[0] * e[7] - e[3] * e[4]),
+          a3(e[1] * e[6] - e[2] * e[5]), a4(e[1] * e[7] - e[3] * e[5]), a5(e[2] * e[7] - e[3] * e[6]),
+          b0(e[8] * e[13] - e[9] * e[12]), b1(e[8] * e[14] - e[10] * e[12]), b2(e[8] * e[15] - e[11] * e[12]),
+          b3(e[9] * e[14] - e[10] * e[13]), b4(e[9] * e[15] - e[11] * e[13]), b5(e[10] * e[15] - e[11] * e[14])
+    {
+    }
+    Real a0, a1, a2, a3, a4, a5, b0, b1, b2, b3, b4, b5;
+};
+
+} // namespace
 
 template <class Real>
 Matrix4<Real>::Matrix4(bool zero)
@@ -100,24 +120,14 @@ void Matrix4<Real>::GetColumnMajor(Real* columnMajor) const
 template <class Real>
 bool Matrix4<Real>::operator<(const Matrix4& m) const
 {
-    for (int i = 0; i < 16; ++i) {
-        if (mEntry[i] < m.mEntry[i]) {
-            return true;
-        }
-        if (m.mEntry[i] < mEntry[i]) {
-            return false;
-        }
-    }
-    return false;
+    return Tuple::Less<16>(mEntry, m.mEntry);
 }
 
 template <class Real>
 Matrix4<Real> Matrix4<Real>::operator+(const Matrix4& m) const
 {
     Matrix4 sum;
-    for (int i = 0; i < 16; ++i) {
-        sum.mEntry[i] = mEntry[i] + m.mEntry[i];
-    }
+    Tuple::Add<16>(mEntry, m.mEntry, sum.mEntry);
     return sum;
 }
 
@@ -125,9 +135,7 @@ template <class Real>
 Matrix4<Real> Matrix4<Real>::operator-(const Matrix4& m) const
 {
     Matrix4 diff;
-    for (int i = 0; i < 16; ++i) {
-        diff.mEntry[i] = mEntry[i] - m.mEntry[i];
-    }
+    Tuple::Subtract<16>(mEntry, m.mEntry, diff.mEntry);
     return diff;
 }
 
@@ -151,9 +159,7 @@ template <class Real>
 Matrix4<Real> Matrix4<Real>::operator*(Real s) const
 {
     Matrix4 product;
-    for (int i = 0; i < 16; ++i) {
-        product.mEntry[i] = s * mEntry[i];
-    }
+    Tuple::Scale<16>(mEntry, s, product.mEntry);
     return product;
 }
 
@@ -161,9 +167,7 @@ template <class Real>
 Matrix4<Real> Matrix4<Real>::operator/(Real s) const
 {
     Matrix4 quotient;
-    for (int i = 0; i < 16; ++i) {
-        quotient.mEntry[i] = mEntry[i] / s;
-    }
+    Tuple::Divide<16>(mEntry, s, quotient.mEntry);
     return quotient;
 }
 
@@ -171,9 +175,7 @@ template <class Real>
 Matrix4<Real> Matrix4<Real>::operator-() const
 {
     Matrix4 negated;
-    for (int i = 0; i < 16; ++i) {
-        negated.mEntry[i] = -mEntry[i];
-    }
+    Tuple::Negate<16>(mEntry, negated.mEntry);
     return negated;
 }
 
@@ -204,21 +206,10 @@ Matrix4<Real> Matrix4<Real>::TimesTranspose(const Matrix4& m) const
 template <class Real>
 Matrix4<Real> Matrix4<Real>::Adjoint() const
 {
-    // Laplace expansion along the first two rows: the a's are the 2x2 minors
-    // of rows 0-1, the b's those of rows 2-3, each over a pair of columns.
     const Real* e = mEntry;
-    Real a0 = e[0] * e[5] - e[1] * e[4];
-    Real a1 = e[0] * e[6] - e[2] * e[4];
-    Real a2 = e[0] * e[7] - e[3] * e[4];
-    Real a3 = e[1] * e[6] - e[2] * e[5];
-    Real a4 = e[1] * e[7] - e[3] * e[5];
-    Real a5 = e[2] * e[7] - e[3] * e[6];
-    Real b0 = e[8] * e[13] - e[9] * e[12];
-    Real b1 = e[8] * e[14] - e[10] * e[12];
-    Real b2 = e[8] * e[15] - e[11] * e[12];
-    Real b3 = e[9] * e[14] - e[10] * e[13];
-    Real b4 = e[9] * e[15] - e[11] * e[13];
-    Real b5 = e[10] * e[15] - e[11] * e[14];
+    const Minors4<Real> m(e);
+    const Real a0 = m.a0, a1 = m.a1, a2 = m.a2, a3 = m.a3, a4 = m.a4, a5 = m.a5;
+    const Real b0 = m.b0, b1 = m.b1, b2 = m.b2, b3 = m.b3, b4 = m.b4, b5 = m.b5;
 
     Matrix4 adj;
     Real* r = adj.mEntry;
@@ -244,20 +235,8 @@ Matrix4<Real> Matrix4<Real>::Adjoint() const
 template <class Real>
 Real Matrix4<Real>::Determinant() const
 {
-    const Real* e = mEntry;
-    Real a0 = e[0] * e[5] - e[1] * e[4];
-    Real a1 = e[0] * e[6] - e[2] * e[4];
-    Real a2 = e[0] * e[7] - e[3] * e[4];
-    Real a3 = e[1] * e[6] - e[2] * e[5];
-    Real a4 = e[1] * e[7] - e[3] * e[5];
-    Real a5 = e[2] * e[7] - e[3] * e[6];
-    Real b0 = e[8] * e[13] - e[9] * e[12];
-    Real b1 = e[8] * e[14] - e[10] * e[12];
-    Real b2 = e[8] * e[15] - e[11] * e[12];
-    Real b3 = e[9] * e[14] - e[10] * e[13];
-    Real b4 = e[9] * e[15] - e[11] * e[13];
-    Real b5 = e[10] * e[15] - e[11] * e[14];
-    return a0 * b5 - a1 * b4 + a2 * b3 + a3 * b2 - a4 * b1 + a5 * b0;
+    const Minors4<Real> m(mEntry);
+    return m.a0 * m.b5 - m.a1 * m.b4 + m.a2 * m.b3 + m.a3 * m.b2 - m.a4 * m.b1 + m.a5 * m.b0;
 }
 
 template <class Real>

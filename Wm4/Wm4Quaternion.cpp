@@ -1,19 +1,13 @@
 #include <Wm4/Wm4Quaternion.h>
 
+#include <Wm4/Wm4Tuple.h>
+
 namespace Wm4 {
 
 template <class Real>
 bool Quaternion<Real>::operator<(const Quaternion& q) const
 {
-    for (int i = 0; i < 4; ++i) {
-        if (mTuple[i] < q.mTuple[i]) {
-            return true;
-        }
-        if (q.mTuple[i] < mTuple[i]) {
-            return false;
-        }
-    }
-    return false;
+    return Tuple::Less<4>(mTuple, q.mTuple);
 }
 
 template <class Real>

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <Wm4/Wm4Math.h>
+#include <Wm4/Wm4Tuple.h>
 
 #include <cstddef>
 #include <cstring>
@@ -31,15 +32,7 @@ public:
     bool operator!=(const Vector2& v) const { return !(*this == v); }
     bool operator<(const Vector2& v) const
     {
-        for (int i = 0; i < 2; ++i) {
-            if (mTuple[i] < v.mTuple[i]) {
-                return true;
-            }
-            if (v.mTuple[i] < mTuple[i]) {
-                return false;
-            }
-        }
-        return false;
+        return Tuple::Less<2>(mTuple, v.mTuple);
     }
 
     Vector2 operator+(const Vector2& v) const { return Vector2(mTuple[0] + v.mTuple[0], mTuple[1] + v.mTuple[1]); }

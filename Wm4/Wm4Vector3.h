@@ -1,6 +1,7 @@
 #pragma once
 
 #include <Wm4/Wm4Math.h>
+#include <Wm4/Wm4Tuple.h>
 
 #include <cstddef>
 #include <cstring>
@@ -39,15 +40,7 @@ public:
     bool operator!=(const Vector3& v) const { return !(*this == v); }
     bool operator<(const Vector3& v) const
     {
-        for (int i = 0; i < 3; ++i) {
-            if (mTuple[i] < v.mTuple[i]) {
-                return true;
-            }
-            if (v.mTuple[i] < mTuple[i]) {
-                return false;
-            }
-        }
-        return false;
+        return Tuple::Less<3>(mTuple, v.mTuple);
     }
 
     Vector3 operator+(const Vector3& v) const { return Vector3(mTuple[0] + v.mTuple[0], mTuple[1] + v.mTuple[1], mTuple[2] + v.mTuple[2]); }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <Wm4/Wm4Math.h>
+#include <Wm4/Wm4Tuple.h>
 
 #include <cstddef>
 #include <cstring>
@@ -35,15 +36,7 @@ public:
     bool operator!=(const Vector4& v) const { return !(*this == v); }
     bool operator<(const Vector4& v) const
     {
-        for (int i = 0; i < 4; ++i) {
-            if (mTuple[i] < v.mTuple[i]) {
-                return true;
-            }
-            if (v.mTuple[i] < mTuple[i]) {
-                return false;
-            }
-        }
-        return false;
+        return Tuple::Less<4>(mTuple, v.mTuple);
     }
 
     Vector4 operator+(const Vector4& v) const

@@ -120,33 +120,6 @@ TYPED_TEST(IntrBox3Frustum3Test, HandBuiltCases)
     }
 }
 
-TYPED_TEST(IntrBox3Frustum3Test, BoxPastTheLateralEdgeNeedsACrossAxis)
-{
-    using R = TypeParam;
-    // A long thin slab turned 1/8 turn about the view direction, lying
-    // across the top-right lateral edge (direction (0.75, 0.5, 1)) just
-    // outside it. Each face plane has corners of the slab on both sides; only
-    // the cross product of the slab's long edge with the lateral edge
-    // separates.
-    for (bool moved : {false, true}) {
-        Scene<R> s{moved};
-        Frustum3<R> frustum = s.Frustum();
-        R h = Math<R>::Sqrt(R(0.5));
-        for (R offset : {R(0.3), R(-0.05)}) {
-            Box3<R> slab(s.Point(R(3.75) + offset, R(2.5) + offset, 5), s.Direction(h, -h, 0), s.Direction(h, h, 0),
-                         s.Direction(0, 0, 1), R(3), R(0.1), R(0.1));
-            EXPECT_FALSE(OutsideOnePlane(slab, frustum, R(0)));
-            Vector3<R> boxCorners[8], frustumCorners[8];
-            slab.ComputeVertices(boxCorners);
-            frustum.ComputeVertices(frustumCorners);
-            bool expected = Wm4Test::HexahedraMeet(boxCorners, Wm4Test::BoxHalfspaces(slab), frustumCorners,
-                                                   Wm4Test::FrustumHalfspaces(frustum));
-            EXPECT_EQ(offset < 0, expected) << offset;
-            EXPECT_EQ(expected, s.Hits(slab)) << offset;
-        }
-    }
-}
-
 TYPED_TEST(IntrBox3Frustum3Test, CullingGuarantees)
 {
     using R = TypeParam;

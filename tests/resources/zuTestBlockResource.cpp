@@ -2,8 +2,6 @@
 
 #include <zuSceneGraph/resources/zuBlockResourceSave.h>
 
-#include <vector>
-
 namespace zu::test {
 
 const zuRtti zuTestBlockResource::TYPE("zuTest.zuTestBlockResource", &zuObject::TYPE);
@@ -58,12 +56,7 @@ void zuTestBlockResource::Save(zuBaseStream& stream) const
     zuUnnamedObject::Save(stream);
     stream.Write(mSize);
     const zuBlockResourceSave block(stream, *this);
-    if (block.isReadable())
-        storeStreamInfo(&stream);
-    if (mData)
-        stream.Write(mSize, mData);
-    else
-        stream.Write(mSize, std::vector<char>(static_cast<size_t>(mSize)).data());
+    block.writeBlock(stream, mData, mSize);
 }
 
 bool zuTestBlockResource::Equals(const zuRttiInterface* other) const

@@ -1,8 +1,7 @@
-// The memory, delegate and standard-channel devices: positions, bounds and errors.
+// The memory and delegate devices: positions, bounds and errors.
 
 #include <zuSystem/zuDelegateIoDevice.h>
 #include <zuSystem/zuMemoryIoDevice.h>
-#include <zuSystem/zuStdIoDevice.h>
 
 #include <gtest/gtest.h>
 
@@ -73,19 +72,4 @@ TEST(zuDelegateIoDeviceTest, WithoutTargetEverythingFails)
     EXPECT_FALSE(device.flush());
     EXPECT_EQ(device.pos(), -1);
     EXPECT_TRUE(device.isError());
-}
-
-TEST(zuStdIoDeviceTest, ChannelsRejectTheWrongDirectionAndSeeking)
-{
-    zu::zuStdIoDevice input(zu::zuStdIoDevice::StdIn);
-    EXPECT_EQ(input.write("x", 1), -1);
-    EXPECT_TRUE(input.isError());
-
-    zu::zuStdIoDevice error(zu::zuStdIoDevice::StdErr);
-    char byte;
-    EXPECT_EQ(error.read(&byte, 1), -1);
-    error.clearError();
-    EXPECT_EQ(error.size(), -1);
-    EXPECT_FALSE(error.seek(0, zuIoDevice::SeekCur));
-    EXPECT_TRUE(error.isError());
 }

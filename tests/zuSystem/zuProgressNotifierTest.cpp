@@ -65,18 +65,6 @@ TEST(zuProgressNotifierTest, NestedGroupsCoverWeightedParentSteps)
     EXPECT_DOUBLE_EQ(notifier.fraction(), 1.0);
 }
 
-TEST(zuProgressNotifierTest, TopLevelGroupsShareTheTaskByWeight)
-{
-    zuProgressNotifier notifier;
-    notifier.openGroup("read", 10, 0.25);
-    notifier.step(5);
-    EXPECT_DOUBLE_EQ(notifier.fraction(), 0.125);
-    notifier.closeGroup();
-    notifier.openGroup("build", 3, 0.75);
-    notifier.step(3);
-    EXPECT_DOUBLE_EQ(notifier.fraction(), 1.0);
-}
-
 TEST(zuProgressNotifierTest, ProgressStaysInsideGroupsAndNeverDecreases)
 {
     RecordingNotifier notifier;

@@ -4,9 +4,7 @@
 #include <zuSceneGraph/resources/zuDynamicLoadingResource.h>
 #include <zuSceneGraph/stream/zuBaseStream.h>
 
-#include <filesystem>
 #include <memory>
-#include <system_error>
 
 namespace zu {
 
@@ -23,10 +21,20 @@ std::string unreadableBlock(const zuDynamicLoadingResource& resource)
 } // namespace
 
 zuBlockResourceSave::zuBlockResourceSave(zuBaseStream& stream, const zuDynamicLoadingResource& resource)
-    : mScope(&resource, true), mReadable(resource.isCPUResident() || resource.getCPUSize() == 0)
+    : mResource(resource), mScope(&resource, true), mReadable(resource.isCPUResident() || resource.getCPUSize() == 0)
 {
     if (!mReadable)
         Refuse(stream, resource, unreadableBlock(resource));
+}
+
+void zuBlockResourceSave::writeBlock(zuBaseStream& stream, const char* data, int size) const
+{
+    if (mReadable)
+        mResource.storeStreamInfo(&stream);
+    if (data)
+        stream.Write(size, data);
+    else
+        stream.WriteZeros(static_cast<uint64_t>(size));
 }
 
 void zuBlockResourceSave::Check(zuBaseStream& stream, const zuDynamicLoadingResource& resource)
@@ -35,10 +43,9 @@ void zuBlockResourceSave::Check(zuBaseStream& stream, const zuDynamicLoadingReso
         return;
     // The block is read when its record is written; here its file need only hold it.
     const std::unique_ptr<zuBlockResourceHandler> handler(zuBlockResourceHandler::CreateFor(&resource));
-    std::error_code error;
     const std::string& path = resource.getResourceFilePath();
-    const uintmax_t size = path.empty() ? 0 : std::filesystem::file_size(path, error);
-    if (path.empty() || error || !handler || size < resource.getStreamOffset() + handler->getMinFileBytes())
+    const int64_t size = path.empty() ? -1 : stream.GetFileSizeForSave(path);
+    if (size < 0 || !handler || static_cast<uint64_t>(size) < resource.getStreamOffset() + handler->getMinFileBytes())
         Refuse(stream, resource, unreadableBlock(resource));
 }
 

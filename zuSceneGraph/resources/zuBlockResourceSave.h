@@ -27,12 +27,16 @@ public:
     // The block is in memory (or empty): the record holds it, and the resource may record
     // its new place in the stream.
     bool isReadable() const { return mReadable; }
+    // Writes a block that lies in the file as in memory: `size` bytes of `data`, or zeros when
+    // the block is not at hand; a readable block is found in this stream from now on.
+    void writeBlock(zuBaseStream& stream, const char* data, int size) const;
 
     static void Check(zuBaseStream& stream, const zuDynamicLoadingResource& resource);
     // Refuses the save, naming the resource (type and object identifier) and the reason.
     static void Refuse(zuBaseStream& stream, const zuDynamicLoadingResource& resource, const std::string& reason);
 
 private:
+    const zuDynamicLoadingResource& mResource;
     zuRendererInterface::ResidentScope mScope;
     bool mReadable;
 };

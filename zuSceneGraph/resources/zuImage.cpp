@@ -172,13 +172,7 @@ void zuImage::Save(zuBaseStream& stream) const
     stream.Write(mHeight);
     stream.Write(mDataSize);
     const zuBlockResourceSave block(stream, *this);
-    // From now on the block is found in the stream being written.
-    if (block.isReadable())
-        storeStreamInfo(&stream);
-    if (mData)
-        stream.Write(mDataSize, mData);
-    else
-        stream.WriteZeros(static_cast<uint64_t>(mDataSize));
+    block.writeBlock(stream, mData, mDataSize);
 }
 
 void zuImage::Load(zuBaseStream& stream, zuLink* link)

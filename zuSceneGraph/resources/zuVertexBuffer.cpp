@@ -384,13 +384,7 @@ void zuVertexBuffer::Save(zuBaseStream& stream) const
     stream.Write(mVertexQuantity);
     stream.Write(sizesInFloats ? mDataSize / 4 : mDataSize);
     const zuBlockResourceSave block(stream, *this);
-    // From now on the block is found in the stream being written.
-    if (block.isReadable())
-        storeStreamInfo(&stream);
-    if (mData)
-        stream.Write(mDataSize, mData);
-    else
-        stream.WriteZeros(static_cast<uint64_t>(mDataSize));
+    block.writeBlock(stream, mData, mDataSize);
     writeLayout(stream, mAttributes);
 }
 

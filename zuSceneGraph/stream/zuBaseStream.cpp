@@ -11,8 +11,10 @@
 #include <algorithm>
 #include <bit>
 #include <cstdio>
+#include <filesystem>
 #include <iostream>
 #include <new>
+#include <system_error>
 
 namespace zu {
 
@@ -169,6 +171,18 @@ void zuBaseStream::registerTopLevel()
     for (zuRttiInterface* object : mTopLevel)
         object->Register(*this);
     mRegisteringForSave = false;
+    mFileSizes.clear();
+}
+
+int64_t zuBaseStream::GetFileSizeForSave(const std::string& path)
+{
+    const auto [entry, added] = mFileSizes.try_emplace(&path, -1);
+    if (added) {
+        std::error_code error;
+        const uintmax_t size = std::filesystem::file_size(path, error);
+        entry->second = error ? -1 : static_cast<int64_t>(size);
+    }
+    return entry->second;
 }
 
 void zuBaseStream::refuseSave(const std::string& message)

@@ -92,6 +92,10 @@ public:
     // that the save stops before the next record and hands nothing out; a refusal in the
     // register pass fails it before a byte is written.
     void refuseSave(const std::string& message);
+    // The size of the file `path` names, -1 when it has none, for the checks of the register
+    // pass: asked of the system once per save and string (the resources of one load share
+    // one path string), so that a save of many blocks left on disk stays cheap.
+    int64_t GetFileSizeForSave(const std::string& path);
     int GetOrderedObjectCount() const { return static_cast<int>(mOrdered.size()); }
     const zuRttiInterface* GetOrderedObjectAt(int i) const { return mOrdered[static_cast<size_t>(i)]; }
 
@@ -415,6 +419,7 @@ private:
     std::vector<int> mRecordSizes;
     size_t mWritingRecord = 0;
     bool mRegisteringForSave = false;
+    std::unordered_map<const std::string*, int64_t> mFileSizes;
     std::unordered_set<const zuRttiInterface*> mRegistered;
     std::vector<const zuRttiInterface*> mOrdered;
     // Raw storage: a link is constructed when an object takes it, so that a load of one

@@ -29,7 +29,9 @@ zuFileStream::zuFileStream(int blockSize, zuCatalog<zuImage>* catalog, char* blo
     : zuStream(catalog), mBlock(block), mBlockSize(roundedBlockSize(blockSize))
 {
     if (!mBlock) {
-        mOwnedBlock = std::make_unique<char[]>(static_cast<size_t>(mBlockSize));
+        // Not zeroed: only the bytes a window holds are ever read, and a small file then
+        // touches the first pages of the block alone.
+        mOwnedBlock.reset(new char[static_cast<size_t>(mBlockSize)]);
         mBlock = mOwnedBlock.get();
     }
 }
