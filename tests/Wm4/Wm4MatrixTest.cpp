@@ -233,16 +233,3 @@ TYPED_TEST(MatrixTest, OrthonormalizeRepairsADriftedRotation)
     m2.Orthonormalize();
     EXPECT_TRUE(Near<R>(Matrix2<R>::IDENTITY, m2, 4));
 }
-
-TYPED_TEST(MatrixTest, EqualityIsBitwiseAndOrderIsLexicographic)
-{
-    using R = TypeParam;
-    Matrix3<R> identity = Matrix3<R>::IDENTITY;
-    EXPECT_EQ(Matrix3<R>::IDENTITY, identity);
-    identity(0, 1) = -R(0);
-    EXPECT_NE(Matrix3<R>::IDENTITY, identity);
-    EXPECT_TRUE(Matrix3<R>::ZERO < Matrix3<R>::IDENTITY);
-    EXPECT_FALSE(Matrix3<R>::IDENTITY < Matrix3<R>::IDENTITY);
-    EXPECT_TRUE(Matrix4<R>(1, 1, 1, 1) < Matrix4<R>(1, 1, 1, 2));
-    EXPECT_TRUE(Matrix2<R>(0, 9, 9, 9) < Matrix2<R>(1, 0, 0, 0));
-}
