@@ -88,21 +88,6 @@ TEST_F(Culler, FrustumPlanesBoundTheViewVolumeOfEitherProjection)
     }
 }
 
-TEST_F(Culler, ANullCameraIsStoredAndChangesNothingElse)
-{
-    zuPointer<zuCamera> camera = lookDownX();
-    zuCuller culler;
-    culler.SetCamera(camera);
-    culler.SetPlaneState(0x5);
-    const Wm4::Plane3<float> near = culler.GetPlane(0);
-    culler.SetCamera(nullptr);
-    EXPECT_EQ(culler.GetPlane(0), near);
-    EXPECT_EQ(culler.GetFrustum()[1], 100.0f);
-    EXPECT_EQ(culler.GetPlaneState(), 0x5u);
-    culler.SetCamera(camera);
-    EXPECT_EQ(culler.GetPlaneState(), ~0u);
-}
-
 TEST_F(Culler, TheBoundTestVisitsPlanesFromTheLastToTheFirst)
 {
     zuCuller culler;
