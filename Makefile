@@ -10,7 +10,7 @@ JOBS       ?= $(shell nproc)
 CMAKE_GEN  := $(shell command -v ninja >/dev/null 2>&1 && echo "-G Ninja")
 
 .PHONY: all setup setup-sanitizers setup-benchmark setup-bench setup-docs configure build test test-asan test-tsan fuzz \
-	bench bench-quick bench-micro demo docs install clean
+	bench bench-quick bench-micro demo docs install clean count-lines
 
 all: build
 
@@ -129,6 +129,10 @@ docs: setup-docs
 
 install: build
 	cmake --install $(BUILD)
+
+# Test lines against all C++ lines (non-blank, non-comment): the tests' share of the code.
+count-lines:
+	@tools/count-lines.sh -v
 
 clean:
 	rm -rf $(BUILD) $(ASAN_BUILD) $(TSAN_BUILD) $(FUZZ_BUILD)

@@ -20,29 +20,6 @@ class GeometryValuesTest : public ::testing::Test {};
 TYPED_TEST_SUITE(GeometryValuesTest, Wm4Test::RealTypes);
 } // namespace
 
-TYPED_TEST(GeometryValuesTest, DefaultsAreZeroBitForBit)
-{
-    using R = TypeParam;
-    // Every field zero, so that a bitwise comparison with zeroed memory holds.
-    R zeros[17] = {};
-    Box3<R> box;
-    Segment3<R> segment;
-    Line3<R> line;
-    Ray3<R> ray;
-    Frustum3<R> frustum;
-    EXPECT_EQ(0, std::memcmp(&box, zeros, sizeof(box)));
-    EXPECT_EQ(0, std::memcmp(&segment, zeros, sizeof(segment)));
-    EXPECT_EQ(0, std::memcmp(&line, zeros, sizeof(line)));
-    EXPECT_EQ(0, std::memcmp(&ray, zeros, sizeof(ray)));
-    EXPECT_EQ(0, std::memcmp(&frustum, zeros, sizeof(frustum)));
-    EXPECT_EQ(R(0), frustum.GetDRatio());
-    EXPECT_EQ(Plane3<R>(Vector3<R>::ZERO, R(0)), Plane3<R>());
-
-    Box3<R> negativeZero;
-    negativeZero.Extent[1] = R(-0.0);
-    EXPECT_NE(box, negativeZero);
-}
-
 TYPED_TEST(GeometryValuesTest, PlaneFromThreePointsSignedDistanceSideAndEquality)
 {
     using R = TypeParam;

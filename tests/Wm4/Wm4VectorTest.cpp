@@ -19,34 +19,6 @@ TYPED_TEST_SUITE(VectorTest, Wm4Test::RealTypes);
 
 } // namespace
 
-TYPED_TEST(VectorTest, AccessorsAndArithmetic)
-{
-    using R = TypeParam;
-    Vector3<R> v(1, -2, 3);
-    v.Y() = 5;
-    v[2] = 7;
-    EXPECT_EQ(Vector3<R>(1, 5, 7), v);
-    EXPECT_EQ(Vector3<R>(2, 10, 14), R(2) * v);
-    v += Vector3<R>::UNIT_X;
-    v /= R(2);
-    EXPECT_EQ(Vector3<R>(1, 2.5, 3.5), v);
-
-    Vector4<R> h(1, 2, 3, 4);
-    h.W() = 2;
-    EXPECT_EQ(R(1 + 4 + 9 + 4), h.SquaredLength());
-
-    // Any integer type indexes without ambiguity against the pointer conversion.
-    std::ptrdiff_t one = 1;
-    std::size_t two = 2;
-    long long zero = 0;
-    EXPECT_EQ(R(2.5), v[one]);
-    EXPECT_EQ(R(3.5), v[two]);
-    EXPECT_EQ(R(0), Matrix3<R>::IDENTITY[one][zero]);
-
-    R raw[3] = {7, 8, 9};
-    EXPECT_EQ(Vector3<R>(7, 8, 9), Vector3<R>(raw));
-}
-
 TYPED_TEST(VectorTest, NormalizeReturnsTheOldLengthAndZeroesTinyVectors)
 {
     using R = TypeParam;

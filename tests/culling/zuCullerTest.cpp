@@ -88,23 +88,6 @@ TEST_F(Culler, FrustumPlanesBoundTheViewVolumeOfEitherProjection)
     }
 }
 
-TEST_F(Culler, ANullCameraIsStoredAndChangesNothingElse)
-{
-    zuPointer<zuCamera> camera = lookDownX();
-    zuCuller culler;
-    EXPECT_EQ(culler.GetCamera(), nullptr);
-    culler.SetCamera(camera);
-    culler.SetPlaneState(0x5);
-    const Wm4::Plane3<float> near = culler.GetPlane(0);
-    culler.SetCamera(nullptr);
-    EXPECT_EQ(culler.GetCamera(), nullptr);
-    EXPECT_EQ(culler.GetPlane(0), near);
-    EXPECT_EQ(culler.GetFrustum()[1], 100.0f);
-    EXPECT_EQ(culler.GetPlaneState(), 0x5u);
-    culler.SetCamera(camera);
-    EXPECT_EQ(culler.GetPlaneState(), ~0u);
-}
-
 TEST_F(Culler, TheBoundTestVisitsPlanesFromTheLastToTheFirst)
 {
     zuCuller culler;
@@ -338,18 +321,6 @@ TEST_F(Culler, ComputeVisibleSetNeedsACameraAndAScene)
     std::vector<zuRenderableSpatial*> copy{nullptr, nullptr, nullptr};
     culler.GetVisibleSet(copy);
     EXPECT_EQ(copy, (std::vector<zuRenderableSpatial*>{probe}));
-}
-
-TEST_F(Culler, TheSetGrowsByDoublingFromOneSlot)
-{
-    zuCuller culler;
-    std::vector<size_t> capacities;
-    zuPointer<zuTestLeaf> leaf = new zuTestLeaf;
-    for (int i = 0; i < 9; ++i) {
-        culler.Insert(leaf);
-        capacities.push_back(culler.GetVisibleSet().capacity());
-    }
-    EXPECT_EQ(capacities, (std::vector<size_t>{1, 2, 4, 4, 8, 8, 8, 8, 16}));
 }
 
 } // namespace

@@ -103,9 +103,6 @@ TEST_F(Controller, TheSameTimeTwiceUpdatesOnceUnlessItIsTheForcingTime)
     // Minus the largest float forces every update.
     const double force = -static_cast<double>(FLT_MAX);
     EXPECT_EQ(zuController::FORCE_UPDATE_TIME, force);
-    EXPECT_EQ(force, -3.4028234663852886e38);
-    EXPECT_TRUE(controller.Update(force));
-    EXPECT_EQ(controller.GetLastAppTime(), force);
     EXPECT_TRUE(controller.Update(force));
     EXPECT_TRUE(controller.Update(force));
     // An ordinary time after it updates once; the neighbour of the forcing value and the
@@ -124,8 +121,6 @@ TEST_F(Controller, TheSameTimeTwiceUpdatesOnceUnlessItIsTheForcingTime)
     for (double time : {0.0, 1.0, zuController::FORCE_UPDATE_TIME, 2.0})
         EXPECT_FALSE(inactive.Update(time)) << time;
     EXPECT_EQ(inactive.GetLastAppTime(), zuController::NEVER_UPDATED);
-    inactive.active = true;
-    EXPECT_TRUE(inactive.Update(2.0));
 }
 
 void configure(zuController& controller, int repeatType, double minTime, double maxTime, double phase,
@@ -176,12 +171,7 @@ TEST_F(Controller, RecordAt632IsTheObjectPartThen45Bytes)
     zuController* loaded = loadedNode->GetController(0);
     ASSERT_TRUE(loaded->IsExactly(zuTestController::TYPE));
     EXPECT_EQ(loaded->GetObject(), loadedNode);
-    EXPECT_EQ(loaded->repeatType, zuController::RT_CYCLE);
-    EXPECT_EQ(loaded->minTime, 0.5);
-    EXPECT_EQ(loaded->maxTime, 4.25);
-    EXPECT_EQ(loaded->phase, -1.5);
-    EXPECT_EQ(loaded->frequency, 2.0);
-    EXPECT_FALSE(loaded->active);
+    EXPECT_TRUE(loaded->Equals(controller));
     EXPECT_EQ(loaded->GetLastAppTime(), zuController::NEVER_UPDATED);
 }
 

@@ -60,14 +60,5 @@ TEST(zuSceneGraphTest, OnlyTheFirstStartAndTheLastEndDoWork)
     EXPECT_EQ(zuObject::libraryMutex(), nullptr);
 }
 
-TEST(zuSceneGraphTest, VersionNumbersAndTexts)
-{
-    using Version = zuSceneGraph::Version;
-    EXPECT_EQ(Version::GetDescStringMajorMinor(), "3.0");
-    EXPECT_EQ(Version::GetDescStringMajorMinorRelease(), "3.0.0");
-    EXPECT_EQ(Version::GetDescStringMajorMinorReleaseRevision(), "3.0.0.17");
-    EXPECT_EQ(Version::GetDescStringMajorMinorReleaseRevisionDate(), "3.0.0.17 2022-7");
-}
-
 } // namespace
 } // namespace zu::test

@@ -239,10 +239,7 @@ TEST(BoundingVolume, GrowToContainBoxIsTheMergeOfTheTwoWorldAxisBoxes)
                                  Vec(size(random), size(random), size(random)));
         const Wm4::Box3<float> merged = Wm4::MergeBoxes(p.GetBox(), q.GetBox());
         p.growToContainBox(q);
-        EXPECT_EQ(p.GetCenter(), merged.Center);
-        EXPECT_EQ(p.GetExtents(), Vec(merged.Extent[0], merged.Extent[1], merged.Extent[2]));
-        EXPECT_EQ(merged.Axis[0], Vec(1, 0, 0));
-        EXPECT_EQ(merged.Axis[2], Vec(0, 0, 1));
+        EXPECT_EQ(p, zuBoundingVolume(merged.Center, Vec(merged.Extent[0], merged.Extent[1], merged.Extent[2])));
     }
 }
 
@@ -275,7 +272,6 @@ TEST(BoundingVolume, CurrentFormIsRadiusExtentsCentre)
     zuRawStream reader(zuStreamVersion(6, 32));
     reader.openRead(bytes);
     EXPECT_TRUE(loaded.readFromStream(reader));
-    EXPECT_FALSE(loaded.isValid());
     EXPECT_EQ(loaded, zuBoundingVolume());
 }
 

@@ -101,33 +101,6 @@ TEST_F(FileStream, GraphsSurviveRoundTripsThroughMemoryWhateverTheBlockSizes)
     }
 }
 
-TEST_F(FileStream, GraphsSurviveARoundTripThroughAFile)
-{
-    const std::filesystem::path path = std::filesystem::temp_directory_path()
-        / ("zuFileStreamTest-" + std::to_string(::getpid()) + ".mvk");
-    {
-        zuSmallGraph g;
-        zuFileStream stream(16);
-        stream.SetVersion(zuStreamVersion(6, 32));
-        stream.InsertTopLevel(g.root);
-        zuFileIoDevice device(path.string(), zuFileIoDevice::WriteOnly);
-        ASSERT_TRUE(device.isOpen());
-        ASSERT_TRUE(stream.Save(device, path.string(), false));
-        EXPECT_EQ(stream.GetName(), path.string());
-        device.close();
-        EXPECT_FALSE(device.isError());
-        EXPECT_EQ(std::filesystem::file_size(path), 9 + saveToBytes({g.root}, zuStreamVersion(6, 32)).size());
-    }
-    {
-        zuFileStream stream(24);
-        zuFileIoDevice device(path.string(), zuFileIoDevice::ReadOnly);
-        ASSERT_TRUE(stream.Load(device, path.string()));
-        ASSERT_EQ(stream.GetObjectCount(), 1);
-        EXPECT_TRUE(isSmallGraph(stream.GetObjectAt(0)));
-    }
-    std::filesystem::remove(path);
-}
-
 TEST_F(FileStream, AppendingWritesRecordsWithoutAHeader)
 {
     zuSmallGraph first;

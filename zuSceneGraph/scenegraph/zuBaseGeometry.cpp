@@ -42,15 +42,11 @@ constexpr int BUFFER_REFERENCES_SIZE = 16;
 
 } // namespace
 
-zuBaseGeometry::zuBaseGeometry()
-{
-    updateWorldMatrix();
-}
+zuBaseGeometry::zuBaseGeometry() = default;
 
 zuBaseGeometry::zuBaseGeometry(zuVertexBuffer* vertices, zuIndexBuffer* indices)
     : mVertices(vertices), mIndices(indices)
 {
-    updateWorldMatrix();
     UpdateModelBound();
 }
 
@@ -64,11 +60,6 @@ zuMaterialState* zuBaseGeometry::GetMaterialState() const
 zuTextureState* zuBaseGeometry::GetTextureState() const
 {
     return static_cast<zuTextureState*>(mTextureState.get());
-}
-
-void zuBaseGeometry::updateWorldMatrix()
-{
-    GetWorldTransform().GetHomogeneous(mWorldMatrix);
 }
 
 // ---------------------------------------------------------------------------------------
@@ -156,18 +147,6 @@ uint32_t zuBaseGeometry::setDirtyDown(bool down)
     SetDirtyMask(GetDirtyMask() | bits);
     SetUpdateMask(GetUpdateMask() | bits);
     return GetDirtyMask();
-}
-
-void zuBaseGeometry::UpdateWorldData()
-{
-    zuRenderableSpatial::UpdateWorldData();
-    updateWorldMatrix();
-}
-
-void zuBaseGeometry::UpdateWorldData_Flags()
-{
-    zuRenderableSpatial::UpdateWorldData_Flags();
-    updateWorldMatrix();
 }
 
 void zuBaseGeometry::UpdateWorldBound()
@@ -357,7 +336,6 @@ void zuBaseGeometry::Load(zuBaseStream& stream, zuLink* link)
         stream.ReadLink(link);
     }
     zuBaseGeometryLoad(stream, link);
-    updateWorldMatrix();
 }
 
 void zuBaseGeometry::Link(zuBaseStream& stream, zuLink* link)
@@ -393,7 +371,7 @@ bool zuBaseGeometry::Equals(const zuRttiInterface* other) const
         return false;
     const auto* geometry = static_cast<const zuBaseGeometry*>(other);
     return mModeByte == geometry->mModeByte
-        && std::memcmp(static_cast<const float*>(mWorldMatrix), static_cast<const float*>(geometry->mWorldMatrix),
+        && std::memcmp(static_cast<const float*>(GetWorldMatrix()), static_cast<const float*>(geometry->GetWorldMatrix()),
                        16 * sizeof(float)) == 0
         && mGeometryFlags[0] == geometry->mGeometryFlags[0] && mGeometryFlags[1] == geometry->mGeometryFlags[1];
 }
@@ -407,7 +385,6 @@ bool zuBaseGeometry::Clone(zuRttiInterface*& target) const
     auto* geometry = static_cast<zuBaseGeometry*>(target);
     geometry->mVertices = mVertices;
     geometry->mIndices = mIndices;
-    geometry->mWorldMatrix = mWorldMatrix;
     geometry->mModelBound = mModelBound;
     geometry->mTextureState = mTextureState;
     geometry->mMaterialState = mMaterialState;

@@ -54,7 +54,15 @@ public:
     void SetIndices(zuIndexBuffer* indices) { mIndices = indices; }
     const zuBoundingVolume& GetModelBound() const { return mModelBound; }
     void SetModelBound(const zuBoundingVolume& bound) { mModelBound = bound; }
-    const Wm4::Matrix4<float>& GetWorldMatrix() const { return mWorldMatrix; }
+    // The world transformation in the renderer's layout (GetHomogeneous), made when asked:
+    // the update pass then writes no matrix per leaf, and the matrix never lags behind the
+    // transformation it comes from.
+    Wm4::Matrix4<float> GetWorldMatrix() const
+    {
+        Wm4::Matrix4<float> matrix;
+        GetWorldTransform().GetHomogeneous(matrix);
+        return matrix;
+    }
     zuMaterialState* GetMaterialState() const;
     zuTextureState* GetTextureState() const;
     // A mode byte and two flags (i = 0 or 1; other indices read false and write nothing)
@@ -91,9 +99,6 @@ public:
     // Going down ORs DIRTY_DOWN_BITS into both masks, otherwise DIRTY_UP_BITS; returns the
     // dirty mask.
     uint32_t setDirtyDown(bool down) override;
-    // The world transformation, then the world matrix.
-    void UpdateWorldData() override;
-    void UpdateWorldData_Flags() override;
     // The model bound mapped by the world transformation. An invalid model bound makes the
     // world bound invalid too, so that a leaf whose vertices went away keeps no stale bound.
     void UpdateWorldBound() override;
@@ -147,13 +152,9 @@ protected:
     // References both buffers, then the model bound from the vertices.
     zuBaseGeometry(zuVertexBuffer* vertices, zuIndexBuffer* indices);
 
-    // The world matrix from the current world transformation.
-    void updateWorldMatrix();
-
 private:
     zuPointer<zuVertexBuffer> mVertices;
     zuPointer<zuIndexBuffer> mIndices;
-    Wm4::Matrix4<float> mWorldMatrix;
     zuBoundingVolume mModelBound;
     zuPointer<zuGlobalState> mTextureState;   // a zuTextureState
     zuPointer<zuGlobalState> mMaterialState;  // a zuMaterialState

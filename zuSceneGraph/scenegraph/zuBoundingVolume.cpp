@@ -32,33 +32,9 @@ Wm4::Box3<float> zuBoundingVolume::GetBox() const
                             Wm4::Vector3<float>::UNIT_Z, mExtents[0], mExtents[1], mExtents[2]);
 }
 
-void zuBoundingVolume::setExtents(const Wm4::Vector3<float>& extents)
-{
-    mExtents = extents;
-    updateRadius();
-}
-
-void zuBoundingVolume::setBox(const Wm4::Vector3<float>& center, const Wm4::Vector3<float>& extents)
-{
-    mCenter = center;
-    setExtents(extents);
-}
-
 void zuBoundingVolume::invalidate()
 {
     *this = zuBoundingVolume();
-}
-
-void zuBoundingVolume::updateRadius()
-{
-    for (int i = 0; i < 3; ++i) {
-        if (!(mExtents[i] >= 0.0f) || !std::isfinite(mExtents[i])) {
-            mRadius = -1.0f;
-            return;
-        }
-    }
-    const float length = mExtents.Length();
-    mRadius = std::isfinite(length) ? length : -1.0f;
 }
 
 void zuBoundingVolume::copyFrom(const zuBoundingVolume& bv)

@@ -198,9 +198,16 @@ uint32_t zuNode::setDirtyDown(bool down)
 void zuNode::UpdateWorldData()
 {
     updateWorldTransform();
-    for (int i = 0; i < mChildCount; ++i)
+    // Siblings lie apart in memory and the pass is bound by fetching them: the next
+    // child's lines are asked for while this one is updated.
+    for (int i = 0; i < mChildCount && i < 2; ++i)
+        prefetchObject(mChildren[i].get());
+    for (int i = 0; i < mChildCount; ++i) {
+        if (i + 2 < mChildCount)
+            prefetchObject(mChildren[i + 2].get());
         if (zuSpatial* child = mChildren[i].get())
             child->UpdateGS(false);
+    }
 }
 
 void zuNode::UpdateWorldData_Flags()
