@@ -19,6 +19,8 @@
 #include <zuSceneGraph/states/zuStencilState.h>
 #include <zuSceneGraph/states/zuWireframeState.h>
 #include <zuSceneGraph/states/zuZBufferState.h>
+#include <zuSceneGraph/scenegraph/zuNode.h>
+#include <zuSceneGraph/scenegraph/zuTriMesh.h>
 #include <zuSceneGraph/spatial/zuPicker.h>
 #include <zuSceneGraph/stream/zuCoreSettings.h>
 #include <zuSceneGraph/stream/zuFileStream.h>
@@ -42,6 +44,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <iomanip>
 #include <iterator>
 #include <set>
 #include <sstream>
@@ -450,6 +453,50 @@ TEST_F(ZusgDumpFields, EveryPrintedClassShowsItsPersistedFieldsAndTheListingStay
         for (const std::string& fields : parse(bare.out).fields)
             EXPECT_EQ(fields, "");
     }
+}
+
+// A stream that loads as a whole: references read as the identifiers of their records, and
+// the blocks are read back for their first elements.
+TEST_F(ZusgDumpFields, NodesMeshesAndBuffersShowTransformsBoundsLayoutsAndReferencesAsIdentifiers)
+{
+    zuPointer<zuNode> root = new zuNode;
+    root->SetName("root");
+    zuPointer<zuTriMesh> cube = zusg::W1Assembly::makeCube();
+    zuGenericTransformation<float> local;
+    local.SetTranslate(Wm4::Vector3<float>(1.0f, 2.0f, 3.0f));
+    cube->SetLocalTransform(local);
+    root->attachChild(cube.get());
+    root->UpdateGS();
+    const fs::path path = save("scene.mvk", {root.get()});
+    const RunResult r = dump(path);
+    ASSERT_EQ(r.status, 0) << r.err;
+    const auto id = [](const zuRttiInterface* object) {
+        return "0x" + (std::ostringstream() << std::hex << std::setw(16) << std::setfill('0')
+                                            << reinterpret_cast<uintptr_t>(object)).str();
+    };
+    const Listing listing = parse(r.out);
+    EXPECT_TRUE(has(listing.fieldsOf("zuCore.zuNode"), "metadata 0\nchildren 1: " + id(cube.get()) + "\n"));
+    const std::string placed = "matrix (1 0 0; 0 1 0; 0 0 1), translate (1 2 3), scale (1 1 1)\n";
+    EXPECT_EQ(listing.fieldsOf("zuCore.zuTriMesh"),
+              "name \"\", controllers 0\n"
+              "local: IsIdentity false, IsRSMatrix true, IsUniformScale true, " + placed +
+              "world: IsIdentity false, IsRSMatrix true, IsUniformScale true, " + placed +
+              "culling CULL_DYNAMIC\n"
+              "world bound: radius 0.8660254, extents (0.5 0.5 0.5), centre (1 2 3)\n"
+              "metadata 0\n"
+              "model bound: radius 0.8660254, extents (0.5 0.5 0.5), centre (0 0 0)\n"
+              "states: material null, texture null\n"
+              "geometry flags 2: false false\n"
+              "buffers: vertices " + id(cube->GetVertices()) + ", indices " + id(cube->GetIndices()) + "\n"
+              "triangles 12\n");
+    const std::string vertices = listing.fieldsOf("zuCore.zuVertexBuffer");
+    EXPECT_TRUE(has(vertices, "quantity 24, vertex size 24, data size 576\n"
+                              "layout: stride 24, Position 3 at 0, Normal 3 at 12\n"
+                              "block: bytes 576, file \"" + path.string() + "\", offset "));
+    EXPECT_TRUE(has(vertices, "\npositions 24: (0.5 -0.5 -0.5) (0.5 0.5 -0.5) (0.5 0.5 0.5) (0.5 -0.5 0.5) "
+                              "(-0.5 -0.5 -0.5) (-0.5 -0.5 0.5) (-0.5 0.5 0.5) (-0.5 0.5 -0.5) ...\n"));
+    EXPECT_TRUE(has(listing.fieldsOf("zuCore.zuIndexBuffer"), "quantity 36, type INDEX_32\n"));
+    EXPECT_TRUE(has(listing.fieldsOf("zuCore.zuIndexBuffer"), "indices 36: 0 1 2 0 2 3 4 5 ...\n"));
 }
 
 TEST_F(ZusgDumpFields, ArraysShowTheirQuantityAndTheFirstEightElements)

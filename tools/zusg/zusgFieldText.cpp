@@ -188,7 +188,8 @@ void FieldText::Number(const char* name, double value)
 
 void FieldText::Text(const char* name, const std::string& value)
 {
-    field(name, quotedText(value));
+    // Long enough for the paths of files that hold blocks.
+    field(name, quotedText(value, 256));
 }
 
 void FieldText::Enumerator(const char* name, int value, const char* enumeratorName)
