@@ -183,19 +183,6 @@ Matrix3<Real> Matrix3<Real>::operator-(const Matrix3& m) const
 }
 
 template <class Real>
-Matrix3<Real> Matrix3<Real>::operator*(const Matrix3& m) const
-{
-    Matrix3 product;
-    for (int row = 0; row < 3; ++row) {
-        for (int col = 0; col < 3; ++col) {
-            product.mEntry[3 * row + col] = mEntry[3 * row] * m.mEntry[col] + mEntry[3 * row + 1] * m.mEntry[3 + col] +
-                                            mEntry[3 * row + 2] * m.mEntry[6 + col];
-        }
-    }
-    return product;
-}
-
-template <class Real>
 Matrix3<Real> Matrix3<Real>::operator*(Real s) const
 {
     Matrix3 product;

@@ -62,7 +62,16 @@ public:
 
     Matrix3 operator+(const Matrix3& m) const;
     Matrix3 operator-(const Matrix3& m) const;
-    Matrix3 operator*(const Matrix3& m) const;
+    // Inline: the scene graph's update pass composes one product per object.
+    Matrix3 operator*(const Matrix3& m) const
+    {
+        Matrix3 product;
+        for (int row = 0; row < 3; ++row)
+            for (int col = 0; col < 3; ++col)
+                product.mEntry[3 * row + col] = mEntry[3 * row] * m.mEntry[col] + mEntry[3 * row + 1] * m.mEntry[3 + col]
+                    + mEntry[3 * row + 2] * m.mEntry[6 + col];
+        return product;
+    }
     Matrix3 operator*(Real s) const;
     Matrix3 operator/(Real s) const;
     Matrix3 operator-() const;

@@ -244,22 +244,13 @@ TEST(GenericTransformationProduct, EachBranchComposesInItsOwnForm)
     EXPECT_EQ(result.GetScale(), Vector3(6, 6, 6));
     EXPECT_EQ(result.GetTranslate(), (ra * tb) * 2.0f + Vector3(1, 2, 3));
     EXPECT_EQ(product(a, rs(rb, Vector3(1, 2, 3), tb)).GetScale(), Vector3(2, 4, 6));
-
-    // An axis-aligned non-uniform a takes a uniform b's rotation as is, outside its scale.
+    // An axis-aligned non-uniform a takes a uniform b's rotation as is, outside its scale;
+    // everything else multiplies the linear parts.
     const Transform axisAligned = rs(Matrix3::IDENTITY, Vector3(1, 2, 3), Vector3(10, 20, 30));
-    result = product(axisAligned, rs(QUARTER_Z, Vector3(2, 2, 2), Vector3(1, 1, 1)));
-    EXPECT_EQ(result.GetRotate(), QUARTER_Z);
-    EXPECT_EQ(result.GetScale(), Vector3(2, 4, 6));
-    EXPECT_EQ(result.GetTranslate(), Vector3(11, 22, 33));
-    EXPECT_EQ(product(axisAligned, rs(Matrix3::IDENTITY, Vector3(2, 3, 4))).GetScale(), Vector3(2, 6, 12));
-    // Everything else multiplies the linear parts.
+    EXPECT_EQ(product(axisAligned, rs(QUARTER_Z, Vector3(2, 2, 2))).GetRotate(), QUARTER_Z);
     result = product(axisAligned, rs(QUARTER_Z, Vector3(1, 1, 2), Vector3(1, 1, 1)));
     EXPECT_EQ(result.GetMatrix(), Matrix3(0, -1, 0, 2, 0, 0, 0, 0, 6));
     EXPECT_EQ(result.GetScale(), Vector3::ONE);
-    const Matrix3 m(1, 2, 0, 0, 1, 0, 0, 0, 1);
-    result = product(general(m, Vector3(1, 0, 0)), rs(QUARTER_Z, Vector3(2, 2, 2), Vector3(0, 1, 0)));
-    EXPECT_EQ(result.GetMatrix(), Matrix3(4, -2, 0, 2, 0, 0, 0, 0, 2));
-    EXPECT_EQ(result.GetTranslate(), Vector3(3, 1, 0));
 
     // Either factor may be the result.
     Transform self = a;
@@ -307,17 +298,11 @@ TEST(GenericTransformationInverse, EachBranchInvertsInItsOwnForm)
     const Transform three = rsFlaggedNonUniform(r, Vector3(-2, -2, -2), Vector3(1, 2, 3));
     EXPECT_TRUE(invertsExactly(three, inverse(three)));
 
-    // Different magnitudes: diag(1, 1/2, -1/4)·Rᵀ; a general matrix by the 3x3 inverse, whose
-    // determinant -1 inverts and -2 does not.
+    // Different magnitudes: diag(1, 1/2, -1/4)·Rᵀ (general values by the tolerant 3x3 inverse,
+    // checked on its own).
     out = inverse(rs(QUARTER_Z, Vector3(1, 2, -4), Vector3(1, 2, 3)));
     EXPECT_TRUE(NearM(Matrix3(0, 1, 0, -0.5f, 0, 0, 0, 0, -0.25f), out.GetMatrix()));
     EXPECT_EQ(out.GetScale(), Vector3::ONE);
-    EXPECT_EQ(out.GetTranslate(), Vector3(-2, 0.5f, 0.75f));
-    out = inverse(general(Matrix3(1, 2, 0, 0, 1, 0, 0, 0, 2), Vector3(1, 2, 3)));
-    EXPECT_EQ(out.GetMatrix(), Matrix3(1, -2, 0, 0, 1, 0, 0, 0, 0.5f));
-    EXPECT_EQ(out.GetTranslate(), Vector3(3, -2, -1.5f));
-    EXPECT_TRUE(NearM(Matrix3(0, 1, 0, 1, 0, 0, 0, 0, 1), inverse(general(Matrix3(0, 1, 0, 1, 0, 0, 0, 0, 1))).GetMatrix()));
-    EXPECT_EQ(inverse(general(Matrix3(0, 2, 0, 1, 0, 0, 0, 0, 1))).GetMatrix(), Matrix3::ZERO);
 
     // In place, with a negative uniform scale.
     Transform self = rs(r, Vector3(-2, -2, -2), Vector3(1, 2, 3));

@@ -227,22 +227,6 @@ typename zuGenericTransformation<Real>::Matrix3 zuGenericTransformation<Real>::l
 }
 
 template <class Real>
-typename zuGenericTransformation<Real>::Vector3 zuGenericTransformation<Real>::ApplyForward(const Vector3& input,
-                                                                                             bool withTranslation) const
-{
-    if (isIdentity)
-        return input;
-    Vector3 output;
-    if (isRSMatrix)
-        output = matrix * Vector3(scale[0] * input[0], scale[1] * input[1], scale[2] * input[2]);
-    else
-        output = matrix * input;
-    if (withTranslation)
-        output += translate;
-    return output;
-}
-
-template <class Real>
 void zuGenericTransformation<Real>::ApplyForward(int count, const Vector3* input, Vector3* output,
                                                  bool withTranslation) const
 {
@@ -373,25 +357,34 @@ void zuGenericTransformation<Real>::Product(const zuGenericTransformation& a, co
         return;
     }
 
+    if (a.isRSMatrix && b.isRSMatrix && a.isUniformScale) {
+        // The common case of a scene (rotations and uniform scales), computed into locals
+        // (a or b may be *this) and stored once: it runs once per object of an update pass.
+        const Real as = a.scale[0];
+        const Matrix3 m = a.matrix * b.matrix;
+        const Vector3 t = (a.matrix * b.translate) * as + a.translate;
+        Vector3 s;
+        bool uniform = true;
+        if (b.isUniformScale) {
+            const Real product = as * b.scale[0];
+            s = Vector3(product, product, product);
+        } else {
+            s = b.scale * as;
+            uniform = s[0] == s[1] && s[0] == s[2];
+        }
+        matrix = m;
+        translate = t;
+        scale = s;
+        isIdentity = false;
+        isRSMatrix = true;
+        isUniformScale = uniform;
+        return;
+    }
+
     // Built aside: a or b may be *this.
     zuGenericTransformation result;
     result.isIdentity = false;
     if (a.isRSMatrix && b.isRSMatrix) {
-        if (a.isUniformScale) {
-            const Real as = a.scale[0];
-            result.matrix = a.matrix * b.matrix;
-            result.translate = (a.matrix * b.translate) * as + a.translate;
-            if (b.isUniformScale) {
-                const Real product = as * b.scale[0];
-                result.scale = Vector3(product, product, product);
-                result.isUniformScale = true;
-            } else {
-                result.scale = b.scale * as;
-                result.isUniformScale = result.scale[0] == result.scale[1] && result.scale[0] == result.scale[2];
-            }
-            *this = result;
-            return;
-        }
         // An axis-aligned non-uniform scale composes with b's rotation by the shortcut
         // rotation = b.R, scale = a.S·b.s, which leaves b's rotation outside a's scale (the
         // exact product is S_a·R_b). Scenes rely on this composition; it is kept as is.

@@ -59,7 +59,16 @@ public:
     Real GetUniformScale() const { return scale.X(); }
 
     // Y = R·(S⊙X) (+T), or M·X (+T). Without the translation it maps directions.
-    Vector3 ApplyForward(const Vector3& input, bool withTranslation = true) const;
+    Vector3 ApplyForward(const Vector3& input, bool withTranslation = true) const
+    {
+        if (isIdentity)
+            return input;
+        Vector3 output = isRSMatrix ? matrix * Vector3(scale[0] * input[0], scale[1] * input[1], scale[2] * input[2])
+                                    : matrix * input;
+        if (withTranslation)
+            output += translate;
+        return output;
+    }
     // The same for `count` points; `output` may be `input` itself.
     void ApplyForward(int count, const Vector3* input, Vector3* output, bool withTranslation = true) const;
     // X with Y = ApplyForward(X). A uniform scale of exactly 0 gives MAX_REAL in every

@@ -1,6 +1,7 @@
 #include <zuSceneGraph/scenegraph/zuBaseGeometry.h>
 
 #include <zuSceneGraph/culling/zuCuller.h>
+#include <zuSceneGraph/objects/zuFieldVisitor.h>
 #include <zuSceneGraph/scenegraph/zuLegacyBoxBV.h>
 #include <zuSceneGraph/scenegraph/zuRttiCustomBaseGeometryInformation.h>
 #include <zuSceneGraph/states/zuMaterialState.h>
@@ -42,15 +43,11 @@ constexpr int BUFFER_REFERENCES_SIZE = 16;
 
 } // namespace
 
-zuBaseGeometry::zuBaseGeometry()
-{
-    updateWorldMatrix();
-}
+zuBaseGeometry::zuBaseGeometry() = default;
 
 zuBaseGeometry::zuBaseGeometry(zuVertexBuffer* vertices, zuIndexBuffer* indices)
     : mVertices(vertices), mIndices(indices)
 {
-    updateWorldMatrix();
     UpdateModelBound();
 }
 
@@ -64,11 +61,6 @@ zuMaterialState* zuBaseGeometry::GetMaterialState() const
 zuTextureState* zuBaseGeometry::GetTextureState() const
 {
     return static_cast<zuTextureState*>(mTextureState.get());
-}
-
-void zuBaseGeometry::updateWorldMatrix()
-{
-    GetWorldTransform().GetHomogeneous(mWorldMatrix);
 }
 
 // ---------------------------------------------------------------------------------------
@@ -156,18 +148,6 @@ uint32_t zuBaseGeometry::setDirtyDown(bool down)
     SetDirtyMask(GetDirtyMask() | bits);
     SetUpdateMask(GetUpdateMask() | bits);
     return GetDirtyMask();
-}
-
-void zuBaseGeometry::UpdateWorldData()
-{
-    zuRenderableSpatial::UpdateWorldData();
-    updateWorldMatrix();
-}
-
-void zuBaseGeometry::UpdateWorldData_Flags()
-{
-    zuRenderableSpatial::UpdateWorldData_Flags();
-    updateWorldMatrix();
 }
 
 void zuBaseGeometry::UpdateWorldBound()
@@ -357,7 +337,6 @@ void zuBaseGeometry::Load(zuBaseStream& stream, zuLink* link)
         stream.ReadLink(link);
     }
     zuBaseGeometryLoad(stream, link);
-    updateWorldMatrix();
 }
 
 void zuBaseGeometry::Link(zuBaseStream& stream, zuLink* link)
@@ -393,7 +372,7 @@ bool zuBaseGeometry::Equals(const zuRttiInterface* other) const
         return false;
     const auto* geometry = static_cast<const zuBaseGeometry*>(other);
     return mModeByte == geometry->mModeByte
-        && std::memcmp(static_cast<const float*>(mWorldMatrix), static_cast<const float*>(geometry->mWorldMatrix),
+        && std::memcmp(static_cast<const float*>(GetWorldMatrix()), static_cast<const float*>(geometry->GetWorldMatrix()),
                        16 * sizeof(float)) == 0
         && mGeometryFlags[0] == geometry->mGeometryFlags[0] && mGeometryFlags[1] == geometry->mGeometryFlags[1];
 }
@@ -407,7 +386,6 @@ bool zuBaseGeometry::Clone(zuRttiInterface*& target) const
     auto* geometry = static_cast<zuBaseGeometry*>(target);
     geometry->mVertices = mVertices;
     geometry->mIndices = mIndices;
-    geometry->mWorldMatrix = mWorldMatrix;
     geometry->mModelBound = mModelBound;
     geometry->mTextureState = mTextureState;
     geometry->mMaterialState = mMaterialState;
@@ -416,6 +394,22 @@ bool zuBaseGeometry::Clone(zuRttiInterface*& target) const
     geometry->mGeometryFlags[1] = mGeometryFlags[1];
     geometry->updateObjectDescription();
     return true;
+}
+
+void zuBaseGeometry::DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor)
+{
+    zuRenderableSpatial::DescribeFields(object, visitor);
+    const auto& geometry = static_cast<const zuBaseGeometry&>(object);
+    geometry.mModelBound.DescribeFields("model bound", visitor);
+    visitor.BeginGroup("states");
+    visitor.Reference("material", geometry.mMaterialState.get());
+    visitor.Reference("texture", geometry.mTextureState.get());
+    visitor.EndGroup();
+    visitor.List("geometry flags", 2, [&](int64_t i) { visitor.Flag(nullptr, geometry.mGeometryFlags[i]); });
+    visitor.BeginGroup("buffers");
+    visitor.Reference("vertices", geometry.mVertices.get());
+    visitor.Reference("indices", geometry.mIndices.get());
+    visitor.EndGroup();
 }
 
 } // namespace zu

@@ -37,6 +37,8 @@ class zuTextureState;
 class zuBaseGeometry : public zuRenderableSpatial {
 public:
     static const zuRtti TYPE;
+    // The model bound, the states, the two flags and the buffers.
+    static void DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor);
 
     // Bits that a leaf reports from setDirtyDown: going down, its bound (0x40) and 0x2000;
     // otherwise its world data (0x01) and 0x08.
@@ -54,7 +56,15 @@ public:
     void SetIndices(zuIndexBuffer* indices) { mIndices = indices; }
     const zuBoundingVolume& GetModelBound() const { return mModelBound; }
     void SetModelBound(const zuBoundingVolume& bound) { mModelBound = bound; }
-    const Wm4::Matrix4<float>& GetWorldMatrix() const { return mWorldMatrix; }
+    // The world transformation in the renderer's layout (GetHomogeneous), made when asked:
+    // the update pass then writes no matrix per leaf, and the matrix never lags behind the
+    // transformation it comes from.
+    Wm4::Matrix4<float> GetWorldMatrix() const
+    {
+        Wm4::Matrix4<float> matrix;
+        GetWorldTransform().GetHomogeneous(matrix);
+        return matrix;
+    }
     zuMaterialState* GetMaterialState() const;
     zuTextureState* GetTextureState() const;
     // A mode byte and two flags (i = 0 or 1; other indices read false and write nothing)
@@ -91,9 +101,6 @@ public:
     // Going down ORs DIRTY_DOWN_BITS into both masks, otherwise DIRTY_UP_BITS; returns the
     // dirty mask.
     uint32_t setDirtyDown(bool down) override;
-    // The world transformation, then the world matrix.
-    void UpdateWorldData() override;
-    void UpdateWorldData_Flags() override;
     // The model bound mapped by the world transformation. An invalid model bound makes the
     // world bound invalid too, so that a leaf whose vertices went away keeps no stale bound.
     void UpdateWorldBound() override;
@@ -147,13 +154,9 @@ protected:
     // References both buffers, then the model bound from the vertices.
     zuBaseGeometry(zuVertexBuffer* vertices, zuIndexBuffer* indices);
 
-    // The world matrix from the current world transformation.
-    void updateWorldMatrix();
-
 private:
     zuPointer<zuVertexBuffer> mVertices;
     zuPointer<zuIndexBuffer> mIndices;
-    Wm4::Matrix4<float> mWorldMatrix;
     zuBoundingVolume mModelBound;
     zuPointer<zuGlobalState> mTextureState;   // a zuTextureState
     zuPointer<zuGlobalState> mMaterialState;  // a zuMaterialState

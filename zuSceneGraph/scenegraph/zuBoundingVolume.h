@@ -5,9 +5,13 @@
 #include <Wm4/Wm4Plane3.h>
 #include <Wm4/Wm4Vector3.h>
 
+#include <cmath>
+#include <limits>
+
 namespace zu {
 
 class zuBaseStream;
+class zuFieldVisitor;
 class zuLegacyBoundingVolume;
 class zuVertexBuffer;
 template <class T> class zuGenericTransformation;
@@ -43,9 +47,17 @@ public:
 
     void setCenter(const Wm4::Vector3<float>& center) { mCenter = center; }
     // The radius follows the extents.
-    void setExtents(const Wm4::Vector3<float>& extents);
+    void setExtents(const Wm4::Vector3<float>& extents)
+    {
+        mExtents = extents;
+        updateRadius();
+    }
     // setCenter and setExtents at once.
-    void setBox(const Wm4::Vector3<float>& center, const Wm4::Vector3<float>& extents);
+    void setBox(const Wm4::Vector3<float>& center, const Wm4::Vector3<float>& extents)
+    {
+        mCenter = center;
+        setExtents(extents);
+    }
     // Back to the default, invalid bound.
     void invalidate();
 
@@ -115,6 +127,9 @@ public:
     // legacy box record (`isBox`) and 17 for a sphere record.
     int getDiskUsed(const zuBaseStream& stream, bool isBox) const;
 
+    // Reports the radius, the extents and the centre as the group `name`.
+    void DescribeFields(const char* name, zuFieldVisitor& visitor) const;
+
     // The fields bit for bit.
     bool operator==(const zuBoundingVolume& other) const
     {
@@ -123,7 +138,20 @@ public:
     bool operator!=(const zuBoundingVolume& other) const { return !(*this == other); }
 
 private:
-    void updateRadius();
+    // The sphere through the box corners; -1 (invalid) for a negative or non-finite extent
+    // or length. Inline: the update pass sets a bound per object.
+    void updateRadius()
+    {
+        const float x = mExtents[0], y = mExtents[1], z = mExtents[2];
+        // Written so that a NaN fails every comparison.
+        const float largest = std::numeric_limits<float>::max();
+        if (!(x >= 0.0f && y >= 0.0f && z >= 0.0f && x <= largest && y <= largest && z <= largest)) {
+            mRadius = -1.0f;
+            return;
+        }
+        const float length = std::sqrt(x * x + y * y + z * z);
+        mRadius = length <= largest ? length : -1.0f;
+    }
 
     float mRadius = -1.0f;
     Wm4::Vector3<float> mExtents{-1.0f, -1.0f, -1.0f};

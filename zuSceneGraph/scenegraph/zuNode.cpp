@@ -1,6 +1,7 @@
 #include <zuSceneGraph/scenegraph/zuNode.h>
 
 #include <zuSceneGraph/culling/zuCuller.h>
+#include <zuSceneGraph/objects/zuFieldVisitor.h>
 
 #include <algorithm>
 #include <unordered_map>
@@ -198,9 +199,16 @@ uint32_t zuNode::setDirtyDown(bool down)
 void zuNode::UpdateWorldData()
 {
     updateWorldTransform();
-    for (int i = 0; i < mChildCount; ++i)
+    // Siblings lie apart in memory and the pass is bound by fetching them: the next
+    // child's lines are asked for while this one is updated.
+    for (int i = 0; i < mChildCount && i < 2; ++i)
+        prefetchObject(mChildren[i].get());
+    for (int i = 0; i < mChildCount; ++i) {
+        if (i + 2 < mChildCount)
+            prefetchObject(mChildren[i + 2].get());
         if (zuSpatial* child = mChildren[i].get())
             child->UpdateGS(false);
+    }
 }
 
 void zuNode::UpdateWorldData_Flags()
@@ -558,6 +566,13 @@ bool zuNode::Clone(zuRttiInterface*& target) const
     if (!target)
         target = new zuNode;
     return target->IsDerived(TYPE) && zuSpatial::Clone(target);
+}
+
+void zuNode::DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor)
+{
+    zuSpatial::DescribeFields(object, visitor);
+    const auto& node = static_cast<const zuNode&>(object);
+    visitor.References("children", node.mChildCount, [&](int64_t i) { return node.getChild(static_cast<int>(i)); });
 }
 
 } // namespace zu
