@@ -312,41 +312,6 @@ protected:
 };
 
 // ---------------------------------------------------------------------------------------
-// Command line and version
-
-using ZusgCommandLine = Zusg;
-
-TEST_F(ZusgCommandLine, UsageErrorsHaveStatus2HelpGoesToStandardOutputAndVersionPrintsTheTexts)
-{
-    const struct {
-        std::vector<std::string> arguments;
-        std::vector<std::string> errTexts;
-    } usageErrors[] = {
-        {{}, {"usage: zusg COMMAND", "zusg dump [--no-fields] FILE", "zusg version"}},
-        {{"frobnicate"}, {"unknown command 'frobnicate'"}},
-        {{"dump"}, {}},
-        {{"dump", "a.mvk", "b.mvk"}, {"zusg dump [--no-fields] FILE"}},
-        {{"version", "extra"}, {}},
-        {{"dump", "--no-fields"}, {}},
-        {{"dump", "--fields-please", "a.mvk"}, {}},
-    };
-    for (const auto& c : usageErrors) {
-        const RunResult r = run(c.arguments);
-        EXPECT_EQ(r.status, 2) << c.arguments.size();
-        for (const std::string& text : c.errTexts)
-            EXPECT_TRUE(has(r.err, text));
-    }
-    const RunResult help = run({"--help"});
-    EXPECT_EQ(help.status, 0);
-    EXPECT_TRUE(has(help.out, "usage: zusg COMMAND"));
-
-    const RunResult r = run({"version"});
-    EXPECT_EQ(r.status, 0);
-    EXPECT_TRUE(has(r.out, "zuSceneGraph 3.0.0.17 2022-7\n"));
-    EXPECT_TRUE(has(r.out, "default output stream version  6.32\n"));
-}
-
-// ---------------------------------------------------------------------------------------
 // dump of 6.x streams
 
 using ZusgDump = Zusg;
