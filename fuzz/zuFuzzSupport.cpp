@@ -147,6 +147,15 @@ void updateAndCull(const Objects& objects)
         culler.ComputeVisibleSet(spatial, nullptr, false);
         culler.ComputeVisibleSet(spatial, zuLODNode::GetBasePolicy(), true);
     }
+    // Copying and comparing walk whole trees too (no check of the result: a NaN read from
+    // the file makes a copy unequal).
+    for (const auto& object : objects) {
+        zuRttiInterface* copy = nullptr;
+        if (object && object->Clone(copy)) {
+            const zuPointer<zuRttiInterface> held(copy);
+            (void)object->Equals(copy);
+        }
+    }
 }
 
 void readBlocksBack(const Objects& objects)

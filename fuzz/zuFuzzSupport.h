@@ -40,7 +40,8 @@ private:
 std::string writeFile(const std::string& name, const uint8_t* data, size_t size);
 
 // Runs the update pass and two culls (with and without the level-of-detail policy) from
-// every spatial object of `objects` that has no parent.
+// every spatial object of `objects` that has no parent, then copies every object and
+// compares it with its copy.
 void updateAndCull(const Objects& objects);
 
 // Reads back, through the synchronous renderer interface, every block left in its file by
