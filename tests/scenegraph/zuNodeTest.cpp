@@ -9,8 +9,6 @@
 
 #include <gtest/gtest.h>
 
-#include <pthread.h>
-
 namespace zu::test {
 namespace {
 
@@ -272,12 +270,6 @@ TEST_F(Node, LookUpsSearchThisNodeThenTheChildrenDepthFirst)
     EXPECT_EQ(t.c[2]->GetObjectByID(leaf->GetID()), nullptr);
 }
 
-void* releaseOnSmallStack(void* holder)
-{
-    static_cast<zuPointer<zuNode>*>(holder)->operator=(nullptr);
-    return nullptr;
-}
-
 TEST_F(Node, ADeepChainIsFreedWithoutRecursingPerLevelAndLeavesNoDanglingParent)
 {
     // Freed on a thread with a 64 KiB stack: one destructor frame per level would need
@@ -291,13 +283,7 @@ TEST_F(Node, ADeepChainIsFreedWithoutRecursingPerLevelAndLeavesNoDanglingParent)
         bottom = next;
     }
     bottom->attachChild(leaf);
-    pthread_attr_t attributes;
-    pthread_attr_init(&attributes);
-    pthread_attr_setstacksize(&attributes, 64 * 1024);
-    pthread_t thread;
-    ASSERT_EQ(pthread_create(&thread, &attributes, releaseOnSmallStack, &root), 0);
-    pthread_join(thread, nullptr);
-    pthread_attr_destroy(&attributes);
+    runOnStack(64 * 1024, [&root] { root = nullptr; });
     EXPECT_EQ(root.get(), nullptr);
     // Its node is gone: the whole chain was freed, and the leaf knows.
     EXPECT_EQ(leaf->GetParent(), nullptr);
