@@ -181,15 +181,13 @@ protected:
     zuSpatial();
 
     // Asks the cache for the lines of `object` that the update pass reads (a hint: null
-    // is allowed and nothing faults).
+    // is allowed and nothing faults). The addresses are made as integers: offsetting a null
+    // pointer would be undefined even though a prefetch never dereferences it.
     static void prefetchObject(const zuSpatial* object)
     {
-        const char* bytes = reinterpret_cast<const char*>(object);
-        __builtin_prefetch(bytes);
-        __builtin_prefetch(bytes + 64);
-        __builtin_prefetch(bytes + 128);
-        __builtin_prefetch(bytes + 192);
-        __builtin_prefetch(bytes + 256);
+        const uintptr_t address = reinterpret_cast<uintptr_t>(object);
+        for (uintptr_t line = 0; line < 320; line += 64)
+            __builtin_prefetch(reinterpret_cast<const void*>(address + line));
     }
 
     // The world transformation from the parent's and the local one, unless this object is
