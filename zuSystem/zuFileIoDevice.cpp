@@ -3,6 +3,9 @@
 #include <sys/stat.h>
 #include <sys/types.h>
 
+#include <cerrno>
+#include <cstring>
+
 namespace zu {
 
 zuFileIoDevice::zuFileIoDevice(const std::string& pathUtf8, OpenMode mode)
@@ -26,16 +29,19 @@ bool zuFileIoDevice::open(const std::string& pathUtf8, OpenMode mode)
     case ReadWrite: modeText = "r+b"; break;
     case Append: modeText = "ab"; break;
     }
+    mSystemError = 0;
     mFile = fopen64(pathUtf8.c_str(), modeText);
     if (!mFile) {
-        setError();
+        failWithSystemError();
         return false;
     }
     clearError();
     // Where an appending stream starts is left to the C library; pos() should tell the end.
     if (mode == Append && fseeko(mFile, 0, SEEK_END) != 0) {
+        failWithSystemError();
+        const int reason = mSystemError;
         close();
-        setError();
+        mSystemError = reason;
         return false;
     }
     return true;
@@ -46,7 +52,7 @@ void zuFileIoDevice::close()
     if (!mFile)
         return;
     if (std::fclose(mFile) != 0)
-        setError();
+        failWithSystemError();
     mFile = nullptr;
     mLastOperation = NoOperation;
 }
@@ -69,8 +75,8 @@ int64_t zuFileIoDevice::read(void* destination, int64_t size)
         return 0;
     const size_t done = std::fread(destination, 1, static_cast<size_t>(size), mFile);
     if (done < static_cast<size_t>(size) && std::ferror(mFile)) {
+        failWithSystemError();
         std::clearerr(mFile);
-        setError();
         return done > 0 ? static_cast<int64_t>(done) : -1;
     }
     return static_cast<int64_t>(done);
@@ -86,8 +92,8 @@ int64_t zuFileIoDevice::write(const void* source, int64_t size)
         return 0;
     const size_t done = std::fwrite(source, 1, static_cast<size_t>(size), mFile);
     if (done < static_cast<size_t>(size)) {
+        failWithSystemError();
         std::clearerr(mFile);
-        setError();
         return done > 0 ? static_cast<int64_t>(done) : -1;
     }
     return static_cast<int64_t>(done);
@@ -101,7 +107,7 @@ bool zuFileIoDevice::seek(int64_t offset, SeekOrigin origin)
     }
     const int whence = origin == SeekCur ? SEEK_CUR : origin == SeekEnd ? SEEK_END : SEEK_SET;
     if (fseeko(mFile, static_cast<off_t>(offset), whence) != 0) {
-        setError();
+        failWithSystemError();
         return false;
     }
     // A seek is the positioning call that lets the next operation be of either kind.
@@ -131,11 +137,31 @@ int64_t zuFileIoDevice::size() const
 
 bool zuFileIoDevice::flush()
 {
-    if (!mFile || std::fflush(mFile) != 0) {
+    if (!mFile) {
         setError();
         return false;
     }
+    if (std::fflush(mFile) != 0) {
+        failWithSystemError();
+        return false;
+    }
     return true;
+}
+
+void zuFileIoDevice::failWithSystemError()
+{
+    mSystemError = errno;
+    setError();
+}
+
+std::string zuFileIoDevice::systemErrorText() const
+{
+    return mSystemError != 0 ? std::strerror(mSystemError) : std::string();
+}
+
+std::string zuFileIoDevice::withSystemReason(std::string message) const
+{
+    return mSystemError != 0 ? message.append(": ").append(std::strerror(mSystemError)) : message;
 }
 
 } // namespace zu

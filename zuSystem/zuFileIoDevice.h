@@ -30,6 +30,11 @@ public:
     // Sets the error state when the buffered data cannot be written out.
     void close();
     const std::string& path() const { return mPath; }
+    // The system's reason for the last failed call (strerror of its errno), such as "No such
+    // file or directory"; empty while no call has failed for a reason the system gave.
+    std::string systemErrorText() const;
+    // `message`, followed by ": " and the system's reason when there is one.
+    std::string withSystemReason(std::string message) const;
 
     int64_t read(void* destination, int64_t size) override;
     int64_t write(const void* source, int64_t size) override;
@@ -43,10 +48,13 @@ private:
     // A stream opened for update needs a positioning call between a read and a write.
     enum LastOperation { NoOperation, Reading, Writing };
     bool prepare(LastOperation next);
+    // Sets the error state and keeps the errno of the call that just failed.
+    void failWithSystemError();
 
     std::FILE* mFile = nullptr;
     std::string mPath;
     LastOperation mLastOperation = NoOperation;
+    int mSystemError = 0;
 };
 
 } // namespace zu

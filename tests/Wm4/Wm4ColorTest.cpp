@@ -8,21 +8,6 @@
 using Wm4::ColorRGB;
 using Wm4::ColorRGBA;
 
-TEST(ColorTest, ClampToTheUnitRange)
-{
-    ColorRGB rgb(-0.5f, 0.25f, 1.5f);
-    rgb.Clamp();
-    EXPECT_EQ(ColorRGB(0.0f, 0.25f, 1.0f), rgb);
-
-    // Alpha is clamped like the other channels.
-    ColorRGBA rgba(2.0f, -1.0f, 0.5f, 1.25f);
-    rgba.Clamp();
-    EXPECT_EQ(ColorRGBA(1.0f, 0.0f, 0.5f, 1.0f), rgba);
-    ColorRGBA invalid = ColorRGBA::INVALID;
-    invalid.Clamp();
-    EXPECT_EQ(ColorRGBA(0.0f, 0.0f, 0.0f, 0.0f), invalid);
-}
-
 TEST(ColorTest, EqualityAndOrdering)
 {
     EXPECT_NE(ColorRGB(0.0f, 0.0f, 0.0f), ColorRGB(0.0f, 0.0f, -0.0f));

@@ -1,11 +1,10 @@
 #pragma once
 
-// Independent references for the geometry queries: boxes and frustums as
-// lists of half-spaces, and a clip of a parametric segment against them, so
+// Independent references for the geometry queries: boxes as lists of
+// half-spaces, and a clip of a parametric segment against them, so
 // that the separating-axis answers can be checked against plain clipping.
 
 #include <Wm4/Wm4Box3.h>
-#include <Wm4/Wm4Frustum3.h>
 #include <Wm4/Wm4Matrix3.h>
 #include <Wm4/Wm4Plane3.h>
 #include <Wm4/Wm4Quaternion.h>
@@ -71,29 +70,6 @@ std::array<Wm4::Plane3<Real>, 6> BoxHalfspaces(const Wm4::Box3<Real>& box)
     return planes;
 }
 
-// Near, far, then the side planes; each normal points into the frustum.
-template <class Real>
-std::array<Wm4::Plane3<Real>, 6> FrustumHalfspaces(const Wm4::Frustum3<Real>& f)
-{
-    const Wm4::Vector3<Real>&E = f.Origin, &D = f.DVector, &U = f.UVector, &R = f.RVector;
-    std::array<Wm4::Vector3<Real>, 6> normals = {
-        D,
-        -D,
-        D * f.RBound - R * f.DMin,
-        D * f.RBound + R * f.DMin,
-        D * f.UBound - U * f.DMin,
-        D * f.UBound + U * f.DMin,
-    };
-    std::array<Wm4::Plane3<Real>, 6> planes;
-    for (int i = 0; i < 6; ++i) {
-        normals[i].Normalize();
-        planes[i] = Wm4::Plane3<Real>(normals[i], E);
-    }
-    planes[0].Constant += f.DMin;
-    planes[1].Constant -= f.DMax;
-    return planes;
-}
-
 // Whether origin + t direction, t in [t0, t1], has a point in every
 // half-space (Cyrus-Beck clipping). Touching counts.
 template <class Real, std::size_t N>
@@ -123,7 +99,7 @@ bool ClipMeets(const Wm4::Vector3<Real>& origin, const Wm4::Vector3<Real>& direc
 }
 
 // The twelve edges of a hexahedron whose corners are numbered like those of
-// Box3::ComputeVertices and Frustum3::ComputeVertices.
+// Box3::ComputeVertices.
 inline constexpr int kHexEdges[12][2] = {{0, 1}, {1, 2}, {2, 3}, {3, 0}, {4, 5}, {5, 6},
                                         {6, 7}, {7, 4}, {0, 4}, {1, 5}, {2, 6}, {3, 7}};
 

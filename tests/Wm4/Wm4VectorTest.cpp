@@ -52,37 +52,6 @@ TYPED_TEST(VectorTest, CrossIsRightHanded)
     // Not EXPECT_EQ: == compares bits, and -UNIT_Y holds two negative zeros.
     EXPECT_TRUE(NearV(-Vector3<R>::UNIT_Y, Vector3<R>::UNIT_X.Cross(Vector3<R>::UNIT_Z)));
     EXPECT_TRUE(NearV(Vector3<R>::UNIT_Z, Vector3<R>(3, 0, 0).UnitCross(Vector3<R>(2, 5, 0))));
-
-    // The 2D analogues: Perp turns clockwise, DotPerp is the z of the cross product.
-    EXPECT_EQ(Vector2<R>(2, -1), Vector2<R>(1, 2).Perp());
-    EXPECT_EQ(R(1), Vector2<R>::UNIT_X.DotPerp(Vector2<R>::UNIT_Y));
-}
-
-TYPED_TEST(VectorTest, GenerateOrthonormalBasisIsRightHanded)
-{
-    using R = TypeParam;
-    Vector3<R> unitW[] = {Vector3<R>::UNIT_X, Vector3<R>::UNIT_Y, Vector3<R>::UNIT_Z, -Vector3<R>::UNIT_X,
-                          Vector3<R>(1, 2, -3), Vector3<R>(-0.1, 5, 0.2), Vector3<R>(0, 0, -1)};
-    for (Vector3<R> w : unitW) {
-        w.Normalize();
-        Vector3<R> u, v;
-        Vector3<R>::GenerateOrthonormalBasis(u, v, w);
-        EXPECT_NEAR(R(1), u.Length(), Tolerance<R>());
-        EXPECT_NEAR(R(1), v.Length(), Tolerance<R>());
-        EXPECT_NEAR(R(0), u.Dot(v), Tolerance<R>());
-        EXPECT_NEAR(R(0), u.Dot(w), Tolerance<R>());
-        EXPECT_TRUE(NearV(w, u.Cross(v)));
-    }
-}
-
-TYPED_TEST(VectorTest, OrthonormalizeKeepsTheFirstDirection)
-{
-    using R = TypeParam;
-    Vector3<R> u(2, 0, 0), v(1, 1, 0), w(1, 1, 1);
-    Vector3<R>::Orthonormalize(u, v, w);
-    EXPECT_TRUE(NearV(Vector3<R>::UNIT_X, u));
-    EXPECT_TRUE(NearV(Vector3<R>::UNIT_Y, v));
-    EXPECT_TRUE(NearV(Vector3<R>::UNIT_Z, w));
 }
 
 TYPED_TEST(VectorTest, EqualityIsBitwiseAndOrderIsLexicographic)

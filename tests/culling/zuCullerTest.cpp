@@ -88,30 +88,38 @@ TEST_F(Culler, FrustumPlanesBoundTheViewVolumeOfEitherProjection)
     }
 }
 
-TEST_F(Culler, TheBoundTestVisitsPlanesFromTheLastToTheFirst)
+TEST_F(Culler, TheBoundAndPointTestsVisitPlanesFromTheLastToTheFirst)
 {
     zuCuller culler;
     culler.SetCamera(mCamera);
-
-    // Fully inside: every frustum bit is cleared, the unused bits stay.
-    EXPECT_TRUE(culler.IsVisible(zuBoundingVolume(Vec(50, 0, 0), Vec(1, 1, 1))));
-    EXPECT_EQ(culler.GetPlaneState(), ~0x3Fu);
-
-    // Straddling the far plane only: its bit stays.
-    culler.SetPlaneState(~0u);
-    EXPECT_TRUE(culler.IsVisible(zuBoundingVolume(Vec(100, 0, 0), Vec(1, 1, 1))));
-    EXPECT_EQ(culler.GetPlaneState(), ~0x3Du);
-
-    // Between the eye and the near plane: inside planes 5 to 1, which are cleared on the
-    // way, then outside plane 0, whose bit is left.
-    culler.SetPlaneState(~0u);
-    EXPECT_FALSE(culler.IsVisible(zuBoundingVolume(Vec(0.5f, 0, 0), Vec(0.1f, 0.1f, 0.1f))));
-    EXPECT_EQ(culler.GetPlaneState(), ~0x3Eu);
-
-    // A cleared bit is not tested again: outside the far plane, but its bit is clear.
-    culler.SetPlaneState(~0x02u);
-    EXPECT_TRUE(culler.IsVisible(zuBoundingVolume(Vec(200, 0, 0), Vec(1, 1, 1))));
-
+    const Vec POINT(-1, -1, -1);  // extents that make the row a point test
+    const struct {
+        const char* what;
+        unsigned stateIn;
+        Vec center, extents;
+        bool visible;
+        unsigned stateOut;
+    } rows[] = {
+        // Fully inside: every frustum bit is cleared, the unused bits stay.
+        {"inside", ~0u, Vec(50, 0, 0), Vec(1, 1, 1), true, ~0x3Fu},
+        {"straddling the far plane only", ~0u, Vec(100, 0, 0), Vec(1, 1, 1), true, ~0x3Du},
+        // Between the eye and the near plane: planes 5 to 1 are cleared on the way, then
+        // plane 0 keeps its bit.
+        {"before the near plane", ~0u, Vec(0.5f, 0, 0), Vec(0.1f, 0.1f, 0.1f), false, ~0x3Eu},
+        {"beyond the far plane, its bit clear", ~0x02u, Vec(200, 0, 0), Vec(1, 1, 1), true, ~0x3Fu},
+        {"point inside", ~0u, Vec(50, 0, 0), POINT, true, ~0x3Fu},
+        {"point on the far plane keeps its bit", ~0u, Vec(100, 0, 0), POINT, true, ~0x3Du},
+        {"point beyond it, after the side planes", ~0u, Vec(100.5f, 0, 0), POINT, false, ~0x3Cu},
+        {"point above the top plane, its bit clear", ~0x3Cu, Vec(10, 0, 11), POINT, true, ~0x3Fu},
+        {"point above the top plane, after the right and left ones", ~0u, Vec(10, 0, 11), POINT, false, ~0x30u},
+    };
+    for (const auto& row : rows) {
+        culler.SetPlaneState(row.stateIn);
+        const bool point = row.extents == POINT;
+        EXPECT_EQ(point ? culler.IsVisible(row.center) : culler.IsVisible(zuBoundingVolume(row.center, row.extents)),
+                  row.visible) << row.what;
+        EXPECT_EQ(culler.GetPlaneState(), row.stateOut) << row.what;
+    }
     // An invalid bound straddles every plane.
     culler.SetPlaneState(~0u);
     EXPECT_TRUE(culler.IsVisible(zuBoundingVolume()));
@@ -122,24 +130,6 @@ TEST_F(Culler, TheBoundTestVisitsPlanesFromTheLastToTheFirst)
     EXPECT_FALSE(culler.isVisibleNoHierachy(zuBoundingVolume(Vec(200, 0, 0), Vec(1, 1, 1))));
     EXPECT_TRUE(culler.isVisibleNoHierachy(zuBoundingVolume(Vec(100, 0, 0), Vec(1, 1, 1))));
     EXPECT_EQ(culler.GetPlaneState(), 0u);
-}
-
-TEST_F(Culler, PointTests)
-{
-    zuCuller culler;
-    culler.SetCamera(mCamera);
-
-    EXPECT_TRUE(culler.IsVisible(Vec(50, 0, 0)));
-    EXPECT_EQ(culler.GetPlaneState(), ~0x3Fu);
-    culler.SetPlaneState(~0u);
-    EXPECT_TRUE(culler.IsVisible(Vec(100, 0, 0))) << "on the far plane";
-    EXPECT_EQ(culler.GetPlaneState(), ~0x3Du) << "a point on a plane keeps its bit";
-    culler.SetPlaneState(~0u);
-    EXPECT_FALSE(culler.IsVisible(Vec(100.5f, 0, 0)));
-    EXPECT_EQ(culler.GetPlaneState(), ~0x3Cu) << "the side planes were passed before the far one";
-    EXPECT_TRUE(culler.IsVisible(Vec(10, 0, 11))) << "above the top plane, whose bit is clear";
-    culler.SetPlaneState(~0u);
-    EXPECT_FALSE(culler.IsVisible(Vec(10, 0, 11)));
 
     // A point set is invisible when every point lies outside one and the same plane.
     culler.SetPlaneState(0x12345678);

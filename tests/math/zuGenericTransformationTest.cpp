@@ -337,36 +337,23 @@ TEST(GenericTransformationHomogeneous, RotationScaleAndMirrorAreSplitApart)
 
 TEST(GenericTransformationHomogeneous, TolerancesAndGeneralMatrices)
 {
-    // A translation below 0.001 and a diagonal within the tolerance of 1 are dropped.
-    Transform t;
-    Matrix4 h = Matrix4::IDENTITY;
-    h[0][3] = 0.0005f;
-    t.FromHomogeneousMatrix(h, false);
-    EXPECT_EQ(t, Transform());
-    h[0][3] = 0.002f;
-    t.FromHomogeneousMatrix(h, false);
-    EXPECT_TRUE(hasFlags(t, {false, true, true}));
-    EXPECT_EQ(t.GetTranslate(), Vector3(0.002f, 0, 0));
-    // The same entry is not a translation in the transposed layout.
-    t.FromHomogeneousMatrix(h, true);
-    EXPECT_EQ(t.GetTranslate(), Vector3::ZERO);
-    h = Matrix4::IDENTITY;
-    h[1][1] = 1.0000005f;
-    t.FromHomogeneousMatrix(h, false);
-    EXPECT_EQ(t, Transform());
-
-    // The off-diagonal test is signed: columns within the orthonormality tolerance, only
-    // the sign of the small entry differs.
-    h = Matrix4::IDENTITY;
-    h[0][1] = -0.0005f;
-    t.FromHomogeneousMatrix(h, false);
-    EXPECT_TRUE(hasFlags(t, {false, true, true}));
-    EXPECT_NEAR(t.GetRotate()[0][1], -0.0005f, 1e-7f);
-    EXPECT_EQ(t.GetScale(), Vector3::ONE);
-    h[0][1] = 0.0005f;
-    t.FromHomogeneousMatrix(h, false);
-    EXPECT_TRUE(hasFlags(t, {false, false, false}));
-    EXPECT_EQ(t.GetMatrix(), Matrix3(1, 0.0005f, 0, 0, 1, 0, 0, 0, 1));
+    // A translation below 0.001 and a diagonal within the tolerance of 1 are dropped; the
+    // off-diagonal test is signed.
+    const auto with = [](int row, int column, float value) {
+        Matrix4 h = Matrix4::IDENTITY;
+        h[row][column] = value;
+        return h;
+    };
+    EXPECT_EQ(fromHomogeneous(with(0, 3, 0.0005f)), Transform());
+    EXPECT_EQ(fromHomogeneous(with(1, 1, 1.0000005f)), Transform());
+    EXPECT_EQ(fromHomogeneous(with(0, 3, 0.002f)).GetTranslate(), Vector3(0.002f, 0, 0));
+    EXPECT_EQ(fromHomogeneous(with(0, 3, 0.002f), true).GetTranslate(), Vector3::ZERO);
+    const Transform rotated = fromHomogeneous(with(0, 1, -0.0005f));
+    EXPECT_TRUE(hasFlags(rotated, {false, true, true}));
+    EXPECT_NEAR(rotated.GetRotate()[0][1], -0.0005f, 1e-7f);
+    const Transform sheared = fromHomogeneous(with(0, 1, 0.0005f));
+    EXPECT_TRUE(hasFlags(sheared, {false, false, false}));
+    EXPECT_EQ(sheared.GetMatrix(), Matrix3(1, 0.0005f, 0, 0, 1, 0, 0, 0, 1));
 }
 
 // ---------------------------------------------------------------------------------------
@@ -408,63 +395,46 @@ TEST(GenericTransformationCompare, EqualityIsBitwiseOnTheMatrixAndByValueElsewhe
     EXPECT_TRUE(general(Matrix3::IDENTITY).Equals(Transform()));
 }
 
-TEST(GenericTransformationCompare, EqualsToleratesOneMillionthStrictly)
+TEST(GenericTransformationCompare, EqualsToleratesOneMillionthStrictlyNormAndFiniteness)
 {
+    // Matrix entries within 1e-6, squared distances of translation and scale within 1e-6.
     using TransformD = zuGenericTransformation<double>;
-    const TransformD base;
-    TransformD t;
-    t.SetMatrix(Wm4::Matrix3d(1 + 0.9e-6, 0, 0, 0, 1, 0, 0, 0, 1));
-    EXPECT_TRUE(t.Equals(base));
-    t.SetMatrix(Wm4::Matrix3d(1, 0, 0, 0, 1, 0, 0, 0, 1 - 1.1e-6));
-    EXPECT_FALSE(t.Equals(base));
-    // Squared distances: 0.9e-3 squared passes, 1.1e-3 squared does not.
-    t = TransformD();
-    t.SetTranslate(Wm4::Vector3d(0, 0.9e-3, 0));
-    EXPECT_TRUE(t.Equals(base));
-    t.SetTranslate(Wm4::Vector3d(0, 0.8e-3, 0.8e-3));
-    EXPECT_FALSE(t.Equals(base));
-    t = TransformD();
-    t.SetScale(Wm4::Vector3d(1, 1, 1 + 0.9e-3));
-    EXPECT_TRUE(t.Equals(base));
-    t.SetScale(Wm4::Vector3d(1 - 1.1e-3, 1, 1));
-    EXPECT_FALSE(t.Equals(base));
-}
+    using V = Wm4::Vector3d;
+    const struct {
+        Wm4::Matrix3d matrix;
+        V translate, scale;
+        bool equal;
+    } rows[] = {
+        {Wm4::Matrix3d(1 + 0.9e-6, 0, 0, 0, 1, 0, 0, 0, 1), V(0, 0, 0), V(1, 1, 1), true},
+        {Wm4::Matrix3d(1, 0, 0, 0, 1, 0, 0, 0, 1 - 1.1e-6), V(0, 0, 0), V(1, 1, 1), false},
+        {Wm4::Matrix3d::IDENTITY, V(0, 0.9e-3, 0), V(1, 1, 1), true},
+        {Wm4::Matrix3d::IDENTITY, V(0, 0.8e-3, 0.8e-3), V(1, 1, 1), false},
+        {Wm4::Matrix3d::IDENTITY, V(0, 0, 0), V(1, 1, 1 + 0.9e-3), true},
+        {Wm4::Matrix3d::IDENTITY, V(0, 0, 0), V(1 - 1.1e-3, 1, 1), false},
+    };
+    for (const auto& row : rows) {
+        TransformD t;
+        t.SetRotate(row.matrix);
+        t.SetTranslate(row.translate);
+        t.SetScale(row.scale);
+        EXPECT_EQ(t.Equals(TransformD()), row.equal) << row.translate[1] << " " << row.scale[0];
+    }
 
-TEST(GenericTransformationCompare, NormAndFiniteness)
-{
-    // The largest scale unless all scales are unit; then, as for a general matrix, the
-    // largest row sum of magnitudes.
+    // The largest scale unless all scales are unit; then the largest row sum of magnitudes.
     const Matrix3 r45 = rotationF(Vector3(0, 0, 1), 45);
-    EXPECT_NEAR(rs(r45, Vector3::ONE).GetNorm(), std::sqrt(2.0f), 1e-6f);
-    EXPECT_EQ(rs(r45, Vector3(2, 2, 2)).GetNorm(), 2.0f);
-    EXPECT_EQ(rs(r45, Vector3(1, -3, 2)).GetNorm(), 3.0f);
     EXPECT_NEAR(rs(r45, Vector3(-1, 1, 1)).GetNorm(), std::sqrt(2.0f), 1e-6f) << "unit magnitudes with a sign";
-    EXPECT_EQ(rs(r45, Vector3(1, 1, 0.5f)).GetNorm(), 1.0f);
-    EXPECT_EQ(Transform().GetNorm(), 1.0f);
+    EXPECT_EQ(rs(r45, Vector3(1, -3, 2)).GetNorm(), 3.0f);
     EXPECT_EQ(general(Matrix3(1, -2, 0, 0, 1, 0, 3, 0, -1.5f)).GetNorm(), 4.5f);
 
-    EXPECT_TRUE(Transform().IsFinite());
     const float big = std::numeric_limits<float>::max();
-    EXPECT_TRUE(rs(Matrix3(big, 0, 0, 0, 1, 0, 0, 0, 1), Vector3(big, 1, 1), Vector3(-big, 0, 0)).IsFinite());
     const float inf = std::numeric_limits<float>::infinity();
-    const float nan = std::numeric_limits<float>::quiet_NaN();
-    Transform t;
-    t.SetTranslate(Vector3(0, 0, nan));
-    EXPECT_FALSE(t.IsFinite());
-    t = Transform();
-    t.SetScale(Vector3(1, inf, 1));
-    EXPECT_FALSE(t.IsFinite());
-    t = general(Matrix3(1, 0, 0, 0, 1, 0, 0, 0, -inf));
-    EXPECT_FALSE(t.IsFinite());
+    EXPECT_TRUE(rs(Matrix3(big, 0, 0, 0, 1, 0, 0, 0, 1), Vector3(big, 1, 1), Vector3(-big, 0, 0)).IsFinite());
+    EXPECT_FALSE(rs(Matrix3::IDENTITY, Vector3(1, inf, 1)).IsFinite());
+    EXPECT_FALSE(general(Matrix3(1, 0, 0, 0, 1, 0, 0, 0, -inf)).IsFinite());
     // The scale is checked even when the matrix is general.
-    t.SetScale(Vector3(nan, 1, 1));
+    Transform t = rs(Matrix3::IDENTITY, Vector3(std::numeric_limits<float>::quiet_NaN(), 1, 1));
     t.SetMatrix(Matrix3::IDENTITY);
     EXPECT_FALSE(t.IsFinite());
-    zuGenericTransformation<double> d;
-    d.SetTranslate(Wm4::Vector3d(std::numeric_limits<double>::max(), 0, 0));
-    EXPECT_TRUE(d.IsFinite());
-    d.SetTranslate(Wm4::Vector3d(std::numeric_limits<double>::infinity(), 0, 0));
-    EXPECT_FALSE(d.IsFinite());
 }
 
 // ---------------------------------------------------------------------------------------

@@ -140,41 +140,6 @@ zuBaseStream* loadInto(zuBaseStream& stream, std::vector<char>& bytes)
     return stream.Load(bytes.data(), bytes.size()) ? &stream : nullptr;
 }
 
-TEST_F(Controller, RecordAt632IsTheObjectPartThen45Bytes)
-{
-    zuPointer<zuTestNode> node = new zuTestNode("n");
-    zuPointer<zuTestController> controller = new zuTestController;
-    controller->SetName("spin");
-    configure(*controller, zuController::RT_CYCLE, 0.5, 4.25, -1.5, 2.0, false);
-    node->AttachController(controller);
-    controller->Update(3.0);  // lastAppTime is not saved
-
-    // The controller alone: its object is written as a reference, not saved with it.
-    const std::vector<char> saved = saveToBytes({controller}, zuStreamVersion(6, 32));
-    const int header = 4 + 23 + 4 + 8 + 4 + 4 + 4;  // type, size, identity, "spin", count
-    zuBytes expected;
-    expected.str("Top Level").str("zuTest.zuTestController").i32(header + 45).u64(id(controller));
-    expected.str("spin").i32(0).i32(2);
-    f64(f64(f64(f64(expected, 0.5), 4.25), -1.5), 2.0);
-    expected.u8(0).u64(id(node));
-    EXPECT_EQ(saved, expected.bytes());
-    // Before 6.0 the same fields follow, without the size.
-    EXPECT_EQ(saveToBytes({controller}, zuStreamVersion(5, 20)).size(), saved.size() - 4);
-
-    // Saved with its holder, it loads back with its fields and its holder linked.
-    std::vector<char> held = saveToBytes({node}, zuStreamVersion(6, 32));
-    zuBaseStream stream;
-    ASSERT_TRUE(loadInto(stream, held));
-    ASSERT_EQ(stream.GetObjectCount(), 1);
-    auto* loadedNode = static_cast<zuTestNode*>(stream.GetObjectAt(0));
-    ASSERT_EQ(loadedNode->GetControllerQuantity(), 1);
-    zuController* loaded = loadedNode->GetController(0);
-    ASSERT_TRUE(loaded->IsExactly(zuTestController::TYPE));
-    EXPECT_EQ(loaded->GetObject(), loadedNode);
-    EXPECT_TRUE(loaded->Equals(controller));
-    EXPECT_EQ(loaded->GetLastAppTime(), zuController::NEVER_UPDATED);
-}
-
 TEST_F(Controller, ALoadedReferenceToAnObjectThatDoesNotHoldTheControllerIsDropped)
 {
     // c claims b, which does not hold it; then a holds c but c claims b.

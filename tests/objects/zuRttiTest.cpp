@@ -26,19 +26,6 @@ TEST(zuRttiTest, IsDerivedFollowsTheBaseLinksAndComparesRecordsByIdentity)
     EXPECT_FALSE(rootTwin.IsDerived(root));
 }
 
-TEST(zuRttiTest, TheLibraryRecordsFormOneHierarchy)
-{
-    zuTestController controller;
-    EXPECT_TRUE(controller.IsDerived(zuRttiInterface::TYPE));
-    EXPECT_FALSE(controller.IsDerived(zuTestNode::TYPE));
-    EXPECT_TRUE(controller.IsExactly(zuTestController::TYPE));
-    EXPECT_FALSE(controller.IsExactly(zuController::TYPE));
-
-    zuTestPlain plain;
-    EXPECT_TRUE(plain.IsDerived(zuRttiInterface::TYPE));
-    EXPECT_FALSE(plain.IsDerived(zuObject::TYPE));
-}
-
 zuRttiInterface* firstFactory(zuBaseStream&)
 {
     return nullptr;

@@ -81,14 +81,6 @@ TEST(zuImageFormats, SizesOfPlainAndCompressedFormats)
     EXPECT_FALSE(zuImage::ComputeDataSize(zuImage::RGB8, -1, 1, size));
     EXPECT_FALSE(zuImage::ComputeDataSize(static_cast<zuImage::FormatMode>(99), 1, 1, size));
 
-    EXPECT_EQ(3, zuImage::GetBytesPerPixel(zuImage::BGR8));
-    EXPECT_EQ(0, zuImage::GetBytesPerPixel(zuImage::DXT1));
-    EXPECT_EQ(8, zuImage::GetBlockBytes(zuImage::DXT1));
-    EXPECT_TRUE(zuImage::IsCompressed(zuImage::DXT3));
-    EXPECT_FALSE(zuImage::IsCompressed(zuImage::L16));
-    EXPECT_TRUE(zuImage::HasAlpha(zuImage::LA8));
-    EXPECT_FALSE(zuImage::HasAlpha(zuImage::RGB32F));
-    EXPECT_STREQ("RGBA32F", zuImage::GetFormatName(zuImage::RGBA32F));
     EXPECT_STREQ("UNKNOWN", zuImage::GetFormatName(zuImage::FORMAT_QUANTITY));
 }
 
@@ -108,18 +100,8 @@ TEST(zuImageFormats, SetImageRefusesWhatTheFormatCannotHoldAndChangesNothing)
     EXPECT_TRUE(hasPixels(image, std::vector<char>(3, 0)));
 }
 
-TEST_F(Image, RecordAt6_32AndHostileRecords)
+TEST_F(Image, RecordsWrittenByHandAndHostileRecords)
 {
-    const std::vector<char> rgba = pixels(2 * 3 * 4, 5);
-    zuPointer<zuImage> image = new zuImage(zuImage::RGBA8, 2, 3, rgba.data());
-    image->SetName("brick.png");
-    // Format, width, height, size, pixels.
-    zuBytes fields = ints({zuImage::RGBA8, 2, 3, 24});
-    fields.raw(rgba.data(), rgba.size());
-    EXPECT_EQ(recordStream("zuCore.zuImage", fields, idOf(static_cast<zuRttiInterface*>(image.get())), V6_32,
-                           "brick.png"),
-              saveToBytes({image.get()}, V6_32));
-
     const std::vector<char> block = pixels(12, 2);
     zuPointer<zuImage> loaded = loadSingle<zuImage>(imageStream(zuImage::RGB8, 2, 2, 12, block), V6_32);
     ASSERT_TRUE(loaded);

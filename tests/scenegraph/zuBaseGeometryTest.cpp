@@ -26,6 +26,7 @@
 #include <cstring>
 #include <limits>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace zu::test {
@@ -320,40 +321,36 @@ TEST_F(BaseGeometry, StatesRoundTripFrom66AndFollowTheZeroBasedListBefore)
 TEST_F(BaseGeometry, CheckRenderableTestsTheVerticesThenTheIndices)
 {
     zuPointer<zuTriMesh> mesh = new zuTriMesh;
-    EXPECT_FALSE(mesh->checkRenderable(false));
-    EXPECT_EQ(mesh->getRenderFlag(zuRenderableSpatial::RENDERABLE_FIRST), 0);
+    // (ready, first test, second test) after checkRenderable(force).
+    const auto check = [&](bool force) {
+        const bool ready = mesh->checkRenderable(force);
+        return std::make_tuple(ready, mesh->getRenderFlag(zuRenderableSpatial::RENDERABLE_FIRST),
+                               mesh->getRenderFlag(zuRenderableSpatial::RENDERABLE_SECOND));
+    };
+    using Flags = std::tuple<bool, int, int>;
+    EXPECT_EQ(check(false), Flags(false, 0, 0));
 
     zuPointer<zuVertexBuffer> vertices = makeVertices({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, false);
     zuPointer<zuIndexBuffer> indices = makeIndices({0, 1, 2});
     mesh->SetVertices(vertices);
-    // No index buffer: the vertices are drawn in order.
-    EXPECT_FALSE(mesh->checkRenderable(false));
-    EXPECT_EQ(mesh->getRenderFlag(zuRenderableSpatial::RENDERABLE_FIRST), 1);
-    EXPECT_EQ(mesh->getRenderFlag(zuRenderableSpatial::RENDERABLE_SECOND), 0);
+    EXPECT_EQ(check(false), Flags(false, 1, 0)) << "no index buffer: the vertices are drawn in order";
     mesh->SetIndices(makeIndices({}));
-    mesh->checkRenderable(false);
-    EXPECT_EQ(mesh->getRenderFlag(zuRenderableSpatial::RENDERABLE_FIRST), 0);
+    EXPECT_EQ(check(false), Flags(false, 0, 0));
     mesh->SetIndices(indices);
-    mesh->checkRenderable(false);
-    EXPECT_EQ(mesh->getRenderFlag(zuRenderableSpatial::RENDERABLE_FIRST), 1);
-
+    EXPECT_EQ(check(false), Flags(false, 1, 0));
     // The second test: both bound by a renderer.
     bindFake(vertices);
-    EXPECT_FALSE(mesh->checkRenderable(false));
+    EXPECT_EQ(check(false), Flags(false, 1, 0));
     bindFake(indices);
-    EXPECT_TRUE(mesh->checkRenderable(false));
-    EXPECT_EQ(mesh->getRenderFlag(zuRenderableSpatial::RENDERABLE_SECOND), 1);
-
+    EXPECT_EQ(check(false), Flags(true, 1, 1));
     // The blocks may leave memory once bound: only the first test changes, and only when
     // it is asked for.
     ASSERT_TRUE(zuRendererInterface::DeleteCPUData(vertices, true));
-    EXPECT_TRUE(mesh->checkRenderable(true));
-    EXPECT_EQ(mesh->getRenderFlag(zuRenderableSpatial::RENDERABLE_FIRST), 1);
-    EXPECT_TRUE(mesh->checkRenderable(false));
-    EXPECT_EQ(mesh->getRenderFlag(zuRenderableSpatial::RENDERABLE_FIRST), 0);
+    EXPECT_EQ(check(true), Flags(true, 1, 1));
+    EXPECT_EQ(check(false), Flags(true, 0, 1));
     vertices->release();
-    EXPECT_FALSE(mesh->checkRenderable(true));
-    EXPECT_EQ(mesh->getRenderFlag(zuRenderableSpatial::RENDERABLE_SECOND), 0);
+    EXPECT_EQ(std::get<0>(check(true)), false);
+    EXPECT_EQ(std::get<2>(check(true)), 0);
 }
 
 TEST_F(BaseGeometry, ResourcesAreTheVerticesThenTheIndicesOrANullEntryThenTheTextures)

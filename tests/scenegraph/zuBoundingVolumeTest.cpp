@@ -257,6 +257,15 @@ std::vector<char> written(const zuBoundingVolume& bv, zuStreamVersion version)
     return buffer;
 }
 
+// Reads `bytes` at `version` into `bv`: what readFromStream says and how far it read.
+std::pair<bool, size_t> readBound(std::vector<char> bytes, zuStreamVersion version, zuBoundingVolume& bv)
+{
+    zuRawStream reader(version);
+    reader.openRead(bytes);
+    const bool ok = bv.readFromStream(reader);
+    return {ok, reader.GetOffset()};
+}
+
 TEST(BoundingVolume, CurrentFormIsRadiusExtentsCentre)
 {
     const zuBoundingVolume bv(Vec(1, 2, 3), Vec(3, 4, 12));
@@ -267,11 +276,8 @@ TEST(BoundingVolume, CurrentFormIsRadiusExtentsCentre)
     zuRawStream sizes(zuStreamVersion(6, 32));
     EXPECT_EQ(bv.getDiskUsed(sizes, false), 28);
 
-    std::vector<char> bytes = written(zuBoundingVolume(), zuStreamVersion(6, 32));
     zuBoundingVolume loaded(Vec(5, 5, 5), Vec(1, 1, 1));
-    zuRawStream reader(zuStreamVersion(6, 32));
-    reader.openRead(bytes);
-    EXPECT_TRUE(loaded.readFromStream(reader));
+    EXPECT_TRUE(readBound(written(zuBoundingVolume(), zuStreamVersion(6, 32)), zuStreamVersion(6, 32), loaded).first);
     EXPECT_EQ(loaded, zuBoundingVolume());
 }
 
@@ -289,31 +295,21 @@ TEST(BoundingVolume, OlderStreamsHoldTheLegacyRecord)
     box.u8(0).f32(1).f32(2).f32(3);
     box.f32(1).f32(0).f32(0).f32(0).f32(1).f32(0).f32(0).f32(0).f32(1);
     box.f32(0.5f).f32(1).f32(2);
-    std::vector<char> bytes = written(bv, old);
-    EXPECT_EQ(bytes, box.bytes());
+    EXPECT_EQ(written(bv, old), box.bytes());
     zuBoundingVolume loaded;
-    zuRawStream reader(old);
-    reader.openRead(bytes);
-    EXPECT_TRUE(loaded.readFromStream(reader));
+    EXPECT_TRUE(readBound(box.bytes(), old, loaded).first);
     EXPECT_EQ(loaded, bv);
     zuBytes rotated;
     rotated.u8(0).f32(-1).f32(0).f32(1);
     rotated.f32(0).f32(1).f32(0).f32(-1).f32(0).f32(0).f32(0).f32(0).f32(1);
     rotated.f32(3).f32(4).f32(0);
-    std::vector<char> rotatedBytes = rotated.bytes();
-    zuRawStream rotatedReader(zuStreamVersion(6, 10));
-    rotatedReader.openRead(rotatedBytes);
-    EXPECT_TRUE(loaded.readFromStream(rotatedReader));
+    EXPECT_TRUE(readBound(rotated.bytes(), zuStreamVersion(6, 10), loaded).first);
     EXPECT_EQ(loaded, zuBoundingVolume(Vec(-1, 0, 1), Vec(3, 4, 0)));
 
     // A sphere record of radius 2 reads as the cube of half-size 2, and says so.
     zuBytes sphere;
     sphere.u8(1).f32(4).f32(5).f32(6).f32(2);
-    std::vector<char> sphereBytes = sphere.bytes();
-    zuRawStream sphereReader(zuStreamVersion(5, 20));
-    sphereReader.openRead(sphereBytes);
-    EXPECT_FALSE(loaded.readFromStream(sphereReader));
-    EXPECT_EQ(sphereReader.GetOffset(), 17u);
+    EXPECT_EQ(readBound(sphere.bytes(), zuStreamVersion(5, 20), loaded), std::make_pair(false, size_t(17)));
     expectBox(loaded, Vec(4, 5, 6), Vec(2, 2, 2));
     EXPECT_FLOAT_EQ(loaded.GetRadius(), 2.0f * std::sqrt(3.0f));
 }

@@ -1,5 +1,5 @@
-// The camera: its frame and frustum as the culler reads them, the field-of-view helper,
-// the exact record it writes, its round trip, comparison and cloning.
+// The camera: its frame and frustum as the culler reads them, the field-of-view helper and
+// comparison.
 
 #include "states/zuStateRecords.h"
 
@@ -102,36 +102,6 @@ TEST_F(Camera, SetFrameStoresWhatTheCullerReads)
     expected[1] = 5;
     expected[2] = -6;
     EXPECT_EQ(getFloats(*camera), expected);
-}
-
-TEST_F(Camera, RecordAt632IsTheObjectPartThenFrameFrustumAndFlagAndRoundTrips)
-{
-    zuPointer<zuCamera> camera = sampleCamera(false);
-    zuBytes expected;
-    recordStart(expected.str("Top Level"), "zuCore.zuCamera", id(camera.get()), "cam", 73);
-    expected.f32(1).f32(2).f32(3);     // location
-    expected.f32(0).f32(1).f32(0);     // D
-    expected.f32(0).f32(0).f32(1);     // U
-    expected.f32(1).f32(0).f32(0);     // R
-    expected.f32(0.5f).f32(250.0f);    // dmin, dmax
-    expected.f32(-0.25f).f32(0.375f);  // umin, umax
-    expected.f32(-0.5f).f32(0.625f);   // rmin, rmax
-    expected.u8(0);                    // orthographic
-    const std::vector<char> saved = saveToBytes({camera}, V6_32);
-    EXPECT_EQ(saved, expected.bytes());
-
-    // Cut before the perspective flag: nothing is handed out.
-    EXPECT_TRUE(loadRecords(std::vector<char>(saved.begin(), saved.end() - 1)).empty());
-
-    // Through a file with a controller, the record split across blocks of 16 bytes.
-    camera->AttachController(new zuTestController);
-    const std::vector<zuPointer<zuObject>> loaded = throughFile({camera.get()}, 16);
-    ASSERT_EQ(loaded.size(), 1u);
-    ASSERT_TRUE(loaded[0]->IsExactly(zuCamera::TYPE));
-    const zuCamera* copy = static_cast<const zuCamera*>(loaded[0].get());
-    EXPECT_TRUE(copy->Equals(camera));
-    EXPECT_EQ(copy->GetControllerQuantity(), 1);
-    EXPECT_EQ(getFloats(*copy), getFloats(*camera));
 }
 
 TEST_F(Camera, EqualsToleratesBelowOneMillionthOnEveryFloatAndNothingMore)

@@ -1,6 +1,5 @@
-// The light: its type names, the spot cone's cached sine and cosine, the exact record it
-// writes, its round trip, values read from a file outside their range, comparison and
-// cloning.
+// The light: the spot cone's cached sine and cosine, values read from a file outside their
+// range, comparison and cloning.
 
 #include "states/zuStateRecords.h"
 
@@ -99,43 +98,6 @@ TEST_F(Light, SpotCutoffSetterKeepsSineAndCosineConsistentAndClampsToZeroPi)
         EXPECT_NEAR(light.GetSpotCutoffCosine(), c.cosine, c.cosineTolerance) << c.cutoff;
         EXPECT_NEAR(light.GetSpotCutoffSine(), c.sine, c.sineTolerance) << c.cutoff;
     }
-}
-
-TEST_F(Light, RecordAt632IsTheObjectPartThenEveryFieldInTheDocumentedOrderAndRoundTrips)
-{
-    zuPointer<zuLight> light = sampleLight();
-    zuBytes expected;
-    recordStart(expected.str("Top Level"), "zuCore.zuLight", id(light.get()), "sun", 114);
-    expected.i32(3);                              // LT_SPOT
-    expected.f32(4).f32(5).f32(6);                // location
-    expected.f32(0).f32(0).f32(-1);               // D
-    expected.f32(0).f32(1).f32(0);                // U
-    expected.f32(1).f32(0).f32(0);                // R
-    expected.f32(0.125f).f32(0.25f).f32(0.375f);  // ambient
-    expected.f32(0.5f).f32(0.625f).f32(0.75f);    // diffuse
-    expected.f32(0.875f).f32(1.0f).f32(0.0625f);  // specular
-    expected.f32(2.5f);                           // intensity
-    expected.f32(1.5f).f32(0.25f).f32(0.03125f);  // constant, linear, quadratic
-    expected.u8(1);                               // attenuate
-    expected.f32(0.5f).f32(8.0f);                 // spot cutoff, exponent
-    expected.u8(0);                               // off
-    EXPECT_EQ(saveToBytes({light}, V6_32), expected.bytes());
-
-    // Through a file with a controller, the record split across blocks of 16 bytes.
-    light->AttachController(new zuTestController);
-    const std::vector<zuPointer<zuObject>> loaded = throughFile({light.get()}, 16);
-    ASSERT_EQ(loaded.size(), 1u);
-    ASSERT_TRUE(loaded[0]->IsExactly(zuLight::TYPE));
-    const zuLight* copy = static_cast<const zuLight*>(loaded[0].get());
-    EXPECT_TRUE(copy->Equals(light));
-    EXPECT_EQ(getFloats(*copy), getFloats(*light));
-    EXPECT_EQ(copy->GetLightType(), zuLight::LT_SPOT);
-    EXPECT_TRUE(copy->GetAttenuate());
-    EXPECT_FALSE(copy->IsOn());
-    EXPECT_EQ(copy->GetControllerQuantity(), 1);
-    // The cached sine and cosine are not in the file: they follow the loaded cutoff.
-    EXPECT_NEAR(copy->GetSpotCutoffSine(), std::sin(0.5), 1e-6);
-    EXPECT_NEAR(copy->GetSpotCutoffCosine(), std::cos(0.5), 1e-6);
 }
 
 TEST_F(Light, ATypeOutsideTheEnumerationLoadsAsReadAndACutoffOutsideZeroPiIsClamped)

@@ -1,8 +1,9 @@
-// Textures and texture states: their exact records, references type-checked in Link,
-// shared images through the file container and through an image catalogue, resources.
+// Textures and texture states: slots, references type-checked in Link, shared images through
+// the file container and through an image catalogue, resources.
 
 #include "states/zuStateRecords.h"
 #include "support/zuOutputCapture.h"
+#include "support/zuRecordPins.h"
 
 #include <zuSceneGraph/states/zuMaterialState.h>
 #include <zuSceneGraph/states/zuTexture.h>
@@ -42,34 +43,7 @@ zuTexture* textureOf(const zuObject* state, int i)
     return static_cast<const zuTextureState*>(state)->GetTexture(i);
 }
 
-TEST_F(Texture, TextureRecordWithItsImageAt6_32)
-{
-    zuPointer<zuImage> image = makeImage("px.png", 1);
-    zuPointer<zuTexture> texture = makeTexture(image, zuTexture::CH_BUMP, 1);
-    texture->SetName("bump");
-    texture->SetWrap(zuTexture::WM_CLAMP_EDGE, zuTexture::WM_MIRRORED_REPEAT);
-    texture->SetFilter(zuTexture::FM_LINEAR_MIPMAP_NEAREST, zuTexture::FM_NEAREST);
-    EXPECT_EQ("px.png", texture->GetImageName());
-
-    zuBytes expected;
-    recordStart(expected.str("Top Level"), "zuCore.zuTexture", id(texture.get()), "bump", 8 + 4 + 6 + 24);
-    expected.u64(id(image.get())).str("px.png").i32(0).i32(3).i32(3).i32(0).i32(1).i32(zuTexture::CH_BUMP);
-    // The image follows, registered by the texture.
-    recordStart(expected, "zuCore.zuImage", id(image.get()), "px.png", 16 + 6);
-    expected.i32(zuImage::RGB8).i32(2).i32(1).i32(6).raw(image->GetData(), 6);
-    EXPECT_EQ(expected.bytes(), saveToBytes({texture.get()}, V6_32));
-
-    // A texture that only names its image; defaults.
-    zuPointer<zuTexture> named = new zuTexture;
-    named->SetImageName("later.png");
-    zuBytes alone;
-    recordStart(alone.str("Top Level"), "zuCore.zuTexture", id(named.get()), "", 8 + 4 + 9 + 24);
-    alone.u64(0).str("later.png").i32(zuTexture::WM_REPEAT).i32(zuTexture::WM_REPEAT);
-    alone.i32(zuTexture::FM_LINEAR_MIPMAP_LINEAR).i32(zuTexture::FM_LINEAR).i32(0).i32(zuTexture::CH_DIFFUSE);
-    EXPECT_EQ(alone.bytes(), saveToBytes({named.get()}, V6_32));
-}
-
-TEST_F(Texture, TextureStateRecordAndSlots)
+TEST_F(Texture, TextureStateSlots)
 {
     zuPointer<zuTextureState> state = new zuTextureState;
     EXPECT_EQ(zuGlobalState::TEXTURE, state->GetStateType());
@@ -83,13 +57,6 @@ TEST_F(Texture, TextureStateRecordAndSlots)
     ASSERT_EQ(3, state->GetTextureQuantity());
     EXPECT_EQ(nullptr, state->GetTexture(1));
     EXPECT_EQ(3, texture->GetReferences());
-
-    zuBytes expected;
-    recordStart(expected.str("Top Level"), "zuCore.zuTextureState", id(state.get()), "", 4 + 24);
-    expected.i32(3).u64(id(texture.get())).u64(0).u64(id(texture.get()));
-    recordStart(expected, "zuCore.zuTexture", id(texture.get()), "", 8 + 4 + 24);
-    expected.u64(0).str("").i32(2).i32(2).i32(5).i32(1).i32(0).i32(0);
-    EXPECT_EQ(expected.bytes(), saveToBytes({state.get()}, V6_32));
 
     std::vector<zuPointer<zuObject>> loaded = throughFile({state.get()});
     ASSERT_EQ(1u, loaded.size());
@@ -105,17 +72,11 @@ TEST_F(Texture, TextureStateRecordAndSlots)
 TEST_F(Texture, ReferencesToOtherKindsAreDroppedInLink)
 {
     // A texture state and a texture whose references point to a material state.
-    const uint64_t material = 0x5000;
-    zuBytes bytes;
-    recordStart(bytes.str("Top Level"), "zuCore.zuTextureState", 0x1000, "", 4 + 8);
-    bytes.i32(1).u64(material);
-    recordStart(bytes.str("Top Level"), "zuCore.zuTexture", 0x2000, "", 8 + 4 + 24);
-    bytes.u64(material).str("").i32(0).i32(0).i32(0).i32(0).i32(0).i32(0);
-    recordStart(bytes, "zuCore.zuMaterialState", material, "", 56);
-    for (int i = 0; i < 14; ++i)
-        bytes.f32(0.5f);
-
-    const std::vector<zuPointer<zuObject>> loaded = loadRecords(bytes.bytes());
+    const std::vector<char> bytes = pinBytes("'Top Level' 'zuCore.zuTextureState' #57 <0> #0 #0 #1 <2> |"
+                                             "'Top Level' 'zuCore.zuTexture' #76 <1> #0 #0 <2> #0 #0 #0 #0 #0 #0 #0 |"
+                                             "'zuCore.zuMaterialState' #102 <2> #0 #0 ~0.5 ~0.5 ~0.5 ~0.5 ~0.5 ~0.5 ~0.5 "
+                                             "~0.5 ~0.5 ~0.5 ~0.5 ~0.5 ~0.5 ~0.5 |");
+    const std::vector<zuPointer<zuObject>> loaded = loadRecords(bytes);
     ASSERT_EQ(2u, loaded.size());
     EXPECT_EQ(1, static_cast<const zuTextureState*>(loaded[0].get())->GetTextureQuantity());
     EXPECT_EQ(nullptr, textureOf(loaded[0], 0));
@@ -138,10 +99,7 @@ TEST_F(Texture, CutAndForgedRecordsFailCleanly)
         EXPECT_TRUE(!texture || !texture->GetImage()) << length;
     }
     // A count of slots the data cannot hold.
-    zuBytes forged;
-    recordStart(forged.str("Top Level"), "zuCore.zuTextureState", 0x1000, "", 4 + 8);
-    forged.i32(0x10000000).u64(0);
-    EXPECT_TRUE(loadRecords(forged.bytes()).empty());
+    EXPECT_TRUE(loadRecords(pinBytes("'Top Level' 'zuCore.zuTextureState' #57 <0> #0 #0 00 00 00 10 #0 #0 |")).empty());
     capturedErr.take();
 }
 

@@ -171,6 +171,16 @@ const std::vector<zuRecordPin>& pins()
     using A = zuAlphaState;
     using S = zuStencilState;
     static const std::vector<zuRecordPin> table = {
+        // A graph: records in depth-first order, each object once (a has two parents); the
+        // size field only from 6.0 on.
+        {"graph", {6, 32}, [] { return Objects{zuSmallGraph().root.get()}; },
+         "'Top Level' 'zuTest.zuTestNode' #77 <0> 'root' #1 <1> #7 #2 <2> <3> |"
+         "'zuTest.zuTestController' #95 <1> 'ctl' #0 #0 #0 #0 #0 #0 #0 #0 #0 ~1.875 01 <0> |"
+         "'zuTest.zuTestNode' #50 <2> 'a' #0 #1 #0 | 'zuTest.zuTestNode' #58 <3> 'b' #0 #2 #1 <2> |"},
+        {"graph at 5.20", {5, 20}, [] { return Objects{zuSmallGraph().root.get()}; },
+         "'Top Level' 'zuTest.zuTestNode' <0> 'root' #1 <1> #7 #2 <2> <3> |"
+         "'zuTest.zuTestController' <1> 'ctl' #0 #0 #0 #0 #0 #0 #0 #0 #0 ~1.875 01 <0> |"
+         "'zuTest.zuTestNode' <2> 'a' #0 #1 #0 | 'zuTest.zuTestNode' <3> 'b' #0 #2 #1 <2> |"},
         // Render states: the object part (no name, no controllers), then the fields.
         {"alpha", {6, 32}, [] { return one<A>([](A& a) {
                  a.BlendEnabled = true; a.SrcBlend = A::SBF_ONE_MINUS_CONSTANT_ALPHA; a.DstBlend = A::DBF_ZERO;
@@ -184,8 +194,8 @@ const std::vector<zuRecordPin>& pins()
                  m.Specular = Wm4::ColorRGB(0.7f, 0.8f, 0.9f); m.Emissive = Wm4::ColorRGB(1.0f, 0.5f, 0.25f);
                  m.Shininess = 64.0f; m.Opacity = 0.375f;
              }); },
-         "'Top Level' 'zuCore.zuMaterialState' #102 <0> #0 #0 ~0.1 ~0.2 ~0.3 ~0.4 ~0.5 ~0.6 ~0.7 ~0.8 ~0.9 ~1 "
-         "~0.5 ~0.25 ~64 ~0.375 |"},
+         "'Top Level' 'zuCore.zuMaterialState' #102 <0> #0 #0 ~0.1 ~0.2 ~0.3 ~0.4 ~0.5 ~0.6 ~0.7 ~0.8 ~0.9 ~1 ~0.5 "
+         "~0.25 ~64 ~0.375 |"},
         {"polygon offset", {6, 32}, [] { return one<zuPolygonOffsetState>([](auto&) {}); },
          "'Top Level' 'zuCore.zuPolygonOffsetState' #62 <0> 00 00 00 #0 #0 #0 #0 |"},
         {"stencil", {6, 32}, [] { return one<S>([](S& s) {
@@ -199,16 +209,16 @@ const std::vector<zuRecordPin>& pins()
         {"z-buffer", {6, 32}, [] { return one<zuZBufferState>([](auto&) {}); },
          "'Top Level' 'zuCore.zuZBufferState' #51 <0> #0 #0 01 01 #3 |"},
         {"light", {6, 32}, [] { return Objects{spotLight()}; },
-         "'Top Level' 'zuCore.zuLight' #155 <0> 'sun' #0 #3 ~4 ~5 ~6 #0 #0 ~-1 #0 ~1 #0 ~1 #0 #0 ~0.125 ~0.25 "
-         "~0.375 ~0.5 ~0.625 ~0.75 ~0.875 ~1 ~0.0625 ~2.5 ~1.5 ~0.25 ~0.03125 01 ~0.5 ~8 00 |"},
+         "'Top Level' 'zuCore.zuLight' #155 <0> 'sun' #0 #3 ~4 ~5 ~6 #0 #0 ~-1 #0 ~1 #0 ~1 #0 #0 ~0.125 ~0.25 ~0.375 "
+         "~0.5 ~0.625 ~0.75 ~0.875 ~1 ~0.0625 ~2.5 ~1.5 ~0.25 ~0.03125 01 ~0.5 ~8 00 |"},
         {"camera", {6, 32}, [] {
              zuPointer<zuCamera> camera = new zuCamera(false);
              camera->SetName("cam");
              camera->SetFrame(V3(1, 2, 3), V3(0, 1, 0), V3(0, 0, 1), V3(1, 0, 0));
              camera->SetFrustum(0.5f, 250.0f, -0.25f, 0.375f, -0.5f, 0.625f);
              return Objects{camera.get()}; },
-         "'Top Level' 'zuCore.zuCamera' #115 <0> 'cam' #0 ~1 ~2 ~3 #0 ~1 #0 #0 #0 ~1 ~1 #0 #0 ~0.5 ~250 ~-0.25 "
-         "~0.375 ~-0.5 ~0.625 00 |"},
+         "'Top Level' 'zuCore.zuCamera' #115 <0> 'cam' #0 ~1 ~2 ~3 #0 ~1 #0 #0 #0 ~1 ~1 #0 #0 ~0.5 ~250 ~-0.25 ~0.375 "
+         "~-0.5 ~0.625 00 |"},
         // A texture and its image; a texture that only names its image; a texture state with
         // an empty slot and one texture in two slots.
         {"texture", {6, 32}, [] {
@@ -244,8 +254,8 @@ const std::vector<zuRecordPin>& pins()
              zuPointer<zuImage> image = new zuImage(zuImage::RGBA8, 2, 3, rgba);
              image->SetName("brick.png");
              return Objects{image.get()}; },
-         "'Top Level' 'zuCore.zuImage' #87 <0> 'brick.png' #0 #1 #2 #3 18 00 ~-1480 cf da e5 f0 fb 06 11 1c 27 "
-         "32 3d 48 53 5e 69 74 7f 8a 95 a0 ab b6 |"},
+         "'Top Level' 'zuCore.zuImage' #87 <0> 'brick.png' #0 #1 #2 #3 18 00 ~-1480 cf da e5 f0 fb 06 11 1c 27 32 3d "
+         "48 53 5e 69 74 7f 8a 95 a0 ab b6 |"},
         // Shared arrays: the quantity, then each element's components in order (a plane is
         // its normal, then its constant; matrices row by row).
         {"arrays", {6, 32}, [] {
@@ -301,61 +311,60 @@ const std::vector<zuRecordPin>& pins()
              using Q = Wm4::Quaternion<float>;
              controller->rotationKeys = array<Q>({Q(1, 0, 0, 0), Q(0, 1, 0, 0)});
              return Objects{controller.get()}; },
-         "'Top Level' 'zuCore.zuKeyframeController' #148 <0> 'walk' #0 #1 #0 #0 #0 ~1.9375 #0 #0 #0 ~1.875 01 "
-         "#0 #0 <1> <2> <1> <3> <1> <2> |"
+         "'Top Level' 'zuCore.zuKeyframeController' #148 <0> 'walk' #0 #1 #0 #0 #0 ~1.9375 #0 #0 #0 ~1.875 01 #0 #0 "
+         "<1> <2> <1> <3> <1> <2> |"
          "'zuCore.zuFloatArray' #55 <1> #0 #0 #2 #0 ~1.5 |"
          "'zuCore.zuVector3fArray' #74 <2> #0 #0 #2 ~1 ~2 ~3 ~4 ~5 ~6 |"
          "'zuCore.zuQuaternionfArray' #85 <3> #0 #0 #2 ~1 #0 #0 #0 #0 ~1 #0 #0 |"},
         // Settings: J3 and J4 are written last from 5.20 on only; K never.
         {"settings", {6, 32}, [] { return Objects{filledSettings()}; },
-         "'Top Level' 'zuCore.zuCoreSettings' #208 <0> #0 #0 #2 'alpha' 01 ~3 ~1 ~2 00 #0 ~1e+10 ~-0.5 ~0.25 "
-         "#3 'x' #0 'yz' #-7 #-16 ~0.5 #42 ~-3 #9 01 #1 #1 ~-0 #3 '2nd' 'first' 00 01 01 00 #11 #12 #15 #16 "
-         "#1920 #1080 #64 #48 #13 #14 |"},
+         "'Top Level' 'zuCore.zuCoreSettings' #208 <0> #0 #0 #2 'alpha' 01 ~3 ~1 ~2 00 #0 ~1e+10 ~-0.5 ~0.25 #3 'x' "
+         "#0 'yz' #-7 #-16 ~0.5 #42 ~-3 #9 01 #1 #1 ~-0 #3 '2nd' 'first' 00 01 01 00 #11 #12 #15 #16 #1920 #1080 #64 "
+         "#48 #13 #14 |"},
         {"settings at 5.20", {5, 20}, [] { return Objects{filledSettings()}; },
-         "'Top Level' 'zuCore.zuCoreSettings' <0> #0 #0 #2 'alpha' 01 ~3 ~1 ~2 00 #0 ~1e+10 ~-0.5 ~0.25 #3 'x' "
-         "#0 'yz' #-7 #-16 ~0.5 #42 ~-3 #9 01 #1 #1 ~-0 #3 '2nd' 'first' 00 01 01 00 #11 #12 #15 #16 #1920 "
-         "#1080 #64 #48 #13 #14 |"},
+         "'Top Level' 'zuCore.zuCoreSettings' <0> #0 #0 #2 'alpha' 01 ~3 ~1 ~2 00 #0 ~1e+10 ~-0.5 ~0.25 #3 'x' #0 "
+         "'yz' #-7 #-16 ~0.5 #42 ~-3 #9 01 #1 #1 ~-0 #3 '2nd' 'first' 00 01 01 00 #11 #12 #15 #16 #1920 #1080 #64 #48 "
+         "#13 #14 |"},
         {"settings at 5.10", {5, 10}, [] {
              zuCoreSettings* settings = filledSettings();
              settings->J3 = settings->J4 = 0;
              return Objects{settings}; },
-         "'Top Level' 'zuCore.zuCoreSettings' <0> #0 #0 #2 'alpha' 01 ~3 ~1 ~2 00 #0 ~1e+10 ~-0.5 ~0.25 #3 'x' "
-         "#0 'yz' #-7 #-16 ~0.5 #42 ~-3 #9 01 #1 #1 ~-0 #3 '2nd' 'first' 00 01 01 00 #11 #12 #15 #16 #1920 "
-         "#1080 #64 #48 |"},
+         "'Top Level' 'zuCore.zuCoreSettings' <0> #0 #0 #2 'alpha' 01 ~3 ~1 ~2 00 #0 ~1e+10 ~-0.5 ~0.25 #3 'x' #0 "
+         "'yz' #-7 #-16 ~0.5 #42 ~-3 #9 01 #1 #1 ~-0 #3 '2nd' 'first' 00 01 01 00 #11 #12 #15 #16 #1920 #1080 #64 #48 "
+         "|"},
         {"default settings", {6, 32}, [] { return Objects{new zuCoreSettings}; },
-         "'Top Level' 'zuCore.zuCoreSettings' #126 <0> #0 #0 #0 #0 #100 #0 ~0.001 #1 ~1 #0 #0 #256 01 #0 #0 #5 "
-         "#30 #800 #600 #320 #240 #0 #0 |"},
+         "'Top Level' 'zuCore.zuCoreSettings' #126 <0> #0 #0 #0 #0 #100 #0 ~0.001 #1 ~1 #0 #0 #256 01 #0 #0 #5 #30 "
+         "#800 #600 #320 #240 #0 #0 |"},
         // Spatial objects: name, controllers, local and world transformations, culling mode;
         // from 6.6 the world bound and the metadata; before it the bound and the states by
         // reference, ten metadata slots from 5.1 to 5.12, a dropped float up to 5.0.
         {"node and leaf", {6, 32}, nodeAndLeaf,
-         "'Top Level' 'zuCore.zuNode' #223 <0> 'root' #0 #0 ~-1 #0 ~1 #0 #0 #0 #0 ~1 ~1 ~2 ~3 ~2 ~2 ~2 00 01 "
-         "01 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~5 ~6 ~7 ~1 ~1 ~1 00 01 01 #2 ~13 ~3 ~4 ~12 ~1 ~2 ~3 #1 <1> #1 <2> |"
+         "'Top Level' 'zuCore.zuNode' #223 <0> 'root' #0 #0 ~-1 #0 ~1 #0 #0 #0 #0 ~1 ~1 ~2 ~3 ~2 ~2 ~2 00 01 01 ~1 #0 "
+         "#0 #0 ~1 #0 #0 #0 ~1 ~5 ~6 ~7 ~1 ~1 ~1 00 01 01 #2 ~13 ~3 ~4 ~12 ~1 ~2 ~3 #1 <1> #1 <2> |"
          "'zuCore.zuSemanticMetadata' #77 <1> #0 #0 #1 'PartNumber' 'A-1234' |"
-         "'zuTest.zuTestLeaf' #235 <2> 'bolt' #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 ~1 #0 "
-         "#0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 #0 ~-1 ~-1 ~-1 ~-1 00 00 #0 #0 #0 ~-364 07 40 ~0.5 "
-         "~0.5 ~2 #0 #0 #0 |"},
+         "'zuTest.zuTestLeaf' #235 <2> 'bolt' #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 ~1 #0 #0 #0 ~1 "
+         "#0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 #0 ~-1 ~-1 ~-1 ~-1 00 00 #0 #0 #0 ~-364 07 40 ~0.5 ~0.5 ~2 #0 #0 #0 "
+         "|"},
         {"node and leaf at 6.0", {6, 0}, nodeAndLeaf,
-         "'Top Level' 'zuCore.zuNode' #209 <0> 'root' #0 #0 ~-1 #0 ~1 #0 #0 #0 #0 ~1 ~1 ~2 ~3 ~2 ~2 ~2 00 01 "
-         "01 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~5 ~6 ~7 ~1 ~1 ~1 00 01 01 02 00 #0 <1> #0 #1 <2> #1 <3> |"
+         "'Top Level' 'zuCore.zuNode' #209 <0> 'root' #0 #0 ~-1 #0 ~1 #0 #0 #0 #0 ~1 ~1 ~2 ~3 ~2 ~2 ~2 00 01 01 ~1 #0 "
+         "#0 #0 ~1 #0 #0 #0 ~1 ~5 ~6 ~7 ~1 ~1 ~1 00 01 01 02 00 #0 <1> #0 #1 <2> #1 <3> |"
          "'zuCore.zuLegacySphereBV' #63 <1> #0 #0 ~1 ~2 ~3 ~13 |"
          "'zuCore.zuSemanticMetadata' #77 <2> #0 #0 #1 'PartNumber' 'A-1234' |"
-         "'zuTest.zuTestLeaf' #254 <3> 'bolt' #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 ~1 #0 "
-         "#0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 #1 #0 #0 #0 #0 #0 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 "
-         "~0.5 ~0.5 ~2 |", false},
+         "'zuTest.zuTestLeaf' #254 <3> 'bolt' #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 ~1 #0 #0 #0 ~1 "
+         "#0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 #1 #0 #0 #0 #0 #0 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~0.5 ~0.5 "
+         "~2 |", false},
         {"node and leaf at 5.5", {5, 5}, nodeAndLeaf,
-         "'Top Level' 'zuCore.zuNode' <0> 'root' #0 #0 ~-1 #0 ~1 #0 #0 #0 #0 ~1 ~1 ~2 ~3 ~2 ~2 ~2 00 01 01 ~1 "
-         "#0 #0 #0 ~1 #0 #0 #0 ~1 ~5 ~6 ~7 ~1 ~1 ~1 00 01 01 02 00 #0 <1> #0 #0 <2> #0 #0 #0 #0 #0 #0 #0 #0 #0 "
-         "#0 #0 #0 #0 #0 #0 #0 #0 #0 #1 <3> |"
+         "'Top Level' 'zuCore.zuNode' <0> 'root' #0 #0 ~-1 #0 ~1 #0 #0 #0 #0 ~1 ~1 ~2 ~3 ~2 ~2 ~2 00 01 01 ~1 #0 #0 "
+         "#0 ~1 #0 #0 #0 ~1 ~5 ~6 ~7 ~1 ~1 ~1 00 01 01 02 00 #0 <1> #0 #0 <2> #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 "
+         "#0 #0 #0 #0 #0 #1 <3> |"
          "'zuCore.zuLegacySphereBV' <1> #0 #0 ~1 ~2 ~3 ~13 |"
          "'zuCore.zuSemanticMetadata' <2> #0 #0 #1 'PartNumber' 'A-1234' |"
-         "'zuTest.zuTestLeaf' <3> 'bolt' #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 ~1 #0 #0 #0 "
-         "~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 #1 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 "
-         "#0 #0 #0 #0 #0 #0 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~0.5 ~0.5 ~2 |", false},
+         "'zuTest.zuTestLeaf' <3> 'bolt' #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 ~1 #0 #0 #0 ~1 #0 "
+         "#0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 #1 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 "
+         "#0 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~0.5 ~0.5 ~2 |", false},
         {"leaf at 5.0", {5, 0}, [] { return Objects{new zuTestLeaf(V3(1, 2, 3), V3(1, 1, 1))}; },
-         "'Top Level' 'zuTest.zuTestLeaf' <0> #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 ~1 "
-         "#0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 #1 #0 #0 #0 #0 #0 #0 ~1 ~2 ~3 ~1 #0 #0 #0 ~1 #0 #0 "
-         "#0 ~1 ~1 ~1 ~1 |"},
+         "'Top Level' 'zuTest.zuTestLeaf' <0> #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 ~1 #0 #0 #0 "
+         "~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 #1 #0 #0 #0 #0 #0 #0 ~1 ~2 ~3 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 ~1 |"},
         // Special nodes after the node part: a level's slots, the light or camera (with the
         // camera node's convention from 5.14), the external reference's path.
         {"level of detail", {6, 32}, [] {
@@ -365,70 +374,67 @@ const std::vector<zuRecordPin>& pins()
              dummy->SetName("hook");
              lod->attachLODChild(1, dummy);
              return Objects{lod.get()}; },
-         "'Top Level' 'zuCore.zuLODNode' #225 <0> 'lod' #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 "
-         "01 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 #0 ~-1 ~-1 ~-1 ~-1 #0 #0 #0 #0 #2 #0 #0 <1> "
-         "|"
-         "'zuCore.zuDummy' #204 <1> 'hook' #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 ~1 #0 #0 "
-         "#0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 #0 ~-1 ~-1 ~-1 ~-1 #0 #0 #0 #0 |"},
+         "'Top Level' 'zuCore.zuLODNode' #225 <0> 'lod' #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 ~1 "
+         "#0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 #0 ~-1 ~-1 ~-1 ~-1 #0 #0 #0 #0 #2 #0 #0 <1> |"
+         "'zuCore.zuDummy' #204 <1> 'hook' #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 ~1 #0 #0 #0 ~1 #0 "
+         "#0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 #0 ~-1 ~-1 ~-1 ~-1 #0 #0 #0 #0 |"},
         {"level of detail at 6.0", {6, 0}, [] { return Objects{new zuLODNode}; },
-         "'Top Level' 'zuCore.zuLODNode' #196 <0> #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 "
-         "~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 #257 #0 #0 #0 #0 #0 #0 #0 |"},
+         "'Top Level' 'zuCore.zuLODNode' #196 <0> #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 ~1 #0 "
+         "#0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 #257 #0 #0 #0 #0 #0 #0 #0 |"},
         {"light node", {6, 32}, [] { return Objects{new zuLightNode(framed<zuLight>())}; },
-         "'Top Level' 'zuCore.zuLightNode' #216 <0> #0 #0 #0 ~1 #0 ~1 #0 #0 #0 #0 ~-1 ~1 ~2 ~3 ~1 ~1 ~1 00 01 "
-         "01 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 #0 ~-1 ~-1 ~-1 ~-1 #0 #0 #0 #0 #0 <1> |"
-         "'zuCore.zuLight' #152 <1> #0 #0 #0 ~1 ~2 ~3 #0 ~1 #0 ~1 #0 #0 #0 #0 ~-1 #0 #0 #0 ~1 ~1 ~1 ~1 ~1 ~1 "
-         "~1 ~1 #0 #0 ~589232 40 ~1 01 |"},
+         "'Top Level' 'zuCore.zuLightNode' #216 <0> #0 #0 #0 ~1 #0 ~1 #0 #0 #0 #0 ~-1 ~1 ~2 ~3 ~1 ~1 ~1 00 01 01 ~1 "
+         "#0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 #0 ~-1 ~-1 ~-1 ~-1 #0 #0 #0 #0 #0 <1> |"
+         "'zuCore.zuLight' #152 <1> #0 #0 #0 ~1 ~2 ~3 #0 ~1 #0 ~1 #0 #0 #0 #0 ~-1 #0 #0 #0 ~1 ~1 ~1 ~1 ~1 ~1 ~1 ~1 #0 "
+         "#0 ~589232 40 ~1 01 |"},
         {"camera node", {6, 32}, [] { return Objects{new zuCameraNode(framed<zuCamera>(), ALONG_NEGATIVE_Z)}; },
-         "'Top Level' 'zuCore.zuCameraNode' #221 <0> #0 #0 #0 ~1 ~-0 #0 #0 ~-1 ~-1 #0 ~-0 ~1 ~2 ~3 ~1 ~1 ~1 00 "
-         "01 01 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 #0 ~-1 ~-1 ~-1 ~-1 #0 #0 #0 #0 #0 <1> #1 "
-         "|"
+         "'Top Level' 'zuCore.zuCameraNode' #221 <0> #0 #0 #0 ~1 ~-0 #0 #0 ~-1 ~-1 #0 ~-0 ~1 ~2 ~3 ~1 ~1 ~1 00 01 01 "
+         "~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 #0 ~-1 ~-1 ~-1 ~-1 #0 #0 #0 #0 #0 <1> #1 |"
          "'zuCore.zuCamera' #112 <1> #0 #0 ~1 ~2 ~3 #0 ~1 #0 ~1 #0 #0 #0 #0 ~-1 ~1 ~1000 ~-1 ~1 ~-1 ~1 01 |"},
         {"camera node at 5.14", {5, 14}, [] { return Objects{new zuCameraNode(framed<zuCamera>(), ALONG_NEGATIVE_Z)}; },
-         "'Top Level' 'zuCore.zuCameraNode' <0> #0 #0 #0 ~1 ~-0 #0 #0 ~-1 ~-1 #0 ~-0 ~1 ~2 ~3 ~1 ~1 ~1 00 01 "
-         "01 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 #257 #0 #0 #0 #0 #0 #0 <1> #1 |"
+         "'Top Level' 'zuCore.zuCameraNode' <0> #0 #0 #0 ~1 ~-0 #0 #0 ~-1 ~-1 #0 ~-0 ~1 ~2 ~3 ~1 ~1 ~1 00 01 01 ~1 #0 "
+         "#0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 #257 #0 #0 #0 #0 #0 #0 <1> #1 |"
          "'zuCore.zuCamera' <1> #0 #0 ~1 ~2 ~3 #0 ~1 #0 ~1 #0 #0 #0 #0 ~-1 ~1 ~1000 ~-1 ~1 ~-1 ~1 01 |"},
         {"camera node at 5.13", {5, 13}, [] { return Objects{new zuCameraNode(framed<zuCamera>(), ALONG_X)}; },
-         "'Top Level' 'zuCore.zuCameraNode' <0> #0 #0 #0 ~1 #0 ~1 #0 #0 #0 #0 ~-1 ~1 ~2 ~3 ~1 ~1 ~1 00 01 01 "
-         "~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 #257 #0 #0 #0 #0 #0 #0 <1> |"
+         "'Top Level' 'zuCore.zuCameraNode' <0> #0 #0 #0 ~1 #0 ~1 #0 #0 #0 #0 ~-1 ~1 ~2 ~3 ~1 ~1 ~1 00 01 01 ~1 #0 #0 "
+         "#0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 #257 #0 #0 #0 #0 #0 #0 <1> |"
          "'zuCore.zuCamera' <1> #0 #0 ~1 ~2 ~3 #0 ~1 #0 ~1 #0 #0 #0 #0 ~-1 ~1 ~1000 ~-1 ~1 ~-1 ~1 01 |"},
         {"billboard", {6, 32}, [] { return Objects{new zuBillboardNode(framed<zuCamera>())}; },
-         "'Top Level' 'zuCore.zuBillboardNode' #220 <0> #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 "
-         "01 01 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 #0 ~-1 ~-1 ~-1 ~-1 #0 #0 #0 #0 #0 <1> |"
+         "'Top Level' 'zuCore.zuBillboardNode' #220 <0> #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 "
+         "~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 #0 ~-1 ~-1 ~-1 ~-1 #0 #0 #0 #0 #0 <1> |"
          "'zuCore.zuCamera' #112 <1> #0 #0 ~1 ~2 ~3 #0 ~1 #0 ~1 #0 #0 #0 #0 ~-1 ~1 ~1000 ~-1 ~1 ~-1 ~1 01 |"},
         {"external reference", {6, 32}, [] { return Objects{new zuXRefNode("parts/bolt.mvk")}; },
-         "'Top Level' 'zuCore.zuXRefNode' #225 <0> #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 "
-         "~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 #0 ~-1 ~-1 ~-1 ~-1 #0 #0 #0 #0 #0 "
-         "'parts/bolt.mvk' |"},
+         "'Top Level' 'zuCore.zuXRefNode' #225 <0> #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 ~1 #0 "
+         "#0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 #0 ~-1 ~-1 ~-1 ~-1 #0 #0 #0 #0 #0 'parts/bolt.mvk' |"},
         // Geometry leaves: the spatial part, the model bound, the two state references and
         // two flags (before 6.6 a bound reference), the buffers, then each leaf's own fields.
         {"mesh", {6, 32}, [] { return quad(true); },
-         "'Top Level' 'zuCore.zuTriMesh' #268 <0> 'quad' #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~2 ~3 ~1 ~1 ~1 00 01 "
-         "01 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~2 ~3 ~1 ~1 ~1 00 01 01 00 ~-0.03125 1b 8f 3f ~1 ~0.5 #0 ~2 ~2.5 ~3 "
-         "00 ~-0.03125 1b 8f 3f ~1 ~0.5 #0 ~1 ~0.5 00 #0 #0 #0 #0 #0 01 <1> <2> |"
-         "'zuCore.zuVertexBuffer' #217 <1> #0 #0 #24 #4 #96 #0 #0 #0 #0 #0 ~1 ~2 #0 #0 #0 #0 ~1 ~2 ~1 #0 #0 #0 "
-         "~1 #0 ~1 #0 #0 #0 ~1 #3 #0 #3 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 |"
+         "'Top Level' 'zuCore.zuTriMesh' #268 <0> 'quad' #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~2 ~3 ~1 ~1 ~1 00 01 01 ~1 "
+         "#0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~2 ~3 ~1 ~1 ~1 00 01 01 00 ~-0.03125 1b 8f 3f ~1 ~0.5 #0 ~2 ~2.5 ~3 00 ~-0.03125 "
+         "1b 8f 3f ~1 ~0.5 #0 ~1 ~0.5 00 #0 #0 #0 #0 #0 01 <1> <2> |"
+         "'zuCore.zuVertexBuffer' #217 <1> #0 #0 #24 #4 #96 #0 #0 #0 #0 #0 ~1 ~2 #0 #0 #0 #0 ~1 ~2 ~1 #0 #0 #0 ~1 #0 "
+         "~1 #0 #0 #0 ~1 #3 #0 #3 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 |"
          "'zuCore.zuIndexBuffer' #62 <2> #0 #0 #6 #1 #1 ~-4.28689e+37 02 01 |"},
         {"mesh at 6.20", {6, 20}, [] { return quad(true); },
-         "'Top Level' 'zuCore.zuTriMesh' #334 <0> 'quad' #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~2 ~3 ~1 ~1 ~1 00 01 "
-         "01 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~2 ~3 ~1 ~1 ~1 00 01 01 00 #0 ~2 ~2.5 ~3 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 "
-         "~1 ~0.5 00 #0 #0 ~1 ~0.5 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~0.5 00 #0 #0 #0 #0 #0 01 <1> <2> |"
-         "'zuCore.zuVertexBuffer' #217 <1> #0 #0 #24 #4 #96 #0 #0 #0 #0 #0 ~1 ~2 #0 #0 #0 #0 ~1 ~2 ~1 #0 #0 #0 "
-         "~1 #0 ~1 #0 #0 #0 ~1 #3 #0 #3 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 |"
+         "'Top Level' 'zuCore.zuTriMesh' #334 <0> 'quad' #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~2 ~3 ~1 ~1 ~1 00 01 01 ~1 "
+         "#0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~2 ~3 ~1 ~1 ~1 00 01 01 00 #0 ~2 ~2.5 ~3 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~0.5 00 "
+         "#0 #0 ~1 ~0.5 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~0.5 00 #0 #0 #0 #0 #0 01 <1> <2> |"
+         "'zuCore.zuVertexBuffer' #217 <1> #0 #0 #24 #4 #96 #0 #0 #0 #0 #0 ~1 ~2 #0 #0 #0 #0 ~1 ~2 ~1 #0 #0 #0 ~1 #0 "
+         "~1 #0 #0 #0 ~1 #3 #0 #3 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 |"
          "'zuCore.zuIndexBuffer' #80 <2> #0 #0 #6 #1 #0 #1 #2 #0 #2 #3 #0 |"},
         {"mesh at 6.6", {6, 6}, [] { return quad(true); },
-         "'Top Level' 'zuCore.zuTriMesh' #334 <0> 'quad' #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~2 ~3 ~1 ~1 ~1 00 01 "
-         "01 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~2 ~3 ~1 ~1 ~1 00 01 01 00 #0 ~2 ~2.5 ~3 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 "
-         "~1 ~0.5 00 #0 #0 ~1 ~0.5 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~0.5 00 #0 #0 #0 #0 #0 01 <1> <2> |"
-         "'zuCore.zuVertexBuffer' #217 <1> #0 #0 #24 #4 #96 #0 #0 #0 #0 #0 ~1 ~2 #0 #0 #0 #0 ~1 ~2 ~1 #0 #0 #0 "
-         "~1 #0 ~1 #0 #0 #0 ~1 #3 #0 #3 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 |"
+         "'Top Level' 'zuCore.zuTriMesh' #334 <0> 'quad' #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~2 ~3 ~1 ~1 ~1 00 01 01 ~1 "
+         "#0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~2 ~3 ~1 ~1 ~1 00 01 01 00 #0 ~2 ~2.5 ~3 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~0.5 00 "
+         "#0 #0 ~1 ~0.5 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~0.5 00 #0 #0 #0 #0 #0 01 <1> <2> |"
+         "'zuCore.zuVertexBuffer' #217 <1> #0 #0 #24 #4 #96 #0 #0 #0 #0 #0 ~1 ~2 #0 #0 #0 #0 ~1 ~2 ~1 #0 #0 #0 ~1 #0 "
+         "~1 #0 #0 #0 ~1 #3 #0 #3 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 |"
          "'zuCore.zuIndexBuffer' #80 <2> #0 #0 #6 #1 #0 #1 #2 #0 #2 #3 #0 |"},
         {"mesh at 5.25", {5, 25}, [] { return quad(false); },
-         "'Top Level' 'zuCore.zuTriMesh' <0> 'quad' #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~2 ~3 ~1 ~1 ~1 00 01 01 "
-         "~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~2 ~3 ~1 ~1 ~1 00 #257 #0 <1> #0 #0 <2> <3> <4> |"
+         "'Top Level' 'zuCore.zuTriMesh' <0> 'quad' #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~2 ~3 ~1 ~1 ~1 00 01 01 ~1 #0 #0 "
+         "#0 ~1 #0 #0 #0 ~1 ~1 ~2 ~3 ~1 ~1 ~1 00 #257 #0 <1> #0 #0 <2> <3> <4> |"
          "'zuCore.zuLegacySphereBV' <1> #0 #0 ~2 ~2.5 ~3 bd 1b 8f 3f |"
          "'zuCore.zuLegacySphereBV' <2> #0 #0 ~1 ~0.5 00 ~-0.03125 1b 8f 3f |"
-         "'zuCore.zuVertexBuffer' <3> #0 #0 #24 #4 #96 #0 #0 #0 #0 #0 ~1 ~2 #0 #0 #0 #0 ~1 ~2 ~1 #0 #0 #0 ~1 "
-         "#0 ~1 #0 #0 #0 ~1 #3 #0 #3 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 |"
+         "'zuCore.zuVertexBuffer' <3> #0 #0 #24 #4 #96 #0 #0 #0 #0 #0 ~1 ~2 #0 #0 #0 #0 ~1 ~2 ~1 #0 #0 #0 ~1 #0 ~1 #0 "
+         "#0 #0 ~1 #3 #0 #3 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 |"
          "'zuCore.zuIndexBuffer' <4> #0 #0 #6 #1 #0 #1 #2 #0 #2 #3 #0 |", false},
         {"leaves", {6, 32}, [] {
              zuPointer<zuGeometry> geometry = new zuGeometry;
@@ -441,39 +447,37 @@ const std::vector<zuRecordPin>& pins()
              zuPointer<zuPoint> point = new zuPoint;
              point->SetPointSize(2.5f);
              return Objects{new zuTriangles, geometry.get(), generic.get(), line.get(), point.get()}; },
-         "'Top Level' 'zuCore.zuTriangles' #266 <0> #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 "
-         "01 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 #0 ~-1 ~-1 ~-1 ~-1 #0 #0 #0 #0 ~-1 ~-1 ~-1 "
-         "~-1 00 00 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 |"
-         "'Top Level' 'zuCore.zuGeometry' #269 <1> #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 "
-         "~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 #0 ~-1 ~-1 ~-1 ~-1 #0 #0 #0 #0 ~-1 ~-1 ~-1 ~-1 "
-         "00 00 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 78 56 34 12 |"
-         "'Top Level' 'zuCore.zuGenericGeometry' #304 <2> #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 "
-         "01 01 01 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 #0 ~-1 ~-1 ~-1 ~-1 #0 #0 #0 #0 ~-1 "
-         "~-1 ~-1 ~-1 00 00 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #4 #16 23 64 65 66 69 6e 65 20 53 45 43 54 49 4f "
-         "4e 0a 'Sect' |"
-         "'Top Level' 'zuCore.zuLine' #265 <3> #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 ~1 "
-         "#0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 #0 ~-1 ~-1 ~-1 ~-1 #0 #0 #0 #0 ~-1 ~-1 ~-1 ~-1 00 "
-         "00 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #1 |"
-         "'Top Level' 'zuCore.zuPoint' #266 <4> #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 ~1 "
-         "#0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 #0 ~-1 ~-1 ~-1 ~-1 #0 #0 #0 #0 ~-1 ~-1 ~-1 ~-1 00 "
-         "00 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 ~2.5 |"},
+         "'Top Level' 'zuCore.zuTriangles' #266 <0> #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 ~1 #0 "
+         "#0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 #0 ~-1 ~-1 ~-1 ~-1 #0 #0 #0 #0 ~-1 ~-1 ~-1 ~-1 00 00 #0 #0 "
+         "#0 #0 #0 #0 #0 #0 #0 #0 #0 |"
+         "'Top Level' 'zuCore.zuGeometry' #269 <1> #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 ~1 #0 "
+         "#0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 #0 ~-1 ~-1 ~-1 ~-1 #0 #0 #0 #0 ~-1 ~-1 ~-1 ~-1 00 00 #0 #0 "
+         "#0 #0 #0 #0 #0 #0 #0 #0 #0 78 56 34 12 |"
+         "'Top Level' 'zuCore.zuGenericGeometry' #304 <2> #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 "
+         "~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 #0 ~-1 ~-1 ~-1 ~-1 #0 #0 #0 #0 ~-1 ~-1 ~-1 ~-1 00 00 "
+         "#0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #0 #4 #16 23 64 65 66 69 6e 65 20 53 45 43 54 49 4f 4e 0a 'Sect' |"
+         "'Top Level' 'zuCore.zuLine' #265 <3> #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 ~1 #0 #0 "
+         "#0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 #0 ~-1 ~-1 ~-1 ~-1 #0 #0 #0 #0 ~-1 ~-1 ~-1 ~-1 00 00 #0 #0 #0 "
+         "#0 #0 #0 #0 #0 #0 #0 #0 #1 |"
+         "'Top Level' 'zuCore.zuPoint' #266 <4> #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 ~1 #0 #0 "
+         "#0 ~1 #0 #0 #0 ~1 #0 #0 #0 ~1 ~1 ~1 01 01 01 #0 ~-1 ~-1 ~-1 ~-1 #0 #0 #0 #0 ~-1 ~-1 ~-1 ~-1 00 00 #0 #0 #0 "
+         "#0 #0 #0 #0 #0 #0 #0 #0 ~2.5 |"},
         // Vertex buffers: vertex size, quantity, data size (in floats up to 5.1), the block,
         // the channel counts; the six user families from 5.2 on.
         {"vertices", {6, 32}, [] { return vertexBuffer(true); },
-         "'Top Level' 'zuCore.zuVertexBuffer' #217 <0> #0 #0 #40 #2 #80 01 04 07 0a 0d 10 13 16 19 1c 1f 22 25 "
-         "28 2b 2e 31 34 37 3a 3d ~812084 4c 4f 52 55 58 5b 5e 61 64 67 6a 6d ~7.99779e+34 7c 7f 82 85 88 8b "
-         "8e 91 94 97 9a 9d a0 a3 a6 a9 ac af b2 b5 b8 bb be c1 c4 c7 ca cd d0 d3 d6 d9 dc df e2 e5 e8 eb ee "
-         "#3 #0 #0 #1 #4 #0 #0 #0 #2 #0 #2 #0 #0 #0 #0 #0 #1 #2 #0 #0 |"},
+         "'Top Level' 'zuCore.zuVertexBuffer' #217 <0> #0 #0 #40 #2 #80 01 04 07 0a 0d 10 13 16 19 1c 1f 22 25 28 2b "
+         "2e 31 34 37 3a 3d ~812084 4c 4f 52 55 58 5b 5e 61 64 67 6a 6d ~7.99779e+34 7c 7f 82 85 88 8b 8e 91 94 97 9a "
+         "9d a0 a3 a6 a9 ac af b2 b5 b8 bb be c1 c4 c7 ca cd d0 d3 d6 d9 dc df e2 e5 e8 eb ee #3 #0 #0 #1 #4 #0 #0 #0 "
+         "#2 #0 #2 #0 #0 #0 #0 #0 #1 #2 #0 #0 |"},
         {"vertices at 5.2", {5, 2}, [] { return vertexBuffer(true); },
-         "'Top Level' 'zuCore.zuVertexBuffer' <0> #0 #0 #40 #2 #80 01 04 07 0a 0d 10 13 16 19 1c 1f 22 25 28 "
-         "2b 2e 31 34 37 3a 3d ~812084 4c 4f 52 55 58 5b 5e 61 64 67 6a 6d ~7.99779e+34 7c 7f 82 85 88 8b 8e "
-         "91 94 97 9a 9d a0 a3 a6 a9 ac af b2 b5 b8 bb be c1 c4 c7 ca cd d0 d3 d6 d9 dc df e2 e5 e8 eb ee #3 "
-         "#0 #0 #1 #4 #0 #0 #0 #2 #0 #2 #0 #0 #0 #0 #0 #1 #2 #0 #0 |"},
+         "'Top Level' 'zuCore.zuVertexBuffer' <0> #0 #0 #40 #2 #80 01 04 07 0a 0d 10 13 16 19 1c 1f 22 25 28 2b 2e 31 "
+         "34 37 3a 3d ~812084 4c 4f 52 55 58 5b 5e 61 64 67 6a 6d ~7.99779e+34 7c 7f 82 85 88 8b 8e 91 94 97 9a 9d a0 "
+         "a3 a6 a9 ac af b2 b5 b8 bb be c1 c4 c7 ca cd d0 d3 d6 d9 dc df e2 e5 e8 eb ee #3 #0 #0 #1 #4 #0 #0 #0 #2 #0 "
+         "#2 #0 #0 #0 #0 #0 #1 #2 #0 #0 |"},
         {"vertices at 5.1", {5, 1}, [] { return vertexBuffer(false); },
-         "'Top Level' 'zuCore.zuVertexBuffer' <0> #0 #0 #9 #2 #18 01 04 07 0a 0d 10 13 16 19 1c 1f 22 25 28 2b "
-         "2e 31 34 37 3a 3d ~812084 4c 4f 52 55 58 5b 5e 61 64 67 6a 6d ~7.99779e+34 7c 7f 82 85 88 8b 8e 91 "
-         "94 97 9a 9d a0 a3 a6 a9 ac af b2 b5 b8 bb be c1 c4 c7 ca cd d0 d3 d6 #3 #0 #0 #1 #4 #0 #0 #0 #2 #0 "
-         "#2 #0 #0 |"},
+         "'Top Level' 'zuCore.zuVertexBuffer' <0> #0 #0 #9 #2 #18 01 04 07 0a 0d 10 13 16 19 1c 1f 22 25 28 2b 2e 31 "
+         "34 37 3a 3d ~812084 4c 4f 52 55 58 5b 5e 61 64 67 6a 6d ~7.99779e+34 7c 7f 82 85 88 8b 8e 91 94 97 9a 9d a0 "
+         "a3 a6 a9 ac af b2 b5 b8 bb be c1 c4 c7 ca cd d0 d3 d6 #3 #0 #0 #1 #4 #0 #0 #0 #2 #0 #2 #0 #0 |"},
         {"vertices at 4.3", {4, 3}, [] {
              zuAttributes old;
              old.SetPositionChannels(3);
@@ -484,9 +488,9 @@ const std::vector<zuRecordPin>& pins()
              for (int k = 0; k < buffer->GetDataSize(); ++k)
                  buffer->GetData()[k] = static_cast<char>(200 - k);
              return Objects{buffer.get()}; },
-         "'Top Level' 'zuCore.zuVertexBuffer' <0> #0 #0 0b 00 00 #256 #2816 ~-25572 c5 c4 c3 c2 c1 c0 bf be bd "
-         "bc bb ba b9 b8 b7 b6 b5 b4 b3 b2 b1 b0 af ae ad ac ab aa a9 a8 a7 a6 a5 a4 a3 a2 a1 a0 9f 9e 9d #3 "
-         "#3 #1 #3 #1 #2 |"},
+         "'Top Level' 'zuCore.zuVertexBuffer' <0> #0 #0 0b 00 00 #256 #2816 ~-25572 c5 c4 c3 c2 c1 c0 bf be bd bc bb "
+         "ba b9 b8 b7 b6 b5 b4 b3 b2 b1 b0 af ae ad ac ab aa a9 a8 a7 a6 a5 a4 a3 a2 a1 a0 9f 9e 9d #3 #3 #1 #3 #1 #2 "
+         "|"},
     };
     return table;
 }

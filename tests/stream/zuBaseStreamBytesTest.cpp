@@ -1,4 +1,4 @@
-// Pins the exact bytes the stream writes for a small graph, and reads them back.
+// A small graph read back: shared children linked once, controllers to their objects.
 
 #include "support/zuTestObjects.h"
 
@@ -11,39 +11,6 @@ class BaseStreamBytes : public ::testing::Test {
 protected:
     zuTestFactories factories;
 };
-
-uint64_t id(const void* object)
-{
-    return reinterpret_cast<uintptr_t>(object);
-}
-
-TEST_F(BaseStreamBytes, RecordsOfVersion6CarryTheirSizeAndAppearOnceInDepthFirstOrder)
-{
-    zuSmallGraph g;
-    // Record sizes count from the type name's length field onward.
-    const int nodeHeader = 4 + 17 + 4 + 8;  // "zuTest.zuTestNode"
-    zuBytes expected;
-    expected.str("Top Level");
-    expected.str("zuTest.zuTestNode").i32(nodeHeader + 4 + 4 + 4 + 8 + 4 + 4 + 16).u64(id(g.root));
-    expected.str("root").i32(1).u64(id(g.c)).i32(7).i32(2).u64(id(g.a)).u64(id(g.b));
-    // The controller part: clamp, [0, 0], phase 0, frequency 1, active, its object.
-    const double times[] = {0.0, 0.0, 0.0, 1.0};
-    expected.str("zuTest.zuTestController").i32(4 + 23 + 4 + 8 + 4 + 3 + 4 + 45).u64(id(g.c)).str("ctl").i32(0);
-    expected.i32(0).raw(times, sizeof(times)).u8(1).u64(id(g.root));
-    expected.str("zuTest.zuTestNode").i32(nodeHeader + 4 + 1 + 4 + 4 + 4).u64(id(g.a));
-    expected.str("a").i32(0).i32(1).i32(0);
-    expected.str("zuTest.zuTestNode").i32(nodeHeader + 4 + 1 + 4 + 4 + 4 + 8).u64(id(g.b));
-    expected.str("b").i32(0).i32(2).i32(1).u64(id(g.a));
-    EXPECT_EQ(saveToBytes({g.root}, zuStreamVersion(6, 32)), expected.bytes());
-}
-
-TEST_F(BaseStreamBytes, RecordsBeforeVersion6HaveNoSizeField)
-{
-    zuPointer<zuTestNode> leaf = new zuTestNode("x", -1);
-    zuBytes expected;
-    expected.str("Top Level").str("zuTest.zuTestNode").u64(id(leaf)).str("x").i32(0).i32(-1).i32(0);
-    EXPECT_EQ(saveToBytes({leaf}, zuStreamVersion(5, 20)), expected.bytes());
-}
 
 TEST_F(BaseStreamBytes, LoadRebuildsTheGraphWithSharedChildrenLinkedOnceAndSavesItAgainAlike)
 {

@@ -203,6 +203,26 @@ std::string pinOf(const std::vector<zuPointer<zuRttiInterface>>& topLevel, zuStr
     return saved.ok ? textOf(saved) : std::string();
 }
 
+std::vector<char> pinBytes(const std::string& text)
+{
+    std::vector<uint64_t> identities;
+    for (uint64_t k = 1; k <= 64; ++k)
+        identities.push_back(0x1000 * k);
+    std::vector<size_t> ends;
+    return bytesOf(text, identities, ends);
+}
+
+std::vector<zuPointer<zuRttiInterface>> loadPin(std::vector<char> bytes, zuStreamVersion version)
+{
+    zuBaseStream stream;
+    stream.SetVersion(version);
+    std::vector<zuPointer<zuRttiInterface>> loaded;
+    if (stream.Load(bytes.data(), bytes.size()))
+        for (int i = 0; i < stream.GetObjectCount(); ++i)
+            loaded.emplace_back(stream.GetObjectAt(i));
+    return loaded;
+}
+
 ::testing::AssertionResult checkPin(const zuRecordPin& pin)
 {
     const std::vector<zuPointer<zuRttiInterface>> objects = pin.make();

@@ -36,4 +36,11 @@ std::string pinOf(const std::vector<zuPointer<zuRttiInterface>>& topLevel, zuStr
 
 ::testing::AssertionResult checkPin(const zuRecordPin& pin);
 
+// The bytes a pin's text stands for, <k> read as the identity 0x1000 * (k + 1): records
+// written by hand, to be loaded.
+std::vector<char> pinBytes(const std::string& text);
+
+// What loading `bytes` at `version` hands out: the top-level objects; empty when it fails.
+std::vector<zuPointer<zuRttiInterface>> loadPin(std::vector<char> bytes, zuStreamVersion version = {6, 32});
+
 } // namespace zu::test

@@ -84,6 +84,8 @@ TEST_F(ZusgCommands, EveryCommandAnswersWithItsStatusAndFirstLine)
         std::string text;  // at the start of standard output, else anywhere in standard error
     } cases[] = {
         {{"--version"}, 0, "zuSceneGraph 3.0.0.17"},
+        {{"version"}, 0, "zuSceneGraph 3.0.0.17 2022-7\n"},
+        {{"--help"}, 0, "usage: zusg COMMAND"},
         {{"info", "--help"}, 0, "usage:\n  zusg info FILE [--lazy]\n"},
         {{"view", "-h", "x"}, 0, "usage:\n  zusg view FILE [-o OUT.svg]"},
         {{"info", w1}, 0, "file        " + w1 + ", "},
@@ -98,6 +100,13 @@ TEST_F(ZusgCommands, EveryCommandAnswersWithItsStatusAndFirstLine)
         {{"convert", w1, file("folder.mvk").string()}, 1, "folder.mvk: is a directory"},
         {{"convert", w1, file("out.mvk").string(), "--version", "5.0"}, 1, "must name a stream version from 6.0 to 6.32"},
         {{"info"}, 2, "usage:\n  zusg info"},
+        {{}, 2, "usage: zusg COMMAND"},
+        {{"frobnicate"}, 2, "unknown command 'frobnicate'"},
+        {{"dump", "a.mvk", "b.mvk"}, 2, "zusg dump [--no-fields] FILE"},
+        {{"dump"}, 2, ""},
+        {{"dump", "--no-fields"}, 2, ""},
+        {{"dump", "--fields-please", "a.mvk"}, 2, ""},
+        {{"version", "extra"}, 2, ""},
         {{"info", w1, "--fast"}, 2, ""},
         {{"tree", w1, "--depth", "-1"}, 2, "--depth takes a whole number"},
         {{"convert", w1}, 2, ""},
@@ -110,7 +119,7 @@ TEST_F(ZusgCommands, EveryCommandAnswersWithItsStatusAndFirstLine)
     };
     for (const auto& c : cases) {
         const RunResult r = run(c.arguments);
-        EXPECT_EQ(r.status, c.status) << c.arguments[0] << " " << c.arguments.back() << "\n" << r.err;
+        EXPECT_EQ(r.status, c.status) << (c.arguments.empty() ? "" : c.arguments[0] + " " + c.arguments.back()) << "\n" << r.err;
         if (c.status == 0)
             EXPECT_EQ(r.out.substr(0, c.text.size()), c.text);
         else
@@ -119,6 +128,7 @@ TEST_F(ZusgCommands, EveryCommandAnswersWithItsStatusAndFirstLine)
     const RunResult newer = run({"info", file("newer.mvk").string()});
     EXPECT_EQ(newer.status, 0);
     EXPECT_TRUE(has(newer.err, "newer.mvk: warning: the stream version 9.01 is newer than this library's 6.32\n"));
+    EXPECT_TRUE(has(run({"version"}).out, "\ndefault output stream version  6.32\n"));
     const RunResult info = run({"info", w1});
     for (const char* line : {"\nformat      object stream, MVK 6.32\n", "\nparts       64\n", "\ntriangles   768\n", "\nvertices    1,536\n",
                              "\n  zuCore.zuNode                                   9\n",

@@ -1,13 +1,11 @@
-// The memory and delegate devices: positions, bounds and errors.
+// The memory device: positions, bounds and errors.
 
-#include <zuSystem/zuDelegateIoDevice.h>
 #include <zuSystem/zuMemoryIoDevice.h>
 
 #include <gtest/gtest.h>
 
 #include <string>
 
-using zu::zuDelegateIoDevice;
 using zu::zuIoDevice;
 using zu::zuMemoryIoDevice;
 
@@ -46,30 +44,4 @@ TEST(zuMemoryIoDeviceTest, SeekStaysWithinTheBytes)
     EXPECT_EQ(device.read(buffer, 4), 0);
     EXPECT_EQ(device.write("q", 1), 1);
     EXPECT_EQ(std::string(device.data().begin(), device.data().end()), std::string(6, '\0') + "q");
-}
-
-TEST(zuDelegateIoDeviceTest, ForwardsAndMirrorsTargetErrors)
-{
-    zuMemoryIoDevice memory;
-    zuDelegateIoDevice device(&memory);
-    EXPECT_EQ(device.write("hello", 5), 5);
-    EXPECT_TRUE(device.seek(1));
-    EXPECT_EQ(memory.pos(), 1);
-    EXPECT_EQ(device.size(), 5);
-    EXPECT_FALSE(device.isError());
-    EXPECT_FALSE(device.seek(100));
-    EXPECT_TRUE(memory.isError());
-    EXPECT_TRUE(device.isError());
-}
-
-TEST(zuDelegateIoDeviceTest, WithoutTargetEverythingFails)
-{
-    zuDelegateIoDevice device(nullptr);
-    char byte = 0;
-    EXPECT_FALSE(device.isOpen());
-    EXPECT_EQ(device.read(&byte, 1), -1);
-    EXPECT_FALSE(device.seek(0));
-    EXPECT_FALSE(device.flush());
-    EXPECT_EQ(device.pos(), -1);
-    EXPECT_TRUE(device.isError());
 }

@@ -48,16 +48,14 @@ TEST(zuVariantTest, ToStringRoundTrips)
 
 TEST(zuVariantTest, CopiesAreDeep)
 {
-    zuVariant original(zuVariant::zuVariantListImpl{zuVariant(Map{{"a", zuVariant(1)}}), zuVariant("x")});
-    zuVariant copy(original);
-    (*(*copy.toList())[0].toMap())["a"] = zuVariant(2);
-    EXPECT_EQ((*original.toList())[0].toMap()->value("a").toInt(), 1);
-    EXPECT_NE(original, copy);
-
-    zuVariant assigned;
+    const zuVariant original(Map{{"a", zuVariant(Map{{"b", zuVariant(1)}})}});
+    zuVariant copy(original), assigned;
     assigned = original;
-    EXPECT_EQ(assigned, original);
-    EXPECT_NE(assigned.toList(), original.toList());
+    for (zuVariant* changed : {&copy, &assigned}) {
+        (*(*changed->toMap())["a"].toMap())["b"] = zuVariant(2);
+        EXPECT_EQ(original.toMap()->value("a").toMap()->value("b").toInt(), 1);
+        EXPECT_NE(original, *changed);
+    }
 }
 
 TEST(zuVariantTest, AssignFromOwnElement)
@@ -86,8 +84,6 @@ TEST(zuVariantTest, EqualityAndMapLookup)
     Map b = a;
     EXPECT_EQ(zuVariant(a), zuVariant(b));
     b["y"] = zuVariant("t");
-    EXPECT_NE(zuVariant(a), zuVariant(b));
-    b.erase("y");
     EXPECT_NE(zuVariant(a), zuVariant(b));
 
     EXPECT_FALSE(a.value("absent").isValid());

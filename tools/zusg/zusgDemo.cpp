@@ -239,7 +239,7 @@ int drawStep(const Leaves& seen, const zu::zuCamera& camera, const std::string& 
     std::string svg;
     if (!builder.build(seen, svg) || !writeFileSafely(path, svg))
         return fail("could not draw the view into " + path);
-    printStep("view", grouped(builder.getReport().triangles) + " triangles drawn as SVG, " + grouped(svg.size()) + " bytes",
+    printStep("view", counted(builder.getReport().triangles, "triangle") + " drawn as SVG, " + grouped(svg.size()) + " bytes",
               watch.milliseconds());
     std::error_code error;
     const std::filesystem::path shown = std::filesystem::absolute(path, error);

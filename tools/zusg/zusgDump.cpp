@@ -6,30 +6,35 @@
 // cannot be walked that way: they are loaded through zuFileStream and their top-level
 // objects listed.
 //
-// Below a record of a type that a field printer knows (zusgFields.h), the fields of its
-// object follow, indented; --no-fields leaves them out. In a 6.0+ stream each such record
-// is loaded on its own (zusgRecordObject.h), so that a broken record shows a note and the
-// walk goes on.
+// Below a record of a known type the fields of its object follow, indented, as its class
+// describes them (zuRttiInterface::Describe); --no-fields leaves them out. A 6.0+ stream is
+// loaded as a whole for them, its blocks left in the file and read back one at a time, so
+// that a reference reads as the identifier of the record it refers to. When the stream does
+// not load as a whole, each record is loaded on its own (zusgRecordObject.h): a broken
+// record then shows a note, the walk goes on, and references read as null.
 
 #include "zusgByteCursor.h"
 #include "zusgCommand.h"
-#include "zusgFields.h"
+#include "zusgFieldText.h"
+#include "zusgLibraryMessages.h"
 #include "zusgLibraryScope.h"
+#include "zusgModel.h"
 #include "zusgRecordObject.h"
 #include "zusgRecordWalker.h"
+#include "zusgStreamObjects.h"
+#include "zusgText.h"
 
 #include <zuSceneGraph/objects/zuObject.h>
-#include <zuSceneGraph/stream/zuDataStreamLoader.h>
-#include <zuSceneGraph/stream/zuFileStream.h>
-#include <zuSceneGraph/zuSceneGraph.h>
+#include <zuSceneGraph/resources/zuDynamicLoadingResource.h>
+#include <zuSceneGraph/resources/zuRendererInterface.h>
 #include <zuSystem/zuFileIoDevice.h>
 
 #include <algorithm>
 #include <cinttypes>
 #include <cstdio>
-#include <filesystem>
 #include <iostream>
 #include <map>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -43,9 +48,10 @@ bool isKnownType(const std::string& type)
     return zu::zuRttiInterface::GetFactory(type) != nullptr;
 }
 
-// Records larger than this are not loaded for their fields: the record and the object
-// built from it would both sit in memory, for a few lines of output.
-constexpr int32_t MAX_FIELD_RECORD_SIZE = 64 * 1024 * 1024;
+// Records larger than this are not loaded on their own for their fields, nor blocks read
+// back: the bytes and the object built from them would both sit in memory, for a few lines
+// of output.
+constexpr int32_t MAX_FIELD_BYTES = 64 * 1024 * 1024;
 // The fields of an old stream's objects sit under the type column, after the index.
 constexpr int LEGACY_FIELD_INDENT = 5 + 2;
 
@@ -56,6 +62,28 @@ void printIndented(const std::string& text, int indent)
     std::string line;
     while (std::getline(lines, line))
         std::printf("%*s%s\n", indent, "", line.c_str());
+}
+
+// A reference of an object that no listing names: null, or its type.
+std::string typeLabel(const zu::zuRttiInterface* object)
+{
+    return object ? std::string(1, '(').append(object->GetType().GetName()).append(")") : "null";
+}
+
+// The fields of `object` as its class describes them. A block left in the file is read
+// back for the description and dropped again.
+std::string describe(const zu::zuRttiInterface& object, const FieldText::ReferenceLabel& label)
+{
+    std::ostringstream text;
+    std::optional<zu::zuRendererInterface::ResidentScope> resident;
+    const auto* resource = dynamic_cast<const zu::zuDynamicLoadingResource*>(&object);
+    if (resource && resource->getCPUSize() <= static_cast<uint64_t>(MAX_FIELD_BYTES)) {
+        const LibraryMessages quiet;
+        resident.emplace(resource);
+    }
+    FieldText fields(text, label);
+    zu::zuRttiInterface::Describe(object, fields);
+    return text.str();
 }
 
 // The bytes of a record, from its type name to its end; the cursor is left where it was.
@@ -70,8 +98,10 @@ bool readRecordBytes(ByteCursor& cursor, const Record& record, std::vector<char>
 // Prints the listing of a walk, one line per record, and the summary that follows it.
 class RecordListing {
 public:
-    RecordListing(uint64_t fileSize, ByteCursor& cursor, const zu::zuStreamVersion& version, bool showFields)
-        : mCursor(cursor), mVersion(version), mShowFields(showFields)
+    // `objects`: the stream loaded as a whole; null when each record is loaded on its own.
+    RecordListing(uint64_t fileSize, ByteCursor& cursor, const zu::zuStreamVersion& version, bool showFields,
+                  const StreamObjects* objects)
+        : mCursor(cursor), mVersion(version), mShowFields(showFields), mObjects(objects)
     {
         mOffsetWidth = std::max(6, static_cast<int>(std::to_string(fileSize).size()));
         std::printf("%*s  %-3s  %10s  %-18s  %s\n", mOffsetWidth, "offset", "top", "size", "identifier", "type");
@@ -80,8 +110,8 @@ public:
     void add(const Record& record)
     {
         const bool known = isKnownType(record.type);
-        std::printf("%*" PRIu64 "  %-3s  %10d  0x%016" PRIx64 "  %s%s\n", mOffsetWidth, record.offset,
-                    record.topLevel ? "yes" : "no", record.size, record.identifier, record.type.c_str(),
+        std::printf("%*" PRIu64 "  %-3s  %10d  %s  %s%s\n", mOffsetWidth, record.offset, record.topLevel ? "yes" : "no",
+                    record.size, identifierText(record.identifier).c_str(), record.type.c_str(),
                     known ? "" : "  (unknown)");
         ++mRecords;
         if (record.topLevel)
@@ -94,14 +124,14 @@ public:
 
     void printSummary() const
     {
-        std::printf("%" PRIu64 " records, %" PRIu64 " top-level", mRecords, mTopLevel);
+        std::printf("%s, %s top-level", counted(mRecords, "record").c_str(), grouped(mTopLevel).c_str());
         if (!mUnknown.empty()) {
             std::printf("; types no registered factory knows:");
             for (const auto& [type, count] : mUnknown)
-                std::printf(" %s (%" PRIu64 ")", type.c_str(), count);
+                std::printf(" %s (%s)", type.c_str(), grouped(count).c_str());
         }
         if (mFieldsNotShown > 0)
-            std::printf("; %" PRIu64 " with fields not shown", mFieldsNotShown);
+            std::printf("; %s with fields not shown", grouped(mFieldsNotShown).c_str());
         std::printf("\n");
     }
 
@@ -109,29 +139,34 @@ private:
     // The fields below the record line, indented to the column after the offsets.
     void printFields(const Record& record)
     {
-        const FieldRegistry::Entry* printer = fieldPrinters().find(record.type);
-        if (!printer)
-            return;
-        std::ostringstream fields;
+        std::string fields;
         std::string failure;
-        if (record.size > MAX_FIELD_RECORD_SIZE) {
+        if (mObjects) {
+            const zu::zuRttiInterface* object = mObjects->at(mKnownRecords++);
+            if (object && record.type == object->GetType().GetName())
+                fields = describe(*object, [this](const zu::zuRttiInterface* o) { return mObjects->label(o); });
+            else
+                failure = "the stream built no object of this record";
+        } else if (record.size > MAX_FIELD_BYTES) {
             failure = "the record is larger than ";
-            failure.append(std::to_string(MAX_FIELD_RECORD_SIZE >> 20)).append(" MiB");
+            failure.append(std::to_string(MAX_FIELD_BYTES >> 20)).append(" MiB");
         } else if (!readRecordBytes(mCursor, record, mBytes)) {
             failure = "the record cannot be read again";
-        } else {
-            printRecordFields(mBytes, mVersion, *printer, fields, failure);  // sets `failure` when it fails
+        } else if (const zu::zuPointer<zu::zuRttiInterface> object = loadRecordAlone(mBytes, mVersion, failure)) {
+            fields = describe(*object, typeLabel);
         }
         if (!failure.empty()) {
-            fields << "fields not shown: " << failure << "\n";
+            fields += "fields not shown: " + failure + "\n";
             ++mFieldsNotShown;
         }
-        printIndented(fields.str(), mOffsetWidth + 2);
+        printIndented(fields, mOffsetWidth + 2);
     }
 
     ByteCursor& mCursor;
     zu::zuStreamVersion mVersion;
     bool mShowFields;
+    const StreamObjects* mObjects;
+    size_t mKnownRecords = 0;
     std::vector<char> mBytes;
     uint64_t mFieldsNotShown = 0;
     int mOffsetWidth = 6;
@@ -142,7 +177,14 @@ private:
 
 int dumpRecords(const std::string& path, ByteCursor& cursor, RecordWalker& walker, bool showFields)
 {
-    RecordListing listing(cursor.size(), cursor, walker.version(), showFields);
+    StreamObjects objects;
+    std::string failure;
+    const bool whole = showFields && objects.load(path, failure);
+    if (showFields && !whole)
+        std::printf("each record is loaded on its own, its references reading as null: the stream does not load as"
+                    " a whole (%s)\n",
+                    failure.c_str());
+    RecordListing listing(cursor.size(), cursor, walker.version(), showFields, whole ? &objects : nullptr);
     Record record;
     while (walker.next(record))
         listing.add(record);
@@ -156,51 +198,10 @@ int dumpRecords(const std::string& path, ByteCursor& cursor, RecordWalker& walke
     return Success;
 }
 
-// A file stream that remembers where its record loop stopped: before 6.0 a record of an
-// unknown type ends the load without an error, and the records after it are not read.
-// A stream loader told of every object built keeps the offset where the last one ended.
-class LegacyStream : public zu::zuFileStream {
-public:
-    LegacyStream() : mTracker(*this) { registerStreamLoader(&zu::zuObject::TYPE, &mTracker); }
-    ~LegacyStream() override { unregisterStreamLoader(&zu::zuObject::TYPE); }
-
-    bool load() override
-    {
-        mRecordEnd = GetOffset();
-        const bool loaded = zu::zuFileStream::load();
-        mComplete = !hasRemainingData();
-        return loaded;
-    }
-    // Where the record that could not be read starts (when the load is not complete).
-    uint64_t stopOffset() const { return mRecordEnd; }
-    bool complete() const { return mComplete; }
-
-private:
-    class RecordEndTracker : public zu::zuDataStreamLoader {
-    public:
-        explicit RecordEndTracker(LegacyStream& stream) : mStream(stream) {}
-        bool onObjectLoad() override
-        {
-            mStream.mRecordEnd = mStream.GetOffset();
-            return true;
-        }
-        bool waitForEnd(zu::zuProgressNotifierInterface*) override { return true; }
-        void cancel() override {}
-        void reset() override {}
-
-    private:
-        LegacyStream& mStream;
-    };
-
-    RecordEndTracker mTracker;
-    uint64_t mRecordEnd = 0;
-    bool mComplete = false;
-};
-
 int dumpLegacyObjects(const std::string& path, bool showFields)
 {
     zu::zuFileIoDevice device(path, zu::zuFileIoDevice::ReadOnly);
-    LegacyStream stream;
+    TrackingStream stream;
     const bool loaded = stream.Load(device, path);
     std::fflush(stdout);
     if (!loaded) {
@@ -211,17 +212,13 @@ int dumpLegacyObjects(const std::string& path, bool showFields)
     for (int i = 0; i < stream.GetObjectCount(); ++i) {
         const zu::zuRttiInterface* object = stream.GetObjectAt(i);
         const std::string name = object->IsDerived(zu::zuObject::TYPE)
-            ? "\"" + static_cast<const zu::zuObject*>(object)->GetName() + "\""
+            ? quotedText(static_cast<const zu::zuObject*>(object)->GetName())
             : std::string();
         std::printf("%5d  %-32s  %s\n", i, object->GetType().GetName(), name.c_str());
-        const FieldRegistry::Entry* printer = showFields ? fieldPrinters().find(object->GetType().GetName()) : nullptr;
-        if (printer && object->IsDerived(*printer->type)) {
-            std::ostringstream fields;
-            printer->print(*object, fields);
-            printIndented(fields.str(), LEGACY_FIELD_INDENT);
-        }
+        if (showFields)
+            printIndented(describe(*object, typeLabel), LEGACY_FIELD_INDENT);
     }
-    std::printf("%d top-level objects\n", stream.GetObjectCount());
+    std::printf("%s\n", counted(static_cast<uint64_t>(stream.GetObjectCount()), "top-level object").c_str());
     if (!stream.complete()) {
         std::fflush(stdout);
         std::cerr << "zusg: " << path << ": loading stopped at offset " << stream.stopOffset()
@@ -249,11 +246,11 @@ int runDump(const std::vector<std::string>& arguments)
     if (files.size() != 1)
         return Usage;
     const std::string& path = files[0];
+    if (!checkInputFile(path))
+        return Failure;
     zu::zuFileIoDevice device(path, zu::zuFileIoDevice::ReadOnly);
     if (!device.isOpen()) {
-        std::error_code error;
-        std::cerr << "zusg: " << path << ": cannot open the file"
-                  << (std::filesystem::exists(path, error) ? "" : " (there is no such file)") << "\n";
+        std::cerr << "zusg: " << path << ": cannot open the file\n";
         return Failure;
     }
     LibraryScope library;
@@ -264,8 +261,10 @@ int runDump(const std::vector<std::string>& arguments)
                   << walker.failureReason() << "\n";
         return Failure;
     }
-    std::printf("%s: object stream \"%s\", %" PRIu64 " bytes\n", path.c_str(), walker.headerText().c_str(),
-                cursor.size());
+    std::printf("%s: object stream \"%s\", %s\n", path.c_str(), walker.headerText().c_str(),
+                counted(cursor.size(), "byte").c_str());
+    std::fflush(stdout);
+    warnIfNewerThanLibrary(path, walker.version());
     if (walker.version() >= zu::zuStreamVersion(6, 0))
         return dumpRecords(path, cursor, walker, showFields);
     std::printf("records before 6.0 carry no size: the objects are loaded and the top-level ones listed\n");

@@ -9,7 +9,7 @@
 // viewer of a large model does.
 
 #include "zusgCommand.h"
-#include "zusgFields.h"
+#include "zusgFieldText.h"
 #include "zusgModel.h"
 #include "zusgText.h"
 

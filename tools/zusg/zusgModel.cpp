@@ -56,6 +56,17 @@ zu::zuStreamVersion readStreamVersion(const std::string& path)
     return zu::zuStreamVersion(header, static_cast<int>(static_cast<const char*>(end) - header) + 1);
 }
 
+void warnIfNewerThanLibrary(const std::string& path, const zu::zuStreamVersion& version)
+{
+    const zu::zuStreamVersion newest(zu::zuMajorOutputStreamVersion, zu::zuMinorOutputStreamVersion);
+    if (!version.IsValid() || version <= newest)
+        return;
+    char text[96];
+    std::snprintf(text, sizeof text, "the stream version %d.%02d is newer than this library's %d.%02d",
+                  version.GetMajor(), version.GetMinor(), newest.GetMajor(), newest.GetMinor());
+    std::cerr << "zusg: " << path << ": warning: " << text << "\n";
+}
+
 bool checkInputFile(const std::string& path)
 {
     std::error_code error;
@@ -105,16 +116,8 @@ int loadModel(const std::string& path, const zu::zuMeshManager::Options& options
                   << "\" (known: " << knownExtensions() << ")\n";
         return Failure;
     }
-    if (isStreamFile(path)) {
-        const zu::zuStreamVersion version = readStreamVersion(path);
-        const zu::zuStreamVersion newest(zu::zuMajorOutputStreamVersion, zu::zuMinorOutputStreamVersion);
-        if (version.IsValid() && version > newest) {
-            char text[96];
-            std::snprintf(text, sizeof text, "the stream version %d.%02d is newer than this library's %d.%02d",
-                          version.GetMajor(), version.GetMinor(), newest.GetMajor(), newest.GetMinor());
-            std::cerr << "zusg: " << path << ": warning: " << text << "\n";
-        }
-    }
+    if (isStreamFile(path))
+        warnIfNewerThanLibrary(path, readStreamVersion(path));
 
     std::vector<zu::zuErrorMessage> reports;
     bool loaded = false;

@@ -24,6 +24,10 @@ bool isStreamFile(const std::string& path);
 // The version in the header of an object-stream file; invalid when the file has none.
 zu::zuStreamVersion readStreamVersion(const std::string& path);
 
+// Warns on standard error when a stream's version is newer than the library writes: the
+// format may hold what this library cannot read, and a load may fail or miss fields.
+void warnIfNewerThanLibrary(const std::string& path, const zu::zuStreamVersion& version);
+
 // Whether `path` names a regular file the tool can read; otherwise says why on standard
 // error ("is a directory", "no such file", ...) and answers false.
 bool checkInputFile(const std::string& path);

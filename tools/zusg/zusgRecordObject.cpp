@@ -1,40 +1,17 @@
 #include "zusgRecordObject.h"
 
-#include <zuSceneGraph/objects/zuRtti.h>
+#include "zusgLibraryMessages.h"
+
 #include <zuSceneGraph/objects/zuRttiInterface.h>
 #include <zuSceneGraph/stream/zuBaseStream.h>
 
 #include <cstring>
-#include <iostream>
-#include <sstream>
 
 namespace zusg {
 
 namespace {
 
 const char TOP_LEVEL_MARKER[] = "Top Level";
-
-// Sends what the library writes to the standard streams into a text of its own while it
-// lives: a record loaded on its own reports its offsets within the little buffer built for
-// it, which would mislead beside the file's offsets.
-class LibraryMessages {
-public:
-    LibraryMessages() : mOut(std::cout.rdbuf(mText.rdbuf())), mErr(std::cerr.rdbuf(mText.rdbuf())) {}
-    ~LibraryMessages()
-    {
-        std::cout.rdbuf(mOut);
-        std::cerr.rdbuf(mErr);
-    }
-    LibraryMessages(const LibraryMessages&) = delete;
-    LibraryMessages& operator=(const LibraryMessages&) = delete;
-
-    std::string text() const { return mText.str(); }
-
-private:
-    std::ostringstream mText;
-    std::streambuf* mOut;
-    std::streambuf* mErr;
-};
 
 // The reason in the stream's message "... corrupt or truncated data at offset N (REASON,
 // in the record ...)" without the offsets; empty when the message has another form.
@@ -60,8 +37,8 @@ void appendInt32(std::vector<char>& bytes, int32_t value)
 
 } // namespace
 
-bool printRecordFields(const std::vector<char>& record, const zu::zuStreamVersion& version,
-                       const FieldRegistry::Entry& printer, std::ostream& out, std::string& failure)
+zu::zuPointer<zu::zuRttiInterface> loadRecordAlone(const std::vector<char>& record, const zu::zuStreamVersion& version,
+                                                   std::string& failure)
 {
     const int32_t markerLength = static_cast<int32_t>(std::strlen(TOP_LEVEL_MARKER));
     std::vector<char> buffer;
@@ -79,20 +56,14 @@ bool printRecordFields(const std::vector<char>& record, const zu::zuStreamVersio
         loaded = stream.Load(buffer.data(), buffer.size());
         messages = capture.text();
     }
-    if (!loaded) {
+    if (!loaded || stream.GetObjectCount() != 1) {
         const std::string reason = reasonOf(messages);
         failure = "the record does not load on its own";
         if (!reason.empty())
             failure.append(" (").append(reason).append(")");
-        return false;
+        return nullptr;
     }
-    const zu::zuRttiInterface* object = stream.GetObjectCount() == 1 ? stream.GetObjectAt(0) : nullptr;
-    if (!object || !object->IsDerived(*printer.type)) {
-        failure = std::string("the record does not build a ") + printer.type->GetName();
-        return false;
-    }
-    printer.print(*object, out);
-    return true;
+    return stream.GetObjectAt(0);
 }
 
 } // namespace zusg

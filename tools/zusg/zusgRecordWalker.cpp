@@ -94,7 +94,7 @@ bool RecordWalker::next(Record& record)
     const int64_t header = 4 + static_cast<int64_t>(record.type.size()) + 4 + 8;
     if (record.size < header)
         return fail(sizeOffset, "the record \"" + record.type + "\" announces " + std::to_string(record.size)
-                                    + " bytes, fewer than its own header (" + std::to_string(header) + ")");
+                                    + (record.size == 1 ? " byte" : " bytes") + ", fewer than its own header (" + std::to_string(header) + ")");
     const uint64_t end = record.offset + static_cast<uint64_t>(record.size);
     if (end > mCursor.size())
         return fail(record.offset, "the record \"" + record.type + "\" needs " + std::to_string(record.size)

@@ -7,7 +7,7 @@
 // second line under each object shows its local transformation.
 
 #include "zusgCommand.h"
-#include "zusgFields.h"
+#include "zusgFieldText.h"
 #include "zusgModel.h"
 #include "zusgText.h"
 

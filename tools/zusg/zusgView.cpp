@@ -15,7 +15,7 @@
 // base name with ".svg", in the current folder.
 
 #include "zusgCommand.h"
-#include "zusgFields.h"
+#include "zusgFieldText.h"
 #include "zusgModel.h"
 #include "zusgText.h"
 #include "zusgW1Assembly.h"

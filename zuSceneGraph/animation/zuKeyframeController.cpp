@@ -1,5 +1,6 @@
 #include <zuSceneGraph/animation/zuKeyframeController.h>
 
+#include <zuSceneGraph/objects/zuFieldVisitor.h>
 #include <zuSceneGraph/scenegraph/zuSpatial.h>
 
 #include <Wm4/Wm4Math.h>
@@ -313,6 +314,21 @@ bool zuKeyframeController::Clone(zuRttiInterface*& target) const
     controller->scaleKeys = scaleKeys;
     controller->mLastTranslationIndex = controller->mLastRotationIndex = controller->mLastScaleIndex = 0;
     return true;
+}
+
+void zuKeyframeController::DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor)
+{
+    zuController::DescribeFields(object, visitor);
+    const auto& controller = static_cast<const zuKeyframeController&>(object);
+    const auto track = [&](const char* name, const zuFloatArray* times, const zuRttiInterface* keys) {
+        visitor.BeginGroup(name);
+        visitor.Reference("times", times);
+        visitor.Reference("keys", keys);
+        visitor.EndGroup();
+    };
+    track("translation", controller.translationTimes.get(), controller.translationKeys.get());
+    track("rotation", controller.rotationTimes.get(), controller.rotationKeys.get());
+    track("scale", controller.scaleTimes.get(), controller.scaleKeys.get());
 }
 
 } // namespace zu

@@ -33,8 +33,9 @@ class zuKeyframeController : public zuController {
 public:
     static const zuRtti TYPE;
     static zuRttiInterface* Factory(zuBaseStream& stream) { return zuBaseStream::LoadNew<zuKeyframeController>(stream); }
-    static void RegisterFactory() { RegisterFactoryFunction(TYPE.GetName(), Factory, CreateDefault<zuKeyframeController>); }
+    static void RegisterFactory() { RegisterClass<zuKeyframeController>(); }
     static void UnRegisterFactory() { UnregisterFactoryFunction(TYPE.GetName()); }
+    static void DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor);
 
     zuKeyframeController() = default;
     ~zuKeyframeController() override = default;

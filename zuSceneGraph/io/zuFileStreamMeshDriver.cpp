@@ -21,6 +21,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -454,11 +455,11 @@ bool zuFileStreamMeshDriver::saveMeshes(const ObjectList& objects, const std::st
             return fail(ERROR_OPTION, -1, "Cannot append to " + fileName + ": the file holds another stream version");
         zuFileIoDevice device(fileName, zuFileIoDevice::Append);
         if (!device.isOpen())
-            return fail(ERROR_FILE, -1, "Cannot open " + fileName + " for writing");
+            return fail(ERROR_FILE, -1, device.withSystemReason("Cannot open " + fileName + " for writing"));
         bool saved = writeStream(stream, objects, device, fileName, fileVersion, progress, true, fileName);
         device.close();
         if (saved && device.isError())
-            saved = fail(ERROR_FILE, -1, "Cannot save " + fileName + ": the file cannot be written");
+            saved = fail(ERROR_FILE, -1, device.withSystemReason("Cannot save " + fileName + ": the file cannot be written"));
         if (!saved) {
             std::filesystem::resize_file(fileName, previousSize, error);
             restoreMovedResources(stream.GetMovedResources());
@@ -474,13 +475,13 @@ bool zuFileStreamMeshDriver::saveMeshes(const ObjectList& objects, const std::st
     const std::string temporary = temporaryPath(target);
     zuFileIoDevice device(temporary, zuFileIoDevice::WriteOnly);
     if (!device.isOpen())
-        return fail(ERROR_FILE, -1, "Cannot open " + fileName + " for writing");
+        return fail(ERROR_FILE, -1, device.withSystemReason("Cannot open " + fileName + " for writing"));
     bool saved = writeStream(stream, objects, device, fileName, version, progress, false, fileName);
     device.close();
     if (saved && device.isError())
-        saved = fail(ERROR_FILE, -1, "Cannot save " + fileName + ": the file cannot be written");
+        saved = fail(ERROR_FILE, -1, device.withSystemReason("Cannot save " + fileName + ": the file cannot be written"));
     if (saved && std::rename(temporary.c_str(), target.c_str()) != 0)
-        saved = fail(ERROR_FILE, -1, "Cannot save " + fileName + ": the file cannot be replaced");
+        saved = fail(ERROR_FILE, -1, "Cannot save " + fileName + ": the file cannot be replaced: " + std::strerror(errno));
     if (!saved) {
         std::remove(temporary.c_str());
         restoreMovedResources(stream.GetMovedResources());

@@ -16,6 +16,7 @@
 #include <zuSystem/zuProgressNotifierInterface.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
 #include <cstdio>
 #include <functional>
@@ -417,15 +418,18 @@ bool zuObjWriter::WriteFile(const zuSpatial& root, const std::string& path, zuPr
     const std::string partial = ".part";
     zuFileIoDevice file(path + partial, zuFileIoDevice::WriteOnly);
     if (!file.isOpen()) {
-        mError = "cannot write \"" + path + "\"";
+        mError = file.withSystemReason("cannot write \"" + path + "\"");
         return false;
     }
     zuFileIoDevice library;
     bool written = Write(root, file, &library, libraryName, folder, progress, partial);
     file.close();
     library.close();
-    if (written && (file.isError() || library.isError())) {
-        mError = "cannot write \"" + path + "\" or its material library";
+    if (written && file.isError()) {
+        mError = file.withSystemReason("cannot write \"" + path + "\"");
+        written = false;
+    } else if (written && library.isError()) {
+        mError = library.withSystemReason("cannot write the material library of \"" + path + "\"");
         written = false;
     }
     if (written && library.path().empty() && std::rename(file.path().c_str(), path.c_str()) == 0)
@@ -434,7 +438,7 @@ bool zuObjWriter::WriteFile(const zuSpatial& root, const std::string& path, zuPr
         std::rename(file.path().c_str(), path.c_str()) == 0)
         return true;
     if (written)
-        mError = "cannot rename the written files to \"" + path + "\"";
+        mError = "cannot rename the written files to \"" + path + "\": " + std::strerror(errno);
     std::remove(file.path().c_str());
     if (!library.path().empty())
         std::remove(library.path().c_str());
@@ -496,7 +500,7 @@ bool zuObjWriter::Write(const zuSpatial& root, zuIoDevice& device, zuIoDevice* m
         auto* file = dynamic_cast<zuFileIoDevice*>(materials);
         if (file && !file->isOpen() &&
             !file->open(libraryFolder + libraryName + librarySuffix, zuFileIoDevice::WriteOnly)) {
-            mError = "cannot write the material library \"" + libraryFolder + libraryName + "\"";
+            mError = file->withSystemReason("cannot write the material library \"" + libraryFolder + libraryName + "\"");
             return false;
         }
         TextBuffer library(materials);

@@ -1,5 +1,6 @@
 #include <zuSceneGraph/objects/zuController.h>
 
+#include <zuSceneGraph/objects/zuFieldVisitor.h>
 #include <zuSceneGraph/stream/zuBaseStream.h>
 
 #include <cmath>
@@ -135,6 +136,29 @@ bool zuController::Clone(zuRttiInterface*& target) const
     // The copy's mapping may differ from what it last ran with: its next update runs.
     controller->mLastAppTime = NEVER_UPDATED;
     return true;
+}
+
+namespace {
+
+const char* const repeatTypeNames[] = {"RT_CLAMP", "RT_WRAP", "RT_CYCLE"};
+
+} // namespace
+
+void zuController::DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor)
+{
+    zuNamedObject::DescribeFields(object, visitor);
+    const auto& controller = static_cast<const zuController&>(object);
+    visitor.BeginGroup("time");
+    visitor.EnumeratorOf("repeat", controller.repeatType, repeatTypeNames);
+    visitor.Number("min", controller.minTime);
+    visitor.Number("max", controller.maxTime);
+    visitor.Number("phase", controller.phase);
+    visitor.Number("frequency", controller.frequency);
+    visitor.EndGroup();
+    visitor.BeginGroup(nullptr);
+    visitor.Flag("active", controller.active);
+    visitor.Reference("object", controller.mObject);
+    visitor.EndGroup();
 }
 
 } // namespace zu

@@ -31,6 +31,8 @@ namespace zu {
 class zuController : public zuNamedObject {
 public:
     static const zuRtti TYPE;
+    // The time mapping, whether it runs, and the controlled object.
+    static void DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor);
 
     // Values of repeatType. The field is an int: a value read from a file that names no
     // type runs as RT_CYCLE.

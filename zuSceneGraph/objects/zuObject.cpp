@@ -1,6 +1,7 @@
 #include <zuSceneGraph/objects/zuObject.h>
 
 #include <zuSceneGraph/objects/zuController.h>
+#include <zuSceneGraph/objects/zuFieldVisitor.h>
 #include <zuSceneGraph/stream/zuBaseStream.h>
 
 #include <zuSystem/zuMutex.h>
@@ -235,6 +236,16 @@ bool zuObject::Clone(zuRttiInterface*& target) const
         return false;
     static_cast<zuObject*>(target)->SetName(GetName());
     return true;
+}
+
+void zuObject::DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor)
+{
+    const auto& self = static_cast<const zuObject&>(object);
+    visitor.BeginGroup(nullptr);
+    visitor.Text("name", self.GetName());
+    visitor.References("controllers", self.GetControllerQuantity(),
+                       [&](int64_t i) { return self.GetController(static_cast<int>(i)); });
+    visitor.EndGroup();
 }
 
 } // namespace zu

@@ -17,6 +17,8 @@ class zuMutex;
 class zuObject : public zuRttiInterface {
 public:
     static const zuRtti TYPE;
+    // The name and the controllers.
+    static void DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor);
 
     using LockFunction = bool (*)();
     using UnlockFunction = void (*)();

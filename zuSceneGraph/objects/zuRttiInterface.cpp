@@ -16,10 +16,19 @@ namespace {
 struct Factory {
     zuRttiInterface::FactoryFunction load;
     zuRttiInterface::CreateFunction create;
+    zuRttiInterface::DescribeFunction describe;
 };
 
 // Filled at library start before any worker thread runs, then only read.
 std::unique_ptr<std::unordered_map<std::string, Factory>> factories;
+
+const Factory* findFactory(const std::string& name)
+{
+    if (!factories)
+        return nullptr;
+    const auto entry = factories->find(name);
+    return entry == factories->end() ? nullptr : &entry->second;
+}
 
 } // namespace
 
@@ -37,11 +46,11 @@ void zuRttiInterface::DestroyFactoryMap()
 }
 
 bool zuRttiInterface::RegisterFactoryFunction(const std::string& name, FactoryFunction factory,
-                                              CreateFunction create)
+                                              CreateFunction create, DescribeFunction describe)
 {
     if (!factories)
         CreateFactoryMap();
-    return factories->emplace(name, Factory{factory, create}).second;
+    return factories->emplace(name, Factory{factory, create, describe}).second;
 }
 
 void zuRttiInterface::UnregisterFactoryFunction(const std::string& name)
@@ -52,18 +61,14 @@ void zuRttiInterface::UnregisterFactoryFunction(const std::string& name)
 
 zuRttiInterface::FactoryFunction zuRttiInterface::GetFactory(const std::string& name)
 {
-    if (!factories)
-        return nullptr;
-    auto entry = factories->find(name);
-    return entry == factories->end() ? nullptr : entry->second.load;
+    const Factory* factory = findFactory(name);
+    return factory ? factory->load : nullptr;
 }
 
 zuRttiInterface::CreateFunction zuRttiInterface::GetCreateFunction(const std::string& name)
 {
-    if (!factories)
-        return nullptr;
-    auto entry = factories->find(name);
-    return entry == factories->end() ? nullptr : entry->second.create;
+    const Factory* factory = findFactory(name);
+    return factory ? factory->create : nullptr;
 }
 
 std::vector<std::string> zuRttiInterface::GetFactoryNames()
@@ -74,6 +79,22 @@ std::vector<std::string> zuRttiInterface::GetFactoryNames()
             names.push_back(entry.first);
     std::sort(names.begin(), names.end());
     return names;
+}
+
+zuRttiInterface::DescribeFunction zuRttiInterface::GetDescribeFunction(const std::string& name)
+{
+    const Factory* factory = findFactory(name);
+    return factory ? factory->describe : nullptr;
+}
+
+bool zuRttiInterface::Describe(const zuRttiInterface& object, zuFieldVisitor& visitor)
+{
+    for (const zuRtti* type = &object.GetType(); type; type = type->GetBaseType())
+        if (const DescribeFunction describe = GetDescribeFunction(type->GetName())) {
+            describe(object, visitor);
+            return true;
+        }
+    return false;
 }
 
 bool zuRttiInterface::Register(zuBaseStream& stream) const

@@ -8,6 +8,7 @@
 namespace zu {
 
 class zuBaseStream;
+class zuFieldVisitor;
 class zuLink;
 
 // The abstract root of every persistable class: its type record, reference counting and
@@ -17,6 +18,11 @@ public:
     using FactoryFunction = zuRttiInterface* (*)(zuBaseStream&);
     // Builds a default object of a class, for tools and checks that visit every class.
     using CreateFunction = zuRttiInterface* (*)();
+    // Reports the fields of an object of a class to a visitor. Each class has a static
+    // DescribeFields of this form, which calls its base's first and then reports the fields
+    // its own level adds, in the order its record holds them; the class registers it beside
+    // its factory. The object is of that class.
+    using DescribeFunction = void (*)(const zuRttiInterface& object, zuFieldVisitor& visitor);
 
     static const zuRtti TYPE;
 
@@ -51,7 +57,7 @@ public:
     static void DestroyFactoryMap();
     // Keeps the first factory of a name: a second registration returns false.
     static bool RegisterFactoryFunction(const std::string& name, FactoryFunction factory,
-                                        CreateFunction create = nullptr);
+                                        CreateFunction create = nullptr, DescribeFunction describe = nullptr);
     static void UnregisterFactoryFunction(const std::string& name);
     static FactoryFunction GetFactory(const std::string& name);
     // Null when the class registered no default constructor.
@@ -61,8 +67,21 @@ public:
     {
         return new T;
     }
+    // What a concrete class T registers: its factory, its default constructor and its
+    // describer (T's own, or the nearest base's when T adds no field).
+    template <class T>
+    static bool RegisterClass()
+    {
+        return RegisterFactoryFunction(T::TYPE.GetName(), T::Factory, CreateDefault<T>, T::DescribeFields);
+    }
     // The registered type names in sorted order (for tools that visit every class).
     static std::vector<std::string> GetFactoryNames();
+    // Null when the class registered no describer.
+    static DescribeFunction GetDescribeFunction(const std::string& name);
+    // Reports the fields of `object` through the describer of its class, or of its nearest
+    // base class that registered one (a class the application derives and registers without
+    // a describer shows its base's fields). False, reporting nothing, when there is none.
+    static bool Describe(const zuRttiInterface& object, zuFieldVisitor& visitor);
 };
 
 } // namespace zu

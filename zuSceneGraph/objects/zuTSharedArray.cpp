@@ -1,5 +1,6 @@
 #include <zuSceneGraph/objects/zuTSharedArray.h>
 
+#include <zuSceneGraph/objects/zuFieldVisitor.h>
 #include <zuSceneGraph/stream/zuBaseStream.h>
 
 #include <algorithm>
@@ -19,9 +20,10 @@ template <class Scalar> struct ScalarElement {
     static Component get(const Scalar& value, int) { return value; }
 };
 
-template <class Value, class Real, int N> struct TupleElement {
+template <class Value, class Real, int N, int ROW = N> struct TupleElement {
     using Component = Real;
     static constexpr int COUNT = N;
+    static constexpr int ROW_LENGTH = ROW;
     static Component get(const Value& value, int i) { return static_cast<const Real*>(value)[i]; }
 };
 
@@ -34,14 +36,15 @@ template <class Real> struct Element<Wm4::Vector2<Real>> : TupleElement<Wm4::Vec
 template <class Real> struct Element<Wm4::Vector3<Real>> : TupleElement<Wm4::Vector3<Real>, Real, 3> {};
 template <class Real> struct Element<Wm4::Vector4<Real>> : TupleElement<Wm4::Vector4<Real>, Real, 4> {};
 template <class Real> struct Element<Wm4::Quaternion<Real>> : TupleElement<Wm4::Quaternion<Real>, Real, 4> {};
-template <class Real> struct Element<Wm4::Matrix2<Real>> : TupleElement<Wm4::Matrix2<Real>, Real, 4> {};
-template <class Real> struct Element<Wm4::Matrix3<Real>> : TupleElement<Wm4::Matrix3<Real>, Real, 9> {};
-template <class Real> struct Element<Wm4::Matrix4<Real>> : TupleElement<Wm4::Matrix4<Real>, Real, 16> {};
+template <class Real> struct Element<Wm4::Matrix2<Real>> : TupleElement<Wm4::Matrix2<Real>, Real, 4, 2> {};
+template <class Real> struct Element<Wm4::Matrix3<Real>> : TupleElement<Wm4::Matrix3<Real>, Real, 9, 3> {};
+template <class Real> struct Element<Wm4::Matrix4<Real>> : TupleElement<Wm4::Matrix4<Real>, Real, 16, 4> {};
 
 // A plane is its normal, then its constant.
 template <class Real> struct Element<Wm4::Plane3<Real>> {
     using Component = Real;
     static constexpr int COUNT = 4;
+    static constexpr int ROW_LENGTH = 3;
     static Component get(const Wm4::Plane3<Real>& plane, int i) { return i < 3 ? plane.Normal[i] : plane.Constant; }
 };
 
@@ -67,6 +70,22 @@ template <class T> bool elementsEqual(const T& a, const T& b)
         }
     }
     return true;
+}
+
+// A number, or the components of a compound element in rows.
+template <class T> void describeElement(zuFieldVisitor& visitor, const T& value)
+{
+    using E = Element<T>;
+    if constexpr (std::is_integral_v<T>) {
+        visitor.Integer(nullptr, value);
+    } else if constexpr (E::COUNT == 1) {
+        visitor.Number(nullptr, value);
+    } else {
+        typename E::Component components[E::COUNT];
+        for (int i = 0; i < E::COUNT; ++i)
+            components[i] = E::get(value, i);
+        visitor.Numbers(nullptr, components, E::COUNT, E::ROW_LENGTH);
+    }
 }
 
 template <class T> T* copyElements(int quantity, const T* data)
@@ -218,6 +237,14 @@ bool zuTSharedArray<T>::Clone(zuRttiInterface*& target) const
 }
 
 // The instantiations, compiled here once for the whole library.
+
+template <class T>
+void zuTSharedArray<T>::DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor)
+{
+    zuUnnamedObject::DescribeFields(object, visitor);
+    const auto& array = static_cast<const zuTSharedArray&>(object);
+    visitor.List("quantity", array.mQuantity, [&](int64_t i) { describeElement(visitor, array.mData[i]); });
+}
 
 template class zuTSharedArray<float>;
 template class zuTSharedArray<double>;

@@ -28,8 +28,10 @@ public:
     static const zuRtti TYPE;
 
     static zuRttiInterface* Factory(zuBaseStream& stream);
-    static void RegisterFactory() { RegisterFactoryFunction(TYPE.GetName(), Factory, CreateDefault<zuTSharedArray>); }
+    static void RegisterFactory() { RegisterClass<zuTSharedArray>(); }
     static void UnRegisterFactory() { UnregisterFactoryFunction(TYPE.GetName()); }
+    // The quantity and the first elements.
+    static void DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor);
 
     // Takes ownership of `data` itself (allocated with new[]); nothing is copied. Without
     // data the array is empty whatever `quantity` says.

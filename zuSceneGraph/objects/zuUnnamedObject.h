@@ -8,6 +8,9 @@ namespace zu {
 // name and no controllers: setting either does nothing and none is ever reported.
 class zuUnnamedObject : public zuObject {
 public:
+    // Nothing: the object level's name and controllers are not there.
+    static void DescribeFields(const zuRttiInterface&, zuFieldVisitor&) {}
+
     int GetControllerQuantity() const override { return 0; }
     zuController* GetController(int) const override { return nullptr; }
     void SetControllerQuantity(int) override {}

@@ -1,5 +1,7 @@
 #include <zuSceneGraph/resources/zuAttributes.h>
 
+#include <zuSceneGraph/objects/zuFieldVisitor.h>
+
 #include <algorithm>
 #include <cstdint>
 #include <limits>
@@ -211,6 +213,29 @@ bool zuAttributes::operator==(const zuAttributes& other) const
 void zuAttributes::swapAttributes(zuAttributes& other)
 {
     std::swap(*this, other);
+}
+
+namespace {
+
+// The groups' names as the accessors spell them, in layout order.
+const char* const groupNames[zuAttributes::GROUP_COUNT] = {
+    "Position", "BlendWeight", "Normal", "Color", "Fog", "PSize", "BlendIndices", "TCoord",
+    "Tangent", "Bitangent", "UserByte", "UserUByte", "UserShort", "UserUShort", "UserInt", "UserUInt"};
+
+} // namespace
+
+void zuAttributes::DescribeFields(const char* name, zuFieldVisitor& visitor) const
+{
+    visitor.BeginGroup(name);
+    visitor.Integer("stride", mStride);
+    for (int g = 0; g < GROUP_COUNT; ++g) {
+        const auto group = static_cast<Group>(g);
+        for (int unit = 0; unit < GetUnitCount(group); ++unit)
+            if (Has(group, unit))
+                visitor.Channel(groupNames[g], IsUnitFamily(group) ? unit : -1, GetChannels(group, unit),
+                                static_cast<int>(GetOffsetByte(group, unit)));
+    }
+    visitor.EndGroup();
 }
 
 } // namespace zu

@@ -5,6 +5,8 @@
 
 namespace zu {
 
+class zuFieldVisitor;
+
 // The byte layout of one vertex of a zuVertexBuffer: which channel groups are present, how
 // many components each has, and at which byte offset inside the vertex each starts.
 //
@@ -128,6 +130,9 @@ public:
     bool operator!=(const zuAttributes& other) const { return !(*this == other); }
 
     void swapAttributes(zuAttributes& other);
+    // Reports the stride and each present group (unit) with its channels and offset, as the
+    // group `name`.
+    void DescribeFields(const char* name, zuFieldVisitor& visitor) const;
 
 private:
     friend class zuVertexBuffer;

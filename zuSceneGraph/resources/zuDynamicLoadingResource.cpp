@@ -1,5 +1,6 @@
 #include <zuSceneGraph/resources/zuDynamicLoadingResource.h>
 
+#include <zuSceneGraph/objects/zuFieldVisitor.h>
 #include <zuSceneGraph/objects/zuRtti.h>
 #include <zuSceneGraph/resources/zuBlockResourceHandler.h>
 #include <zuSceneGraph/resources/zuDynamicLoadingResourceHandler.h>
@@ -317,6 +318,15 @@ zuRequestInterfaceForDynamicResource* zuDynamicLoadingResource::CreateGPUDeleteR
     if (!resource)
         return nullptr;
     return build(gpuSide(resource->getResourceHandlerType()), &RequestBuilders::removeResource, resource, client);
+}
+
+void zuDynamicLoadingResource::DescribeBlock(zuFieldVisitor& visitor) const
+{
+    visitor.BeginGroup("block");
+    visitor.Integer("bytes", static_cast<int64_t>(getCPUSize()));
+    visitor.Text("file", getResourceFilePath());
+    visitor.Integer("offset", static_cast<int64_t>(mStreamOffset));
+    visitor.EndGroup();
 }
 
 } // namespace zu

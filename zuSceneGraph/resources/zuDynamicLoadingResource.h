@@ -12,6 +12,7 @@ namespace zu {
 class zuBaseStream;
 class zuRtti;
 class zuDynamicLoadingResourceHandler;
+class zuFieldVisitor;
 class zuRequestInterfaceForDynamicResource;
 class zuResourceRequestClientInterface;
 
@@ -127,6 +128,9 @@ public:
     // True when the block must be read now: always when there is no file to read it from
     // later; otherwise the load policy of the type when one is set, else true.
     bool hasToLoad() const;
+    // Reports the block's size in memory and where it is kept in a file (no file: "" and
+    // 0), as the group "block".
+    void DescribeBlock(zuFieldVisitor& visitor) const;
 
     // Resource-type numbers: 1 the first time, then each call doubles the previous value.
     // Once the 32 bits are used up the result is 0.

@@ -1,5 +1,6 @@
 #include <zuSceneGraph/resources/zuImage.h>
 
+#include <zuSceneGraph/objects/zuFieldVisitor.h>
 #include <zuSceneGraph/resources/zuBlockResourceHandler.h>
 #include <zuSceneGraph/resources/zuBlockResourceRequests.h>
 #include <zuSceneGraph/resources/zuBlockResourceSave.h>
@@ -252,6 +253,19 @@ bool zuImage::Clone(zuRttiInterface*& target) const
     image->mDataSize = mDataSize;
     copyStreamInfo(image);
     return true;
+}
+
+void zuImage::DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor)
+{
+    zuNamedObject::DescribeFields(object, visitor);
+    const auto& image = static_cast<const zuImage&>(object);
+    visitor.BeginGroup(nullptr);
+    visitor.Enumerator("format", image.mFormat, GetFormatName(image.mFormat));
+    visitor.Integer("width", image.mWidth);
+    visitor.Integer("height", image.mHeight);
+    visitor.Integer("data size", image.mDataSize);
+    visitor.EndGroup();
+    image.DescribeBlock(visitor);
 }
 
 } // namespace zu

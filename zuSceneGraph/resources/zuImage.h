@@ -28,8 +28,9 @@ class zuImage : public zuBindable, public zuDynamicLoadingResource, public zuNam
 public:
     static const zuRtti TYPE;
     static zuRttiInterface* Factory(zuBaseStream& stream) { return zuBaseStream::LoadNew<zuImage>(stream); }
-    static void RegisterFactory() { RegisterFactoryFunction(TYPE.GetName(), Factory, CreateDefault<zuImage>); }
+    static void RegisterFactory() { RegisterClass<zuImage>(); }
     static void UnRegisterFactory() { UnregisterFactoryFunction(TYPE.GetName()); }
+    static void DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor);
 
     // Pixel formats. The plain formats store their channels in the order of the name, one
     // unsigned byte each (8), one unsigned 16-bit value (16) or one float (32F); the

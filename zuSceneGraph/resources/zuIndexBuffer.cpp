@@ -1,5 +1,6 @@
 #include <zuSceneGraph/resources/zuIndexBuffer.h>
 
+#include <zuSceneGraph/objects/zuFieldVisitor.h>
 #include <zuSceneGraph/resources/zuBlockResourceHandler.h>
 #include <zuSceneGraph/resources/zuBlockResourceSave.h>
 #include <zuSceneGraph/resources/zuIndexBufferHandler.h>
@@ -448,6 +449,27 @@ bool zuIndexBuffer::Equals(const zuRttiInterface* other) const
 bool zuIndexBuffer::Clone(zuRttiInterface*& target) const
 {
     return CloneIndexBuffer(target, false);
+}
+
+namespace {
+
+const char* const indexTypeNames[] = {"INDEX_16", "INDEX_32"};
+
+} // namespace
+
+void zuIndexBuffer::DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor)
+{
+    zuUnnamedObject::DescribeFields(object, visitor);
+    const auto& buffer = static_cast<const zuIndexBuffer&>(object);
+    visitor.BeginGroup(nullptr);
+    visitor.Integer("quantity", buffer.mIndexQuantity);
+    visitor.EnumeratorOf("type", buffer.mIndexType, indexTypeNames);
+    visitor.EndGroup();
+    buffer.DescribeBlock(visitor);
+    // The indices themselves only while they are in memory: describing reads no file.
+    if (buffer.mData)
+        visitor.List("indices", buffer.mIndexQuantity,
+                     [&](int64_t i) { visitor.Integer(nullptr, buffer.GetIndex(static_cast<int>(i))); });
 }
 
 } // namespace zu

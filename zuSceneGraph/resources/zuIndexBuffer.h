@@ -42,8 +42,9 @@ public:
 
     static const zuRtti TYPE;
     static zuRttiInterface* Factory(zuBaseStream& stream) { return zuBaseStream::LoadNew<zuIndexBuffer>(stream); }
-    static void RegisterFactory() { RegisterFactoryFunction(TYPE.GetName(), Factory, CreateDefault<zuIndexBuffer>); }
+    static void RegisterFactory() { RegisterClass<zuIndexBuffer>(); }
     static void UnRegisterFactory() { UnregisterFactoryFunction(TYPE.GetName()); }
+    static void DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor);
 
     // No data, 0 indices, INDEX_32.
     zuIndexBuffer();

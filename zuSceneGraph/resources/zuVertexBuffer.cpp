@@ -1,6 +1,7 @@
 #include <zuSceneGraph/resources/zuVertexBuffer.h>
 
 #include <zuSceneGraph/math/zuGenericTransformation.h>
+#include <zuSceneGraph/objects/zuFieldVisitor.h>
 #include <zuSceneGraph/resources/zuBlockResourceHandler.h>
 #include <zuSceneGraph/resources/zuBlockResourceSave.h>
 #include <zuSceneGraph/resources/zuRendererInterface.h>
@@ -591,6 +592,25 @@ std::ostream& operator<<(std::ostream& out, const zuVertexBuffer& buffer)
         }
     }
     return out;
+}
+
+void zuVertexBuffer::DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor)
+{
+    zuUnnamedObject::DescribeFields(object, visitor);
+    const auto& buffer = static_cast<const zuVertexBuffer&>(object);
+    visitor.BeginGroup(nullptr);
+    visitor.Integer("quantity", buffer.mVertexQuantity);
+    visitor.Integer("vertex size", buffer.mVertexSize);
+    visitor.Integer("data size", buffer.mDataSize);
+    visitor.EndGroup();
+    buffer.mAttributes.DescribeFields("layout", visitor);
+    buffer.DescribeBlock(visitor);
+    // The vertices themselves only while they are in memory: describing reads no file.
+    const int channels = buffer.mAttributes.GetPositionChannels();
+    if (buffer.mData && channels > 0)
+        visitor.List("positions", buffer.mVertexQuantity, [&](int64_t i) {
+            visitor.Numbers(nullptr, buffer.PositionTuple(static_cast<int>(i)), channels, channels);
+        });
 }
 
 } // namespace zu

@@ -59,8 +59,9 @@ class zuVertexBuffer : public zuBindable, public zuDynamicLoadingResource, publi
 public:
     static const zuRtti TYPE;
     static zuRttiInterface* Factory(zuBaseStream& stream) { return zuBaseStream::LoadNew<zuVertexBuffer>(stream); }
-    static void RegisterFactory() { RegisterFactoryFunction(TYPE.GetName(), Factory, CreateDefault<zuVertexBuffer>); }
+    static void RegisterFactory() { RegisterClass<zuVertexBuffer>(); }
     static void UnRegisterFactory() { UnregisterFactoryFunction(TYPE.GetName()); }
+    static void DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor);
 
     // Empty layout, no data, all sizes 0.
     zuVertexBuffer();

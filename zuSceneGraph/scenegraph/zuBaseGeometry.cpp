@@ -1,6 +1,7 @@
 #include <zuSceneGraph/scenegraph/zuBaseGeometry.h>
 
 #include <zuSceneGraph/culling/zuCuller.h>
+#include <zuSceneGraph/objects/zuFieldVisitor.h>
 #include <zuSceneGraph/scenegraph/zuLegacyBoxBV.h>
 #include <zuSceneGraph/scenegraph/zuRttiCustomBaseGeometryInformation.h>
 #include <zuSceneGraph/states/zuMaterialState.h>
@@ -393,6 +394,22 @@ bool zuBaseGeometry::Clone(zuRttiInterface*& target) const
     geometry->mGeometryFlags[1] = mGeometryFlags[1];
     geometry->updateObjectDescription();
     return true;
+}
+
+void zuBaseGeometry::DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor)
+{
+    zuRenderableSpatial::DescribeFields(object, visitor);
+    const auto& geometry = static_cast<const zuBaseGeometry&>(object);
+    geometry.mModelBound.DescribeFields("model bound", visitor);
+    visitor.BeginGroup("states");
+    visitor.Reference("material", geometry.mMaterialState.get());
+    visitor.Reference("texture", geometry.mTextureState.get());
+    visitor.EndGroup();
+    visitor.List("geometry flags", 2, [&](int64_t i) { visitor.Flag(nullptr, geometry.mGeometryFlags[i]); });
+    visitor.BeginGroup("buffers");
+    visitor.Reference("vertices", geometry.mVertices.get());
+    visitor.Reference("indices", geometry.mIndices.get());
+    visitor.EndGroup();
 }
 
 } // namespace zu

@@ -37,6 +37,8 @@ class zuTextureState;
 class zuBaseGeometry : public zuRenderableSpatial {
 public:
     static const zuRtti TYPE;
+    // The model bound, the states, the two flags and the buffers.
+    static void DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor);
 
     // Bits that a leaf reports from setDirtyDown: going down, its bound (0x40) and 0x2000;
     // otherwise its world data (0x01) and 0x08.

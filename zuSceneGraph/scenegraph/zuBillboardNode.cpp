@@ -1,5 +1,7 @@
 #include <zuSceneGraph/scenegraph/zuBillboardNode.h>
 
+#include <zuSceneGraph/objects/zuFieldVisitor.h>
+
 #include <cmath>
 
 namespace zu {
@@ -109,6 +111,12 @@ bool zuBillboardNode::Clone(zuRttiInterface*& target) const
         return false;
     static_cast<zuBillboardNode*>(target)->mCamera = mCamera;
     return true;
+}
+
+void zuBillboardNode::DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor)
+{
+    zuNode::DescribeFields(object, visitor);
+    visitor.Reference("camera", static_cast<const zuBillboardNode&>(object).GetCamera());
 }
 
 } // namespace zu

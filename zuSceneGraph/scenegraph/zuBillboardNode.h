@@ -15,8 +15,9 @@ class zuBillboardNode : public zuNode {
 public:
     static const zuRtti TYPE;
     static zuRttiInterface* Factory(zuBaseStream& stream) { return zuBaseStream::LoadNew<zuBillboardNode>(stream); }
-    static void RegisterFactory() { RegisterFactoryFunction(TYPE.GetName(), Factory, CreateDefault<zuBillboardNode>); }
+    static void RegisterFactory() { RegisterClass<zuBillboardNode>(); }
     static void UnRegisterFactory() { UnregisterFactoryFunction(TYPE.GetName()); }
+    static void DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor);
 
     zuBillboardNode();
     explicit zuBillboardNode(zuCamera* camera);

@@ -1,6 +1,7 @@
 #include <zuSceneGraph/scenegraph/zuBoundingVolume.h>
 
 #include <zuSceneGraph/math/zuGenericTransformation.h>
+#include <zuSceneGraph/objects/zuFieldVisitor.h>
 #include <zuSceneGraph/objects/zuTSharedArray.h>
 #include <zuSceneGraph/resources/zuVertexBuffer.h>
 #include <zuSceneGraph/scenegraph/zuLegacyBoxBV.h>
@@ -254,6 +255,15 @@ void zuBoundingVolume::computeFromDataBox(const zuVertexBuffer* vertices)
     // No finite position leaves low above high: a negative extent, an invalid bound.
     setBox(Wm4::Vector3<float>(0.5f * (low[0] + high[0]), 0.5f * (low[1] + high[1]), 0.5f * (low[2] + high[2])),
            Wm4::Vector3<float>(0.5f * (high[0] - low[0]), 0.5f * (high[1] - low[1]), 0.5f * (high[2] - low[2])));
+}
+
+void zuBoundingVolume::DescribeFields(const char* name, zuFieldVisitor& visitor) const
+{
+    visitor.BeginGroup(name);
+    visitor.Number("radius", mRadius);
+    visitor.Numbers("extents", mExtents, 3, 3);
+    visitor.Numbers("centre", mCenter, 3, 3);
+    visitor.EndGroup();
 }
 
 } // namespace zu

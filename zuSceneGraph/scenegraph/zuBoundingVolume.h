@@ -11,6 +11,7 @@
 namespace zu {
 
 class zuBaseStream;
+class zuFieldVisitor;
 class zuLegacyBoundingVolume;
 class zuVertexBuffer;
 template <class T> class zuGenericTransformation;
@@ -125,6 +126,9 @@ public:
     // The bytes writeToStream writes to `stream`: 28 from 6.28 on; before, 61 for a
     // legacy box record (`isBox`) and 17 for a sphere record.
     int getDiskUsed(const zuBaseStream& stream, bool isBox) const;
+
+    // Reports the radius, the extents and the centre as the group `name`.
+    void DescribeFields(const char* name, zuFieldVisitor& visitor) const;
 
     // The fields bit for bit.
     bool operator==(const zuBoundingVolume& other) const

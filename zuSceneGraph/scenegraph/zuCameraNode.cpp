@@ -1,5 +1,7 @@
 #include <zuSceneGraph/scenegraph/zuCameraNode.h>
 
+#include <zuSceneGraph/objects/zuFieldVisitor.h>
+
 namespace zu {
 
 const zuRtti zuCameraNode::TYPE("zuCore.zuCameraNode", &zuNode::TYPE);
@@ -112,6 +114,22 @@ bool zuCameraNode::Clone(zuRttiInterface*& target) const
         return false;
     static_cast<zuCameraNode*>(target)->mFacing = mFacing;
     return true;
+}
+
+namespace {
+
+const char* const facingNames[] = {"FACING_ALONG_X", "FACING_ALONG_NEGATIVE_Z"};
+
+} // namespace
+
+void zuCameraNode::DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor)
+{
+    zuNode::DescribeFields(object, visitor);
+    const auto& node = static_cast<const zuCameraNode&>(object);
+    visitor.BeginGroup(nullptr);
+    visitor.Reference("camera", node.GetCamera());
+    visitor.EnumeratorOf("facing", node.GetFacingConvention(), facingNames);
+    visitor.EndGroup();
 }
 
 } // namespace zu

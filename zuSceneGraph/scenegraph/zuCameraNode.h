@@ -17,8 +17,9 @@ class zuCameraNode : public zuNode {
 public:
     static const zuRtti TYPE;
     static zuRttiInterface* Factory(zuBaseStream& stream) { return zuBaseStream::LoadNew<zuCameraNode>(stream); }
-    static void RegisterFactory() { RegisterFactoryFunction(TYPE.GetName(), Factory, CreateDefault<zuCameraNode>); }
+    static void RegisterFactory() { RegisterClass<zuCameraNode>(); }
     static void UnRegisterFactory() { UnregisterFactoryFunction(TYPE.GetName()); }
+    static void DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor);
 
     // Which axes of the node's frame the camera's axes are. A value read from a file is
     // kept as read; anything but 1 acts as 0.

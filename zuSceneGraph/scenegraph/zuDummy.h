@@ -15,7 +15,7 @@ class zuDummy : public zuSpatial {
 public:
     static const zuRtti TYPE;
     static zuRttiInterface* Factory(zuBaseStream& stream) { return zuBaseStream::LoadNew<zuDummy>(stream); }
-    static void RegisterFactory() { RegisterFactoryFunction(TYPE.GetName(), Factory, CreateDefault<zuDummy>); }
+    static void RegisterFactory() { RegisterClass<zuDummy>(); }
     static void UnRegisterFactory() { UnregisterFactoryFunction(TYPE.GetName()); }
 
     zuDummy();

@@ -1,5 +1,7 @@
 #include <zuSceneGraph/scenegraph/zuGenericGeometry.h>
 
+#include <zuSceneGraph/objects/zuFieldVisitor.h>
+
 namespace zu {
 
 const zuRtti zuGenericGeometry::TYPE("zuCore.zuGenericGeometry", &zuGeometry::TYPE);
@@ -62,6 +64,16 @@ bool zuGenericGeometry::Clone(zuRttiInterface*& target) const
     // The base's clone composed the description without the strings.
     generic->updateObjectDescription();
     return true;
+}
+
+void zuGenericGeometry::DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor)
+{
+    zuGeometry::DescribeFields(object, visitor);
+    const auto& geometry = static_cast<const zuGenericGeometry&>(object);
+    visitor.BeginGroup("user shader");
+    visitor.Text("defines", geometry.mUserDefines);
+    visitor.Text("key", geometry.mUserKey);
+    visitor.EndGroup();
 }
 
 } // namespace zu

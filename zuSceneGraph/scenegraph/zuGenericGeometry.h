@@ -18,9 +18,10 @@ public:
     static zuRttiInterface* Factory(zuBaseStream& stream) { return zuBaseStream::LoadNew<zuGenericGeometry>(stream); }
     static void RegisterFactory()
     {
-        RegisterFactoryFunction(TYPE.GetName(), Factory, CreateDefault<zuGenericGeometry>);
+        RegisterClass<zuGenericGeometry>();
     }
     static void UnRegisterFactory() { UnregisterFactoryFunction(TYPE.GetName()); }
+    static void DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor);
 
     zuGenericGeometry() = default;
     // References both buffers, then the model bound from the vertices.

@@ -1,5 +1,6 @@
 #include <zuSceneGraph/scenegraph/zuGeometry.h>
 
+#include <zuSceneGraph/objects/zuFieldVisitor.h>
 #include <zuSceneGraph/states/zuMaterialState.h>
 #include <zuSceneGraph/states/zuTexture.h>
 #include <zuSceneGraph/states/zuTextureState.h>
@@ -117,6 +118,12 @@ bool zuGeometry::Clone(zuRttiInterface*& target) const
         return false;
     static_cast<zuGeometry*>(target)->mFlags = mFlags;
     return true;
+}
+
+void zuGeometry::DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor)
+{
+    zuTriMesh::DescribeFields(object, visitor);
+    visitor.Mask("flags", static_cast<const zuGeometry&>(object).mFlags, 32);
 }
 
 } // namespace zu

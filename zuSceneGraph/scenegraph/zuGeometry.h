@@ -24,8 +24,9 @@ class zuGeometry : public zuTriMesh {
 public:
     static const zuRtti TYPE;
     static zuRttiInterface* Factory(zuBaseStream& stream) { return zuBaseStream::LoadNew<zuGeometry>(stream); }
-    static void RegisterFactory() { RegisterFactoryFunction(TYPE.GetName(), Factory, CreateDefault<zuGeometry>); }
+    static void RegisterFactory() { RegisterClass<zuGeometry>(); }
     static void UnRegisterFactory() { UnregisterFactoryFunction(TYPE.GetName()); }
+    static void DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor);
 
     // The description flags this class composes; the others belong to the application.
     static constexpr uint32_t DESCRIPTION_MATERIAL = 0x0001;

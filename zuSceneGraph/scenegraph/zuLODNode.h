@@ -25,7 +25,7 @@ class zuLODNode : public zuNode {
 public:
     static const zuRtti TYPE;
     static zuRttiInterface* Factory(zuBaseStream& stream) { return zuBaseStream::LoadNew<zuLODNode>(stream); }
-    static void RegisterFactory() { RegisterFactoryFunction(TYPE.GetName(), Factory, CreateDefault<zuLODNode>); }
+    static void RegisterFactory() { RegisterClass<zuLODNode>(); }
     static void UnRegisterFactory() { UnregisterFactoryFunction(TYPE.GetName()); }
 
     zuLODNode();

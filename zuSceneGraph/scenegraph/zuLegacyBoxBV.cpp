@@ -1,5 +1,7 @@
 #include <zuSceneGraph/scenegraph/zuLegacyBoxBV.h>
 
+#include <zuSceneGraph/objects/zuFieldVisitor.h>
+
 namespace zu {
 
 const zuRtti zuLegacyBoxBV::TYPE("zuCore.zuLegacyBoxBV", &zuLegacyBoundingVolume::TYPE);
@@ -50,6 +52,20 @@ bool zuLegacyBoxBV::Clone(zuRttiInterface*& target) const
         return false;
     static_cast<zuLegacyBoxBV*>(target)->mBox = mBox;
     return true;
+}
+
+void zuLegacyBoxBV::DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor)
+{
+    zuLegacyBoundingVolume::DescribeFields(object, visitor);
+    const Wm4::Box3<float>& box = static_cast<const zuLegacyBoxBV&>(object).mBox;
+    float axes[9];
+    for (int i = 0; i < 9; ++i)
+        axes[i] = box.Axis[i / 3][i % 3];
+    visitor.BeginGroup(nullptr);
+    visitor.Numbers("centre", box.Center, 3, 3);
+    visitor.Numbers("axes", axes, 9, 3);
+    visitor.Numbers("extents", box.Extent, 3, 3);
+    visitor.EndGroup();
 }
 
 } // namespace zu

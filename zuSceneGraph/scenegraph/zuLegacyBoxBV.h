@@ -14,8 +14,9 @@ class zuLegacyBoxBV : public zuLegacyBoundingVolume {
 public:
     static const zuRtti TYPE;
     static zuRttiInterface* Factory(zuBaseStream& stream) { return zuBaseStream::LoadNew<zuLegacyBoxBV>(stream); }
-    static void RegisterFactory() { RegisterFactoryFunction(TYPE.GetName(), Factory, CreateDefault<zuLegacyBoxBV>); }
+    static void RegisterFactory() { RegisterClass<zuLegacyBoxBV>(); }
     static void UnRegisterFactory() { UnregisterFactoryFunction(TYPE.GetName()); }
+    static void DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor);
 
     // A point box at the origin along the world axes.
     zuLegacyBoxBV();

@@ -1,5 +1,7 @@
 #include <zuSceneGraph/scenegraph/zuLegacySphereBV.h>
 
+#include <zuSceneGraph/objects/zuFieldVisitor.h>
+
 namespace zu {
 
 const zuRtti zuLegacySphereBV::TYPE("zuCore.zuLegacySphereBV", &zuLegacyBoundingVolume::TYPE);
@@ -40,6 +42,16 @@ bool zuLegacySphereBV::Clone(zuRttiInterface*& target) const
     sphere->mCenter = mCenter;
     sphere->mRadius = mRadius;
     return true;
+}
+
+void zuLegacySphereBV::DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor)
+{
+    zuLegacyBoundingVolume::DescribeFields(object, visitor);
+    const auto& sphere = static_cast<const zuLegacySphereBV&>(object);
+    visitor.BeginGroup(nullptr);
+    visitor.Numbers("centre", sphere.mCenter, 3, 3);
+    visitor.Number("radius", sphere.mRadius);
+    visitor.EndGroup();
 }
 
 } // namespace zu

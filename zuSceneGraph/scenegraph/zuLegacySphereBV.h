@@ -11,8 +11,9 @@ class zuLegacySphereBV : public zuLegacyBoundingVolume {
 public:
     static const zuRtti TYPE;
     static zuRttiInterface* Factory(zuBaseStream& stream) { return zuBaseStream::LoadNew<zuLegacySphereBV>(stream); }
-    static void RegisterFactory() { RegisterFactoryFunction(TYPE.GetName(), Factory, CreateDefault<zuLegacySphereBV>); }
+    static void RegisterFactory() { RegisterClass<zuLegacySphereBV>(); }
     static void UnRegisterFactory() { UnregisterFactoryFunction(TYPE.GetName()); }
+    static void DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor);
 
     // A point sphere at the origin.
     zuLegacySphereBV() = default;

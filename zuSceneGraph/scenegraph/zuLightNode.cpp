@@ -1,5 +1,7 @@
 #include <zuSceneGraph/scenegraph/zuLightNode.h>
 
+#include <zuSceneGraph/objects/zuFieldVisitor.h>
+
 namespace zu {
 
 const zuRtti zuLightNode::TYPE("zuCore.zuLightNode", &zuNode::TYPE);
@@ -92,6 +94,12 @@ bool zuLightNode::Clone(zuRttiInterface*& target) const
     if (!target)
         target = new zuLightNode;
     return target->IsDerived(TYPE) && zuNode::Clone(target);
+}
+
+void zuLightNode::DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor)
+{
+    zuNode::DescribeFields(object, visitor);
+    visitor.Reference("light", static_cast<const zuLightNode&>(object).GetLight());
 }
 
 } // namespace zu

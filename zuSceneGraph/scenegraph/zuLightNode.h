@@ -16,8 +16,9 @@ class zuLightNode : public zuNode {
 public:
     static const zuRtti TYPE;
     static zuRttiInterface* Factory(zuBaseStream& stream) { return zuBaseStream::LoadNew<zuLightNode>(stream); }
-    static void RegisterFactory() { RegisterFactoryFunction(TYPE.GetName(), Factory, CreateDefault<zuLightNode>); }
+    static void RegisterFactory() { RegisterClass<zuLightNode>(); }
     static void UnRegisterFactory() { UnregisterFactoryFunction(TYPE.GetName()); }
+    static void DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor);
 
     // No light; the local frame is the identity.
     zuLightNode();

@@ -1,5 +1,7 @@
 #include <zuSceneGraph/scenegraph/zuLine.h>
 
+#include <zuSceneGraph/objects/zuFieldVisitor.h>
+
 namespace zu {
 
 const zuRtti zuLine::TYPE("zuCore.zuLine", &zuBaseGeometry::TYPE);
@@ -76,6 +78,22 @@ bool zuLine::Clone(zuRttiInterface*& target) const
         return false;
     static_cast<zuLine*>(target)->mLineType = mLineType;
     return true;
+}
+
+namespace {
+
+const char* const lineTypeNames[] = {"SEGMENTS", "STRIP"};
+
+} // namespace
+
+void zuLine::DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor)
+{
+    zuBaseGeometry::DescribeFields(object, visitor);
+    const auto& line = static_cast<const zuLine&>(object);
+    visitor.BeginGroup(nullptr);
+    visitor.EnumeratorOf("type", line.mLineType, lineTypeNames);
+    visitor.Integer("segments", line.GetSegmentQuantity());
+    visitor.EndGroup();
 }
 
 } // namespace zu

@@ -1,6 +1,7 @@
 #include <zuSceneGraph/scenegraph/zuNode.h>
 
 #include <zuSceneGraph/culling/zuCuller.h>
+#include <zuSceneGraph/objects/zuFieldVisitor.h>
 
 #include <algorithm>
 #include <unordered_map>
@@ -565,6 +566,13 @@ bool zuNode::Clone(zuRttiInterface*& target) const
     if (!target)
         target = new zuNode;
     return target->IsDerived(TYPE) && zuSpatial::Clone(target);
+}
+
+void zuNode::DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor)
+{
+    zuSpatial::DescribeFields(object, visitor);
+    const auto& node = static_cast<const zuNode&>(object);
+    visitor.References("children", node.mChildCount, [&](int64_t i) { return node.getChild(static_cast<int>(i)); });
 }
 
 } // namespace zu

@@ -28,8 +28,9 @@ class zuNode : public zuSpatial {
 public:
     static const zuRtti TYPE;
     static zuRttiInterface* Factory(zuBaseStream& stream) { return zuBaseStream::LoadNew<zuNode>(stream); }
-    static void RegisterFactory() { RegisterFactoryFunction(TYPE.GetName(), Factory, CreateDefault<zuNode>); }
+    static void RegisterFactory() { RegisterClass<zuNode>(); }
     static void UnRegisterFactory() { UnregisterFactoryFunction(TYPE.GetName()); }
+    static void DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor);
 
     // The deepest a loaded node may sit (its number of ancestors): far beyond real scenes,
     // well within the stack that the recursive walks need. A load cuts a node nested deeper

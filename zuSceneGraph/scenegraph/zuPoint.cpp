@@ -1,5 +1,7 @@
 #include <zuSceneGraph/scenegraph/zuPoint.h>
 
+#include <zuSceneGraph/objects/zuFieldVisitor.h>
+
 #include <cstring>
 
 namespace zu {
@@ -61,6 +63,16 @@ bool zuPoint::Clone(zuRttiInterface*& target) const
         return false;
     static_cast<zuPoint*>(target)->mPointSize = mPointSize;
     return true;
+}
+
+void zuPoint::DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor)
+{
+    zuBaseGeometry::DescribeFields(object, visitor);
+    const auto& point = static_cast<const zuPoint&>(object);
+    visitor.BeginGroup(nullptr);
+    visitor.Number("size", point.mPointSize);
+    visitor.Integer("points", point.GetPointQuantity());
+    visitor.EndGroup();
 }
 
 } // namespace zu

@@ -13,8 +13,9 @@ class zuPoint : public zuBaseGeometry {
 public:
     static const zuRtti TYPE;
     static zuRttiInterface* Factory(zuBaseStream& stream) { return zuBaseStream::LoadNew<zuPoint>(stream); }
-    static void RegisterFactory() { RegisterFactoryFunction(TYPE.GetName(), Factory, CreateDefault<zuPoint>); }
+    static void RegisterFactory() { RegisterClass<zuPoint>(); }
     static void UnRegisterFactory() { UnregisterFactoryFunction(TYPE.GetName()); }
+    static void DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor);
 
     // Size 1, no buffers.
     zuPoint() = default;

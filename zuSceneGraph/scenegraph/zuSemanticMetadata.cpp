@@ -1,5 +1,7 @@
 #include <zuSceneGraph/scenegraph/zuSemanticMetadata.h>
 
+#include <zuSceneGraph/objects/zuFieldVisitor.h>
+
 #include <unordered_map>
 
 namespace zu {
@@ -101,6 +103,18 @@ bool zuSemanticMetadata::Clone(zuRttiInterface*& target) const
         return false;
     static_cast<zuSemanticMetadata*>(target)->mPairs = mPairs;
     return true;
+}
+
+void zuSemanticMetadata::DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor)
+{
+    zuMetadataInterface::DescribeFields(object, visitor);
+    const auto& metadata = static_cast<const zuSemanticMetadata&>(object);
+    visitor.List("pairs", metadata.getQuantity(), [&](int64_t i) {
+        visitor.BeginGroup(nullptr);
+        visitor.Text("key", metadata.getKeyAt(static_cast<int>(i)));
+        visitor.Text("value", metadata.getValueAt(static_cast<int>(i)));
+        visitor.EndGroup();
+    });
 }
 
 } // namespace zu

@@ -19,8 +19,9 @@ class zuSemanticMetadata : public zuMetadataInterface {
 public:
     static const zuRtti TYPE;
     static zuRttiInterface* Factory(zuBaseStream& stream) { return zuBaseStream::LoadNew<zuSemanticMetadata>(stream); }
-    static void RegisterFactory() { RegisterFactoryFunction(TYPE.GetName(), Factory, CreateDefault<zuSemanticMetadata>); }
+    static void RegisterFactory() { RegisterClass<zuSemanticMetadata>(); }
     static void UnRegisterFactory() { UnregisterFactoryFunction(TYPE.GetName()); }
+    static void DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor);
 
     static constexpr uint32_t TYPE_KEY = 2;
 

@@ -1,6 +1,7 @@
 #include <zuSceneGraph/scenegraph/zuSpatial.h>
 
 #include <zuSceneGraph/culling/zuCuller.h>
+#include <zuSceneGraph/objects/zuFieldVisitor.h>
 #include <zuSceneGraph/scenegraph/zuLegacyBoxBV.h>
 #include <zuSceneGraph/scenegraph/zuRttiCustomSpatialInformation.h>
 #include <zuSceneGraph/states/zuGlobalState.h>
@@ -375,6 +376,24 @@ bool zuSpatial::Clone(zuRttiInterface*& target) const
     spatial->mParent = nullptr;
     spatial->mMetadata = mMetadata;
     return true;
+}
+
+namespace {
+
+const char* const cullingModeNames[] = {"CULL_DYNAMIC", "CULL_ALWAYS", "CULL_NEVER"};
+
+} // namespace
+
+void zuSpatial::DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor)
+{
+    zuNamedObject::DescribeFields(object, visitor);
+    const auto& spatial = static_cast<const zuSpatial&>(object);
+    visitor.Transformation("local", spatial.mLocalTransform);
+    visitor.Transformation("world", spatial.mWorldTransform);
+    visitor.EnumeratorOf("culling", spatial.GetCullingMode(), cullingModeNames);
+    spatial.mWorldBound.DescribeFields("world bound", visitor);
+    visitor.References("metadata", spatial.getMetadataQuantity(),
+                       [&](int64_t i) { return spatial.getMetadataAt(static_cast<int>(i)); });
 }
 
 } // namespace zu

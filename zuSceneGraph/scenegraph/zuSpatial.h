@@ -36,6 +36,8 @@ class zuGlobalState;
 class zuSpatial : public zuNamedObject {
 public:
     static const zuRtti TYPE;
+    // The transformations, the culling mode, the world bound and the metadata.
+    static void DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor);
 
     // Culling modes, bits 0-1 of the spatial flags.
     enum CullingMode : int {

@@ -12,7 +12,7 @@ class zuTriMesh : public zuTriangles {
 public:
     static const zuRtti TYPE;
     static zuRttiInterface* Factory(zuBaseStream& stream) { return zuBaseStream::LoadNew<zuTriMesh>(stream); }
-    static void RegisterFactory() { RegisterFactoryFunction(TYPE.GetName(), Factory, CreateDefault<zuTriMesh>); }
+    static void RegisterFactory() { RegisterClass<zuTriMesh>(); }
     static void UnRegisterFactory() { UnregisterFactoryFunction(TYPE.GetName()); }
 
     zuTriMesh() = default;

@@ -1,5 +1,7 @@
 #include <zuSceneGraph/scenegraph/zuTriangles.h>
 
+#include <zuSceneGraph/objects/zuFieldVisitor.h>
+
 namespace zu {
 
 const zuRtti zuTriangles::TYPE("zuCore.zuTriangles", &zuBaseGeometry::TYPE);
@@ -80,6 +82,13 @@ bool zuTriangles::Clone(zuRttiInterface*& target) const
     if (!target)
         target = new zuTriangles;
     return target->IsDerived(TYPE) && zuBaseGeometry::Clone(target);
+}
+
+void zuTriangles::DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor)
+{
+    zuBaseGeometry::DescribeFields(object, visitor);
+    // Not saved: the count follows from the buffers.
+    visitor.Integer("triangles", static_cast<const zuTriangles&>(object).GetTriangleQuantity());
 }
 
 } // namespace zu

@@ -11,8 +11,9 @@ class zuTriangles : public zuBaseGeometry {
 public:
     static const zuRtti TYPE;
     static zuRttiInterface* Factory(zuBaseStream& stream) { return zuBaseStream::LoadNew<zuTriangles>(stream); }
-    static void RegisterFactory() { RegisterFactoryFunction(TYPE.GetName(), Factory, CreateDefault<zuTriangles>); }
+    static void RegisterFactory() { RegisterClass<zuTriangles>(); }
     static void UnRegisterFactory() { UnregisterFactoryFunction(TYPE.GetName()); }
+    static void DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor);
 
     zuTriangles() = default;
     // References both buffers, then the model bound from the vertices.

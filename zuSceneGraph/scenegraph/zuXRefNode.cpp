@@ -1,5 +1,7 @@
 #include <zuSceneGraph/scenegraph/zuXRefNode.h>
 
+#include <zuSceneGraph/objects/zuFieldVisitor.h>
+
 namespace zu {
 
 const zuRtti zuXRefNode::TYPE("zuCore.zuXRefNode", &zuNode::TYPE);
@@ -45,6 +47,12 @@ bool zuXRefNode::Clone(zuRttiInterface*& target) const
         return false;
     static_cast<zuXRefNode*>(target)->mReference = mReference;
     return true;
+}
+
+void zuXRefNode::DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor)
+{
+    zuNode::DescribeFields(object, visitor);
+    visitor.Text("reference", static_cast<const zuXRefNode&>(object).GetReference());
 }
 
 } // namespace zu

@@ -15,8 +15,9 @@ class zuXRefNode : public zuNode {
 public:
     static const zuRtti TYPE;
     static zuRttiInterface* Factory(zuBaseStream& stream) { return zuBaseStream::LoadNew<zuXRefNode>(stream); }
-    static void RegisterFactory() { RegisterFactoryFunction(TYPE.GetName(), Factory, CreateDefault<zuXRefNode>); }
+    static void RegisterFactory() { RegisterClass<zuXRefNode>(); }
     static void UnRegisterFactory() { UnregisterFactoryFunction(TYPE.GetName()); }
+    static void DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor);
 
     zuXRefNode();
     explicit zuXRefNode(const std::string& reference);

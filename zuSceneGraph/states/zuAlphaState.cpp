@@ -1,5 +1,7 @@
 #include <zuSceneGraph/states/zuAlphaState.h>
 
+#include <zuSceneGraph/objects/zuFieldVisitor.h>
+
 namespace zu {
 
 const zuRtti zuAlphaState::TYPE("zuCore.zuAlphaState", &zuGlobalState::TYPE);
@@ -109,6 +111,22 @@ bool zuAlphaState::Clone(zuRttiInterface*& target) const
     state->Reference = Reference;
     state->ConstantColor = ConstantColor;
     return true;
+}
+
+void zuAlphaState::DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor)
+{
+    zuGlobalState::DescribeFields(object, visitor);
+    const auto& state = static_cast<const zuAlphaState&>(object);
+    visitor.BeginGroup(nullptr);
+    visitor.Flag("BlendEnabled", state.BlendEnabled);
+    visitor.Enumerator("SrcBlend", state.SrcBlend, GetSrcBlendName(state.SrcBlend));
+    visitor.Enumerator("DstBlend", state.DstBlend, GetDstBlendName(state.DstBlend));
+    visitor.EndGroup();
+    visitor.BeginGroup(nullptr);
+    visitor.Flag("TestEnabled", state.TestEnabled);
+    visitor.Enumerator("Test", state.Test, GetTestModeName(state.Test));
+    visitor.Number("Reference", state.Reference);
+    visitor.EndGroup();
 }
 
 } // namespace zu

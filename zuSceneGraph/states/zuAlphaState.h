@@ -13,8 +13,9 @@ class zuAlphaState : public zuGlobalState {
 public:
     static const zuRtti TYPE;
     static zuRttiInterface* Factory(zuBaseStream& stream) { return zuBaseStream::LoadNew<zuAlphaState>(stream); }
-    static void RegisterFactory() { RegisterFactoryFunction(TYPE.GetName(), Factory, CreateDefault<zuAlphaState>); }
+    static void RegisterFactory() { RegisterClass<zuAlphaState>(); }
     static void UnRegisterFactory() { UnregisterFactoryFunction(TYPE.GetName()); }
+    static void DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor);
 
     // The enumerations have an int underlying type, so any value read from a file is a
     // valid value of the field even when it names no enumerator.

@@ -1,5 +1,6 @@
 #include <zuSceneGraph/states/zuCamera.h>
 
+#include <zuSceneGraph/objects/zuFieldVisitor.h>
 #include <zuSceneGraph/stream/zuBaseStream.h>
 
 #include <Wm4/Wm4Math.h>
@@ -33,7 +34,7 @@ zuRttiInterface* zuCamera::Factory(zuBaseStream& stream)
 
 void zuCamera::RegisterFactory()
 {
-    RegisterFactoryFunction(TYPE.GetName(), Factory, CreateDefault<zuCamera>);
+    RegisterClass<zuCamera>();
 }
 
 void zuCamera::UnRegisterFactory()
@@ -168,6 +169,22 @@ bool zuCamera::Clone(zuRttiInterface*& target) const
         camera->mFrustum[i] = mFrustum[i];
     camera->mPerspective = mPerspective;
     return true;
+}
+
+void zuCamera::DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor)
+{
+    zuNamedObject::DescribeFields(object, visitor);
+    const auto& camera = static_cast<const zuCamera&>(object);
+    visitor.Frame("frame", camera.GetLocation(), camera.GetDVector(), camera.GetUVector(), camera.GetRVector());
+    visitor.BeginGroup("frustum");
+    visitor.Number("dmin", camera.GetDMin());
+    visitor.Number("dmax", camera.GetDMax());
+    visitor.Number("umin", camera.GetUMin());
+    visitor.Number("umax", camera.GetUMax());
+    visitor.Number("rmin", camera.GetRMin());
+    visitor.Number("rmax", camera.GetRMax());
+    visitor.Flag("perspective", camera.IsPerspective());
+    visitor.EndGroup();
 }
 
 } // namespace zu

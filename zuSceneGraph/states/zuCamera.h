@@ -17,6 +17,7 @@ public:
     static zuRttiInterface* Factory(zuBaseStream& stream);
     static void RegisterFactory();
     static void UnRegisterFactory();
+    static void DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor);
 
     enum FrustumValue { VF_DMIN, VF_DMAX, VF_UMIN, VF_UMAX, VF_RMIN, VF_RMAX, VF_QUANTITY };
 

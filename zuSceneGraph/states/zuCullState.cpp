@@ -1,5 +1,7 @@
 #include <zuSceneGraph/states/zuCullState.h>
 
+#include <zuSceneGraph/objects/zuFieldVisitor.h>
+
 namespace zu {
 
 const zuRtti zuCullState::TYPE("zuCore.zuCullState", &zuGlobalState::TYPE);
@@ -60,6 +62,17 @@ bool zuCullState::Clone(zuRttiInterface*& target) const
     state->FrontFace = FrontFace;
     state->CullFace = CullFace;
     return true;
+}
+
+void zuCullState::DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor)
+{
+    zuGlobalState::DescribeFields(object, visitor);
+    const auto& state = static_cast<const zuCullState&>(object);
+    visitor.BeginGroup(nullptr);
+    visitor.Flag("Enabled", state.Enabled);
+    visitor.Enumerator("FrontFace", state.FrontFace, GetFrontModeName(state.FrontFace));
+    visitor.Enumerator("CullFace", state.CullFace, GetCullModeName(state.CullFace));
+    visitor.EndGroup();
 }
 
 } // namespace zu

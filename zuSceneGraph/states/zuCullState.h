@@ -10,8 +10,9 @@ class zuCullState : public zuGlobalState {
 public:
     static const zuRtti TYPE;
     static zuRttiInterface* Factory(zuBaseStream& stream) { return zuBaseStream::LoadNew<zuCullState>(stream); }
-    static void RegisterFactory() { RegisterFactoryFunction(TYPE.GetName(), Factory, CreateDefault<zuCullState>); }
+    static void RegisterFactory() { RegisterClass<zuCullState>(); }
     static void UnRegisterFactory() { UnregisterFactoryFunction(TYPE.GetName()); }
+    static void DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor);
 
     // An int underlying type keeps any value read from a file a valid field value.
     enum FrontMode : int {

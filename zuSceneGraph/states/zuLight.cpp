@@ -1,5 +1,6 @@
 #include <zuSceneGraph/states/zuLight.h>
 
+#include <zuSceneGraph/objects/zuFieldVisitor.h>
 #include <zuSceneGraph/stream/zuBaseStream.h>
 
 #include <Wm4/Wm4Math.h>
@@ -45,7 +46,7 @@ zuRttiInterface* zuLight::Factory(zuBaseStream& stream)
 
 void zuLight::RegisterFactory()
 {
-    RegisterFactoryFunction(TYPE.GetName(), Factory, CreateDefault<zuLight>);
+    RegisterClass<zuLight>();
 }
 
 void zuLight::UnRegisterFactory()
@@ -206,6 +207,33 @@ bool zuLight::Clone(zuRttiInterface*& target) const
     light->mSpotExponent = mSpotExponent;
     light->mOn = mOn;
     return true;
+}
+
+void zuLight::DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor)
+{
+    zuNamedObject::DescribeFields(object, visitor);
+    const auto& light = static_cast<const zuLight&>(object);
+    visitor.BeginGroup(nullptr);
+    visitor.Enumerator("type", light.GetLightType(), GetLightTypeName(light.GetLightType()));
+    visitor.Flag("on", light.IsOn());
+    visitor.EndGroup();
+    visitor.Frame("frame", light.GetLocation(), light.GetDVector(), light.GetUVector(), light.GetRVector());
+    visitor.BeginGroup("colours");
+    visitor.Numbers("ambient", light.GetAmbient(), 3, 3);
+    visitor.Numbers("diffuse", light.GetDiffuse(), 3, 3);
+    visitor.Numbers("specular", light.GetSpecular(), 3, 3);
+    visitor.Number("intensity", light.GetIntensity());
+    visitor.EndGroup();
+    visitor.BeginGroup("attenuation");
+    visitor.Number("constant", light.GetConstant());
+    visitor.Number("linear", light.GetLinear());
+    visitor.Number("quadratic", light.GetQuadratic());
+    visitor.Flag("attenuate", light.GetAttenuate());
+    visitor.EndGroup();
+    visitor.BeginGroup("spot");
+    visitor.Number("cutoff", light.GetSpotCutoff());
+    visitor.Number("exponent", light.GetSpotExponent());
+    visitor.EndGroup();
 }
 
 } // namespace zu

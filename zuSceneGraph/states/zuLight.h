@@ -18,6 +18,7 @@ public:
     static zuRttiInterface* Factory(zuBaseStream& stream);
     static void RegisterFactory();
     static void UnRegisterFactory();
+    static void DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor);
 
     // An int underlying type keeps any value read from a file a valid field value.
     enum LightType : int {

@@ -1,5 +1,6 @@
 #include <zuSceneGraph/states/zuMaterialState.h>
 
+#include <zuSceneGraph/objects/zuFieldVisitor.h>
 #include <zuSceneGraph/stream/zuBaseStream.h>
 
 #include <cmath>
@@ -31,7 +32,7 @@ zuRttiInterface* zuMaterialState::Factory(zuBaseStream& stream)
 
 void zuMaterialState::RegisterFactory()
 {
-    RegisterFactoryFunction(TYPE.GetName(), Factory, CreateDefault<zuMaterialState>);
+    RegisterClass<zuMaterialState>();
 }
 
 void zuMaterialState::UnRegisterFactory()
@@ -97,6 +98,22 @@ bool zuMaterialState::Clone(zuRttiInterface*& target) const
     material->Shininess = Shininess;
     material->Opacity = Opacity;
     return true;
+}
+
+void zuMaterialState::DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor)
+{
+    zuGlobalState::DescribeFields(object, visitor);
+    const auto& state = static_cast<const zuMaterialState&>(object);
+    visitor.BeginGroup(nullptr);
+    visitor.Numbers("Ambient", state.Ambient, 3, 3);
+    visitor.Numbers("Diffuse", state.Diffuse, 3, 3);
+    visitor.Numbers("Specular", state.Specular, 3, 3);
+    visitor.Numbers("Emissive", state.Emissive, 3, 3);
+    visitor.EndGroup();
+    visitor.BeginGroup(nullptr);
+    visitor.Number("Shininess", state.Shininess);
+    visitor.Number("Opacity", state.Opacity);
+    visitor.EndGroup();
 }
 
 } // namespace zu

@@ -1,5 +1,7 @@
 #include <zuSceneGraph/states/zuPolygonOffsetState.h>
 
+#include <zuSceneGraph/objects/zuFieldVisitor.h>
+
 namespace zu {
 
 const zuRtti zuPolygonOffsetState::TYPE("zuCore.zuPolygonOffsetState", &zuGlobalState::TYPE);
@@ -52,6 +54,21 @@ bool zuPolygonOffsetState::Clone(zuRttiInterface*& target) const
     state->Scale = Scale;
     state->Bias = Bias;
     return true;
+}
+
+void zuPolygonOffsetState::DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor)
+{
+    zuGlobalState::DescribeFields(object, visitor);
+    const auto& state = static_cast<const zuPolygonOffsetState&>(object);
+    visitor.BeginGroup(nullptr);
+    visitor.Flag("FillEnabled", state.FillEnabled);
+    visitor.Flag("LineEnabled", state.LineEnabled);
+    visitor.Flag("PointEnabled", state.PointEnabled);
+    visitor.EndGroup();
+    visitor.BeginGroup(nullptr);
+    visitor.Number("Scale", state.Scale);
+    visitor.Number("Bias", state.Bias);
+    visitor.EndGroup();
 }
 
 } // namespace zu

@@ -11,8 +11,9 @@ class zuPolygonOffsetState : public zuGlobalState {
 public:
     static const zuRtti TYPE;
     static zuRttiInterface* Factory(zuBaseStream& stream) { return zuBaseStream::LoadNew<zuPolygonOffsetState>(stream); }
-    static void RegisterFactory() { RegisterFactoryFunction(TYPE.GetName(), Factory, CreateDefault<zuPolygonOffsetState>); }
+    static void RegisterFactory() { RegisterClass<zuPolygonOffsetState>(); }
     static void UnRegisterFactory() { UnregisterFactoryFunction(TYPE.GetName()); }
+    static void DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor);
 
     zuPolygonOffsetState() = default;
 

@@ -1,5 +1,7 @@
 #include <zuSceneGraph/states/zuStencilState.h>
 
+#include <zuSceneGraph/objects/zuFieldVisitor.h>
+
 namespace zu {
 
 const zuRtti zuStencilState::TYPE("zuCore.zuStencilState", &zuGlobalState::TYPE);
@@ -91,6 +93,24 @@ bool zuStencilState::Clone(zuRttiInterface*& target) const
     state->OnZFail = OnZFail;
     state->OnZPass = OnZPass;
     return true;
+}
+
+void zuStencilState::DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor)
+{
+    zuGlobalState::DescribeFields(object, visitor);
+    const auto& state = static_cast<const zuStencilState&>(object);
+    visitor.BeginGroup(nullptr);
+    visitor.Flag("Enabled", state.Enabled);
+    visitor.Enumerator("Compare", state.Compare, GetCompareName(state.Compare));
+    visitor.Integer("Reference", state.Reference);
+    visitor.Mask("Mask", state.Mask, 32);
+    visitor.Mask("WriteMask", state.WriteMask, 32);
+    visitor.EndGroup();
+    visitor.BeginGroup(nullptr);
+    visitor.Enumerator("OnFail", state.OnFail, GetOperationName(state.OnFail));
+    visitor.Enumerator("OnZFail", state.OnZFail, GetOperationName(state.OnZFail));
+    visitor.Enumerator("OnZPass", state.OnZPass, GetOperationName(state.OnZPass));
+    visitor.EndGroup();
 }
 
 } // namespace zu

@@ -11,8 +11,9 @@ class zuStencilState : public zuGlobalState {
 public:
     static const zuRtti TYPE;
     static zuRttiInterface* Factory(zuBaseStream& stream) { return zuBaseStream::LoadNew<zuStencilState>(stream); }
-    static void RegisterFactory() { RegisterFactoryFunction(TYPE.GetName(), Factory, CreateDefault<zuStencilState>); }
+    static void RegisterFactory() { RegisterClass<zuStencilState>(); }
     static void UnRegisterFactory() { UnregisterFactoryFunction(TYPE.GetName()); }
+    static void DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor);
 
     // An int underlying type keeps any value read from a file a valid field value.
     enum CompareFunction : int {

@@ -1,6 +1,7 @@
 #include <zuSceneGraph/states/zuTexture.h>
 
 #include <zuSceneGraph/objects/zuCatalog.h>
+#include <zuSceneGraph/objects/zuFieldVisitor.h>
 #include <zuSceneGraph/resources/zuImage.h>
 #include <zuSceneGraph/stream/zuBaseStream.h>
 
@@ -41,7 +42,7 @@ zuRttiInterface* zuTexture::Factory(zuBaseStream& stream)
 
 void zuTexture::RegisterFactory()
 {
-    RegisterFactoryFunction(TYPE.GetName(), Factory, CreateDefault<zuTexture>);
+    RegisterClass<zuTexture>();
 }
 
 void zuTexture::UnRegisterFactory()
@@ -212,6 +213,28 @@ bool zuTexture::Clone(zuRttiInterface*& target) const
     texture->mUnit = mUnit;
     texture->mChannel = mChannel;
     return true;
+}
+
+void zuTexture::DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor)
+{
+    zuNamedObject::DescribeFields(object, visitor);
+    const auto& texture = static_cast<const zuTexture&>(object);
+    visitor.BeginGroup(nullptr);
+    visitor.Reference("image", texture.mImage.get());
+    visitor.Text("image name", texture.GetImageName());
+    visitor.EndGroup();
+    visitor.BeginGroup("wrap");
+    visitor.Enumerator("s", texture.mWrapS, GetWrapModeName(texture.mWrapS));
+    visitor.Enumerator("t", texture.mWrapT, GetWrapModeName(texture.mWrapT));
+    visitor.EndGroup();
+    visitor.BeginGroup("filter");
+    visitor.Enumerator("min", texture.mMinFilter, GetFilterModeName(texture.mMinFilter));
+    visitor.Enumerator("mag", texture.mMagFilter, GetFilterModeName(texture.mMagFilter));
+    visitor.EndGroup();
+    visitor.BeginGroup(nullptr);
+    visitor.Integer("unit", texture.mUnit);
+    visitor.Enumerator("channel", texture.mChannel, GetChannelName(texture.mChannel));
+    visitor.EndGroup();
 }
 
 } // namespace zu

@@ -30,6 +30,7 @@ public:
     static zuRttiInterface* Factory(zuBaseStream& stream);
     static void RegisterFactory();
     static void UnRegisterFactory();
+    static void DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor);
 
     enum Channel : int { CH_DIFFUSE, CH_BUMP, CH_OPACITY, CH_SPECULAR, CH_EMISSIVE, CH_REFLECTION, CH_QUANTITY };
     // What a coordinate outside [0, 1] samples: the edge texel (clamp to edge), the

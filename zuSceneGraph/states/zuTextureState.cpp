@@ -1,5 +1,6 @@
 #include <zuSceneGraph/states/zuTextureState.h>
 
+#include <zuSceneGraph/objects/zuFieldVisitor.h>
 #include <zuSceneGraph/states/zuTexture.h>
 #include <zuSceneGraph/stream/zuBaseStream.h>
 
@@ -14,7 +15,7 @@ zuRttiInterface* zuTextureState::Factory(zuBaseStream& stream)
 
 void zuTextureState::RegisterFactory()
 {
-    RegisterFactoryFunction(TYPE.GetName(), Factory, CreateDefault<zuTextureState>);
+    RegisterClass<zuTextureState>();
 }
 
 void zuTextureState::UnRegisterFactory()
@@ -136,6 +137,14 @@ bool zuTextureState::Clone(zuRttiInterface*& target) const
     if (state != this)
         state->mTextures = mTextures;
     return true;
+}
+
+void zuTextureState::DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor)
+{
+    zuGlobalState::DescribeFields(object, visitor);
+    const auto& state = static_cast<const zuTextureState&>(object);
+    visitor.References("textures", state.GetTextureQuantity(),
+                       [&](int64_t i) { return state.GetTexture(static_cast<int>(i)); });
 }
 
 } // namespace zu

@@ -20,6 +20,7 @@ public:
     static zuRttiInterface* Factory(zuBaseStream& stream);
     static void RegisterFactory();
     static void UnRegisterFactory();
+    static void DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor);
 
     zuTextureState();
     ~zuTextureState() override;

@@ -1,5 +1,7 @@
 #include <zuSceneGraph/states/zuWireframeState.h>
 
+#include <zuSceneGraph/objects/zuFieldVisitor.h>
+
 namespace zu {
 
 const zuRtti zuWireframeState::TYPE("zuCore.zuWireframeState", &zuGlobalState::TYPE);
@@ -37,6 +39,12 @@ bool zuWireframeState::Clone(zuRttiInterface*& target) const
         return false;
     static_cast<zuWireframeState*>(target)->Enabled = Enabled;
     return true;
+}
+
+void zuWireframeState::DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor)
+{
+    zuGlobalState::DescribeFields(object, visitor);
+    visitor.Flag("Enabled", static_cast<const zuWireframeState&>(object).Enabled);
 }
 
 } // namespace zu

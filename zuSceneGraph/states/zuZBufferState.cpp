@@ -1,5 +1,7 @@
 #include <zuSceneGraph/states/zuZBufferState.h>
 
+#include <zuSceneGraph/objects/zuFieldVisitor.h>
+
 namespace zu {
 
 const zuRtti zuZBufferState::TYPE("zuCore.zuZBufferState", &zuGlobalState::TYPE);
@@ -61,6 +63,20 @@ bool zuZBufferState::Clone(zuRttiInterface*& target) const
     state->Compare = Compare;
     state->Label = Label;
     return true;
+}
+
+void zuZBufferState::DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor)
+{
+    zuGlobalState::DescribeFields(object, visitor);
+    const auto& state = static_cast<const zuZBufferState&>(object);
+    visitor.BeginGroup(nullptr);
+    visitor.Flag("Enabled", state.Enabled);
+    visitor.Flag("Writable", state.Writable);
+    visitor.Enumerator("Compare", state.Compare, GetCompareModeName(state.Compare));
+    visitor.EndGroup();
+    // The label is the application's and never saved: a loaded state has none.
+    if (!state.Label.empty())
+        visitor.Text("Label", state.Label);
 }
 
 } // namespace zu

@@ -13,8 +13,9 @@ class zuZBufferState : public zuGlobalState {
 public:
     static const zuRtti TYPE;
     static zuRttiInterface* Factory(zuBaseStream& stream) { return zuBaseStream::LoadNew<zuZBufferState>(stream); }
-    static void RegisterFactory() { RegisterFactoryFunction(TYPE.GetName(), Factory, CreateDefault<zuZBufferState>); }
+    static void RegisterFactory() { RegisterClass<zuZBufferState>(); }
     static void UnRegisterFactory() { UnregisterFactoryFunction(TYPE.GetName()); }
+    static void DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor);
 
     // An int underlying type keeps any value read from a file a valid field value.
     enum CompareMode : int {

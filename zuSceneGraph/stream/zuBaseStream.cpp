@@ -160,6 +160,8 @@ void zuBaseStream::clearObjectMap()
     std::vector<std::pair<uint64_t, zuRttiInterface*>>().swap(mDefinitions);
     mReferenceCount = 0;
     mReferences.clear();
+    std::vector<uint32_t>().swap(mResolved);
+    mNullDefined = false;
 }
 
 void zuBaseStream::registerTopLevel()
@@ -344,6 +346,8 @@ void zuBaseStream::deleteLinks()
 void zuBaseStream::registerLink(uint64_t identifier, zuLink* link)
 {
     mDefinitions.emplace_back(identifier, link->getObject());
+    if (identifier == 0)
+        mNullDefined = true;
 }
 
 void zuBaseStream::addObjectReference(zuLink* link, uint64_t identifier)
@@ -355,16 +359,28 @@ void zuBaseStream::addObjectReference(zuLink* link, uint64_t identifier)
 void zuBaseStream::buildReferenceMap()
 {
     mReferences.clear();
+    mResolved.clear();
     if (mReferenceCount == 0)
         return;
-    mReferences.reserve(mDefinitions.size() + mReferenceCount);
+    // Sized for the records: references mostly name them, and the few that name nothing
+    // in the stream grow the map as they come.
+    mReferences.reserve(mDefinitions.size() + 1);
     // A later record saved under the same identifier replaces the earlier one.
     for (const auto& [identifier, object] : mDefinitions)
         mReferences.findOrInsert(identifier).object = object;
+    mResolved.reserve(mReferenceCount);
     for (size_t i = 0; i < mLinkCount; ++i) {
-        zuLink* link = linkAt(i);
-        for (int k = 0; k < link->getQuantity(); ++k)
-            ++mReferences.findOrInsert(link->getInterface(k)).pending;
+        const zuLink* link = linkAt(i);
+        for (int k = 0; k < link->getQuantity(); ++k) {
+            const uint64_t identifier = link->getInterface(k);
+            if (identifier == 0 && !mNullDefined) {
+                mResolved.push_back(NO_ENTRY);
+                continue;
+            }
+            const uint32_t number = mReferences.findOrInsertNumber(identifier);
+            ++mReferences.entryAt(number).pending;
+            mResolved.push_back(number);
+        }
     }
 }
 
@@ -377,8 +393,22 @@ void zuBaseStream::ReadLink(zuLink* link)
 
 zuRttiInterface* zuBaseStream::getFromMapAndRemove(uint64_t identifier)
 {
+    // Null reads as null unless a record was saved under it.
+    if (identifier == 0 && !mNullDefined)
+        return nullptr;
+    // The reference the current link handed out last was found when the map was built.
+    zuReferenceMap::Entry* entry = nullptr;
+    if (mLinking && mLinking->getCursor() > 0) {
+        const size_t k = mLinkingBase + mLinking->getCursor() - 1;
+        if (k < mResolved.size() && mResolved[k] != NO_ENTRY) {
+            zuReferenceMap::Entry& resolved = mReferences.entryAt(mResolved[k]);
+            if (resolved.identifier == identifier)
+                entry = &resolved;
+        }
+    }
+    if (!entry)
+        entry = mReferences.find(identifier);
     // An entry whose references are all resolved counts as erased.
-    zuReferenceMap::Entry* entry = mReferences.find(identifier);
     if (!entry || entry->pending == 0)
         return nullptr;
     --entry->pending;
@@ -533,10 +563,15 @@ void zuBaseStream::finishLoad()
     } else {
         buildReferenceMap();
         removeUnreferencedObjects();
+        size_t base = 0;
         for (size_t i = 0; i < mLinkCount; ++i) {
             zuLink* link = linkAt(i);
+            mLinking = link;
+            mLinkingBase = base;
             link->getObject()->Link(*this, link);
+            base += static_cast<size_t>(link->getQuantity());
         }
+        mLinking = nullptr;
         for (LinkedPass pass : mLinkedPasses)
             pass(*this);
         for (size_t i = 0; i < mLinkCount; ++i) {

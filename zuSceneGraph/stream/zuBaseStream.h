@@ -435,6 +435,15 @@ private:
     std::vector<std::pair<uint64_t, zuRttiInterface*>> mDefinitions;
     size_t mReferenceCount = 0;
     zuReferenceMap mReferences;
+    // The entry of every reference the links read, in link order, found once when the map
+    // is built: the link pass then takes each reference's object without hashing it again.
+    // A null reference has no entry unless some record was saved under the null identifier.
+    static constexpr uint32_t NO_ENTRY = UINT32_MAX;
+    std::vector<uint32_t> mResolved;
+    bool mNullDefined = false;
+    // The link whose Link runs, and the place of its first reference in mResolved.
+    const zuLink* mLinking = nullptr;
+    size_t mLinkingBase = 0;
     std::unordered_map<const zuRttiInterface*, zuRttiCustomInformation*> mCustomInformations;
     std::vector<std::pair<const zuRtti*, zuDataStreamLoader*>> mStreamLoaders;
     std::vector<LinkedPass> mLinkedPasses;

@@ -1,5 +1,6 @@
 #include <zuSceneGraph/stream/zuCoreSettings.h>
 
+#include <zuSceneGraph/objects/zuFieldVisitor.h>
 #include <zuSceneGraph/stream/zuBaseStream.h>
 
 namespace zu {
@@ -181,6 +182,62 @@ bool zuCoreSettings::Clone(zuRttiInterface*& target) const
     if (!target)
         target = new zuCoreSettings;
     return target->IsDerived(TYPE) && zuUnnamedObject::Clone(target);
+}
+
+void zuCoreSettings::DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor)
+{
+    zuUnnamedObject::DescribeFields(object, visitor);
+    const auto& settings = static_cast<const zuCoreSettings&>(object);
+    visitor.List("Entries", static_cast<int64_t>(settings.Entries.size()), [&](int64_t i) {
+        const Entry& entry = settings.Entries[static_cast<size_t>(i)];
+        visitor.BeginGroup(nullptr);
+        visitor.Text("Name", entry.Name);
+        visitor.Number("First", entry.First);
+        visitor.Number("Second", entry.Second);
+        visitor.Number("Third", entry.Third);
+        visitor.Flag("Flag", entry.Flag);
+        visitor.EndGroup();
+    });
+    visitor.List("Strings", static_cast<int64_t>(settings.Strings.size()),
+                 [&](int64_t i) { visitor.Text(nullptr, settings.Strings[static_cast<size_t>(i)]); });
+    visitor.BeginGroup(nullptr);
+    visitor.Integer("S1", settings.S1);
+    visitor.Integer("S2", settings.S2);
+    visitor.Number("S3", settings.S3);
+    visitor.Integer("S4", settings.S4);
+    visitor.Number("S5", settings.S5);
+    visitor.Integer("S6", settings.S6);
+    visitor.Flag("S7", settings.S7);
+    visitor.EndGroup();
+    visitor.List("Records", static_cast<int64_t>(settings.Records.size()), [&](int64_t i) {
+        const Record& record = settings.Records[static_cast<size_t>(i)];
+        visitor.BeginGroup(nullptr);
+        visitor.Text("First", record.First);
+        visitor.Text("Second", record.Second);
+        visitor.List("Values", 3, [&](int64_t v) { visitor.Integer(nullptr, record.Values[v]); });
+        visitor.EndGroup();
+    });
+    visitor.BeginGroup(nullptr);
+    visitor.Flag("H1", settings.H1);
+    visitor.Flag("H2", settings.H2);
+    visitor.Flag("H3", settings.H3);
+    visitor.Flag("H4", settings.H4);
+    visitor.EndGroup();
+    visitor.BeginGroup(nullptr);
+    visitor.Integer("J1", settings.J1);
+    visitor.Integer("J2", settings.J2);
+    visitor.Integer("J3", settings.J3);
+    visitor.Integer("J4", settings.J4);
+    visitor.Integer("J5", settings.J5);
+    visitor.Integer("J6", settings.J6);
+    visitor.EndGroup();
+    // K is not saved, so a loaded record always holds its default.
+    visitor.BeginGroup(nullptr);
+    visitor.Integer("Width1", settings.Width1);
+    visitor.Integer("Height1", settings.Height1);
+    visitor.Integer("Width2", settings.Width2);
+    visitor.Integer("Height2", settings.Height2);
+    visitor.EndGroup();
 }
 
 } // namespace zu

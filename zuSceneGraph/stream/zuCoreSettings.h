@@ -18,8 +18,9 @@ public:
     static const zuRtti TYPE;
 
     static zuRttiInterface* Factory(zuBaseStream& stream);
-    static void RegisterFactory() { RegisterFactoryFunction(TYPE.GetName(), Factory, CreateDefault<zuCoreSettings>); }
+    static void RegisterFactory() { RegisterClass<zuCoreSettings>(); }
     static void UnRegisterFactory() { UnregisterFactoryFunction(TYPE.GetName()); }
+    static void DescribeFields(const zuRttiInterface& object, zuFieldVisitor& visitor);
 
     // A named entry: three numbers and a flag.
     struct Entry {

@@ -23,13 +23,22 @@ public:
 
     zuRttiInterface* getObject() const { return mObject; }
     void setObject(zuRttiInterface* object) { mObject = object; }
-    void addInterface(uint64_t value) { mReferences.push_back(value); }
+    void addInterface(uint64_t value)
+    {
+        // Most records read a few references (a mesh its states and buffers): room for
+        // four at once saves the arena the copies of growing one by one.
+        if (mReferences.empty())
+            mReferences.reserve(4);
+        mReferences.push_back(value);
+    }
     // The reference at the cursor, which then advances; 0 (null) past the last one.
     uint64_t getLinkID()
     {
         return mCursor < mReferences.size() ? mReferences[mCursor++] : 0;
     }
     int getQuantity() const { return static_cast<int>(mReferences.size()); }
+    // How many references getLinkID handed out.
+    uint32_t getCursor() const { return mCursor; }
     // The i-th reference read, whatever the cursor.
     uint64_t getInterface(int i) const { return mReferences[static_cast<size_t>(i)]; }
 

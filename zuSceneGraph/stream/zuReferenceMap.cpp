@@ -30,7 +30,7 @@ uint64_t unpredictableBits()
 
 } // namespace
 
-zuReferenceMap::Entry& zuReferenceMap::findOrInsert(uint64_t identifier)
+uint32_t zuReferenceMap::findOrInsertNumber(uint64_t identifier)
 {
     // Kept at most half full, so probe sequences stay short.
     if (2 * (mEntries.size() + 1) > mCapacity)
@@ -44,11 +44,10 @@ zuReferenceMap::Entry& zuReferenceMap::findOrInsert(uint64_t identifier)
         if (number == 0) {
             mEntries.push_back(Entry{identifier, nullptr, 0});
             mSlots[slot] = static_cast<uint32_t>(mEntries.size());
-            return mEntries.back();
+            return static_cast<uint32_t>(mEntries.size() - 1);
         }
-        Entry& entry = mEntries[number - 1];
-        if (entry.identifier == identifier)
-            return entry;
+        if (mEntries[number - 1].identifier == identifier)
+            return number - 1;
     }
 }
 

@@ -32,7 +32,10 @@ public:
 
     // The entry of identifier, created (no object, nothing pending) when absent. The
     // reference is valid until the next insertion.
-    Entry& findOrInsert(uint64_t identifier);
+    Entry& findOrInsert(uint64_t identifier) { return mEntries[findOrInsertNumber(identifier)]; }
+    // The same as an entry number, which stays valid until the map is cleared.
+    uint32_t findOrInsertNumber(uint64_t identifier);
+    Entry& entryAt(uint32_t number) { return mEntries[number]; }
     // Null when absent.
     Entry* find(uint64_t identifier);
     void clear();
