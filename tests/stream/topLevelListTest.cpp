@@ -1,7 +1,7 @@
 // The stream's list of top-level objects: membership, references, and how it shapes what is
 // saved and what a load hands out.
 
-#include "support/zuTestObjects.h"
+#include "support/zuRecordPins.h"
 
 #include <gtest/gtest.h>
 
@@ -67,18 +67,11 @@ TEST_F(TopLevelList, ATopLevelObjectReachedFromAnotherIsOneRecordWithItsMarker)
     zuPointer<zuTestNode> outer = new zuTestNode("outer");
     zuPointer<zuTestNode> inner = new zuTestNode("inner");
     outer->AttachChild(inner);
-    const int innerRecord = 4 + 17 + 4 + 8 + 4 + 5 + 4 + 4 + 4;
-    const int outerRecord = innerRecord + 8;
-    const auto id = [](const void* object) { return static_cast<uint64_t>(reinterpret_cast<uintptr_t>(object)); };
-
     // Registration follows the list: the inner object is first met as a child.
-    zuBytes outerFirst;
-    outerFirst.str("Top Level").str("zuTest.zuTestNode").i32(outerRecord).u64(id(outer));
-    outerFirst.str("outer").i32(0).i32(0).i32(1).u64(id(inner));
-    outerFirst.str("Top Level").str("zuTest.zuTestNode").i32(innerRecord).u64(id(inner));
-    outerFirst.str("inner").i32(0).i32(0).i32(0);
     std::vector<char> saved = saveToBytes({outer, inner}, zuStreamVersion(6, 32));
-    EXPECT_EQ(saved, outerFirst.bytes());
+    EXPECT_EQ(pinOf({outer.get(), inner.get()}, {6, 32}), "'Top Level' 'zuTest.zuTestNode' #62 <0> 'outer' #0 #0 #1 <1> |\n"
+                                                          "'Top Level' 'zuTest.zuTestNode' #54 <1> 'inner' #0 #0 #0 |\n");
+    const size_t outerFirstSize = saved.size();
 
     zuBaseStream stream;
     stream.SetVersion(zuStreamVersion(6, 32));
@@ -92,7 +85,7 @@ TEST_F(TopLevelList, ATopLevelObjectReachedFromAnotherIsOneRecordWithItsMarker)
 
     // Listed the other way round, the records are too, and so are the loaded objects.
     saved = saveToBytes({inner, outer}, zuStreamVersion(6, 32));
-    ASSERT_EQ(saved.size(), outerFirst.size());
+    ASSERT_EQ(saved.size(), outerFirstSize);
     ASSERT_TRUE(stream.Load(saved.data(), saved.size()));
     ASSERT_EQ(stream.GetObjectCount(), 2);
     EXPECT_EQ(static_cast<zuTestNode*>(stream.GetObjectAt(0))->GetName(), "inner");
@@ -142,24 +135,11 @@ TEST_F(TopLevelList, TheListIsKeptBetweenSavesAndReplacedByALoad)
 // and an identifier no record carries reads as null.
 TEST_F(TopLevelList, ReferencesResolveAfterTheLastRecord)
 {
-    const auto node = [](zuBytes& bytes, bool topLevel, uint64_t id, const std::string& name,
-                         std::vector<uint64_t> children) {
-        if (topLevel)
-            bytes.str("Top Level");
-        const int size = 4 + 17 + 4 + 8 + 4 + static_cast<int>(name.size()) + 12 + 8 * static_cast<int>(children.size());
-        bytes.str("zuTest.zuTestNode").i32(size).u64(id).str(name).i32(0).i32(0);
-        bytes.i32(static_cast<int>(children.size()));
-        for (uint64_t child : children)
-            bytes.u64(child);
-    };
-    zuBytes bytes;
-    node(bytes, true, 0x10, "parent", {0x20, 0x20, 0x30});
-    node(bytes, false, 0x20, "first", {});
-    node(bytes, false, 0x20, "second", {});
-
+    std::vector<char> data = pinBytes("'Top Level' 'zuTest.zuTestNode' #79 <0> 'parent' #0 #0 #3 <1> <1> <2> |"
+                                      "'zuTest.zuTestNode' #54 <1> 'first' #0 #0 #0 |"
+                                      "'zuTest.zuTestNode' #55 <1> 'second' #0 #0 #0 |");
     zuBaseStream stream;
     stream.SetVersion(zuStreamVersion(6, 32));
-    std::vector<char> data = bytes.bytes();
     ASSERT_TRUE(stream.Load(data.data(), data.size()));
     ASSERT_EQ(stream.GetObjectCount(), 1);
     auto* parent = static_cast<zuTestNode*>(stream.GetObjectAt(0));

@@ -1,7 +1,7 @@
 // Core settings: the values written from 5.20 on only, the value that is never persisted,
 // hostile counts, and the Equals/Clone/assignment semantics.
 
-#include "support/zuTestObjects.h"
+#include "support/zuRecordPins.h"
 
 #include <zuSceneGraph/objects/zuTSharedArray.h>
 #include <zuSceneGraph/stream/zuCoreSettings.h>
@@ -91,21 +91,9 @@ TEST_F(CoreSettings, J3AndJ4AreMissingBefore520AndKIsNeverSaved)
 TEST_F(CoreSettings, HostileListCountsFailTheLoad)
 {
     // The entry, string and record counts in turn claim more than the data holds.
-    for (int list = 0; list < 3; ++list) {
-        SCOPED_TRACE(list);
-        zuBytes bytes;
-        bytes.str("Top Level").str("zuCore.zuCoreSettings").u64(0x1000).str("").i32(0);
-        if (list == 0) {
-            bytes.i32(0x7fffffff);
-        } else {
-            bytes.i32(0);
-            if (list == 1) {
-                bytes.i32(0x7fffffff);
-            } else {
-                bytes.i32(0).i32(100).i32(0).f32(0.001f).i32(1).f32(1.0f).i32(0).u8(0).i32(0x7fffffff);
-            }
-        }
-        std::vector<char> data(bytes.bytes());
+    for (const char* counts : {"ff ff ff 7f", "#0 ff ff ff 7f", "#0 #0 #100 #0 ~0.001 #1 ~1 #0 00 ff ff ff 7f"}) {
+        SCOPED_TRACE(counts);
+        std::vector<char> data = pinBytes(std::string("'Top Level' 'zuCore.zuCoreSettings' <0> #0 #0 ") + counts);
         data.resize(data.size() + 64, '\0');
         zuBaseStream stream;
         stream.SetVersion(zuStreamVersion(5, 20));

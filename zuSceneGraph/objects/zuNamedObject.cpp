@@ -12,14 +12,25 @@ zuNamedObject::~zuNamedObject()
     DetachAllControllers();
 }
 
-zuNamedObject::zuNamedObject(const zuNamedObject& other) : zuObject(other), mName(other.mName)
+zuNamedObject::zuNamedObject(const zuNamedObject& other) : zuObject(other)
 {
+    SetName(other.GetName());
 }
 
 zuNamedObject& zuNamedObject::operator=(const zuNamedObject& other)
 {
-    mName = other.mName;
+    SetName(other.GetName());
     return *this;
+}
+
+void zuNamedObject::SetName(const std::string& name)
+{
+    if (name.empty())
+        mName.reset();
+    else if (mName)
+        *mName = name;
+    else
+        mName = std::make_unique<std::string>(name);
 }
 
 zuNamedObject::ControllerList& zuNamedObject::controllers()

@@ -22,8 +22,8 @@ public:
     bool AttachController(zuController* controller) override;
     void DetachController(zuController* controller) override;
     void DetachAllControllers() override;
-    void SetName(const std::string& name) override { mName = name; }
-    const std::string& GetName() const override { return mName; }
+    void SetName(const std::string& name) override;
+    const std::string& GetName() const override { return mName ? *mName : zuEmptyName(); }
 
 protected:
     zuNamedObject() = default;
@@ -32,7 +32,9 @@ protected:
     zuNamedObject& operator=(const zuNamedObject& other);
 
 private:
-    std::string mName;
+    // Made when a name is set: most objects of a large scene carry none, and a string
+    // member would cost each of them 32 bytes.
+    std::unique_ptr<std::string> mName;
     using ControllerList = std::vector<zuPointer<zuObject>>;
     ControllerList& controllers();
 

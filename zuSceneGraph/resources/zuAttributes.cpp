@@ -11,21 +11,6 @@ namespace zu {
 
 zuAttributes::zuAttributes() = default;
 
-zuAttributes::Slot* zuAttributes::slot(Group group)
-{
-    switch (group) {
-    case POSITION: return &mPosition;
-    case BLEND_WEIGHT: return &mBlendWeight;
-    case NORMAL: return &mNormal;
-    case FOG: return &mFog;
-    case PSIZE: return &mPSize;
-    case BLEND_INDICES: return &mBlendIndices;
-    case TANGENT: return &mTangent;
-    case BITANGENT: return &mBitangent;
-    default: return nullptr;
-    }
-}
-
 size_t zuAttributes::firstUnit(int familyIndex) const
 {
     size_t first = 0;
@@ -79,10 +64,8 @@ int zuAttributes::GetChannels(Group group, int unit) const
     return mUnits[firstUnit(f) + static_cast<size_t>(unit)].channels;
 }
 
-unsigned int zuAttributes::GetOffsetByte(Group group, int unit) const
+unsigned int zuAttributes::unitOffsetByte(Group group, int unit) const
 {
-    if (const Slot* single = slot(group))
-        return static_cast<unsigned int>(single->offset);
     const int f = family(group);
     if (f < 0 || unit < 0 || unit >= mUnitCount[f])
         return static_cast<unsigned int>(-1);

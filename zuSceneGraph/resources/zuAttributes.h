@@ -56,7 +56,13 @@ public:
     // groups. The channel count is 0 and the offset -1 (all ones as an unsigned value) for
     // a negative or missing unit.
     int GetChannels(Group group, int unit = 0) const;
-    unsigned int GetOffsetByte(Group group, int unit = 0) const;
+    unsigned int GetOffsetByte(Group group, int unit = 0) const
+    {
+        // Inline for the single groups: the vertex accessors ask once per element.
+        if (const Slot* single = slot(group))
+            return static_cast<unsigned int>(single->offset);
+        return unitOffsetByte(group, unit);
+    }
     bool Has(Group group, int unit = 0) const { return GetChannels(group, unit) > 0; }
     // The number of units of a unit family; 1 for a single group.
     int GetUnitCount(Group group) const;
@@ -144,8 +150,23 @@ private:
     };
     static constexpr int FAMILY_COUNT = 8;  // COLOR, TCOORD, USER_BYTE ... USER_UINT
 
-    Slot* slot(Group group);
+    Slot* slot(Group group)
+    {
+        switch (group) {
+        case POSITION: return &mPosition;
+        case BLEND_WEIGHT: return &mBlendWeight;
+        case NORMAL: return &mNormal;
+        case FOG: return &mFog;
+        case PSIZE: return &mPSize;
+        case BLEND_INDICES: return &mBlendIndices;
+        case TANGENT: return &mTangent;
+        case BITANGENT: return &mBitangent;
+        default: return nullptr;
+        }
+    }
     const Slot* slot(Group group) const { return const_cast<zuAttributes*>(this)->slot(group); }
+    // The offset of a unit of a unit family.
+    unsigned int unitOffsetByte(Group group, int unit) const;
     // The index of a unit family in mUnitCount (-1 for a single group) and the position of
     // its first unit in mUnits.
     static constexpr int family(Group group)

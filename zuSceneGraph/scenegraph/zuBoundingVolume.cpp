@@ -18,6 +18,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <type_traits>
 
 namespace zu {
 
@@ -241,17 +242,27 @@ void zuBoundingVolume::computeFromDataBox(const zuVertexBuffer* vertices)
         low[c] = std::numeric_limits<float>::infinity();
         high[c] = -std::numeric_limits<float>::infinity();
     }
-    for (int i = 0; i < vertices->GetVertexQuantity(); ++i) {
-        float position[3];
-        // Copied, as the stride of a layout with byte-sized groups leaves floats unaligned.
-        std::memcpy(position, data + i * stride + offset, 4 * static_cast<size_t>(channels));
-        for (int c = 0; c < channels; ++c) {
-            if (position[c] < low[c])
-                low[c] = position[c];
-            if (position[c] > high[c])
-                high[c] = position[c];
+    // The channel count is made a constant, so that the copy and the comparisons unroll.
+    const auto scan = [&](auto count) {
+        constexpr int n = decltype(count)::value;
+        for (int i = 0; i < vertices->GetVertexQuantity(); ++i) {
+            float position[n];
+            // Copied, as the stride of a layout with byte-sized groups leaves floats unaligned.
+            std::memcpy(position, data + i * stride + offset, sizeof(position));
+            for (int c = 0; c < n; ++c) {
+                if (position[c] < low[c])
+                    low[c] = position[c];
+                if (position[c] > high[c])
+                    high[c] = position[c];
+            }
         }
-    }
+    };
+    if (channels == 3)
+        scan(std::integral_constant<int, 3>());
+    else if (channels == 2)
+        scan(std::integral_constant<int, 2>());
+    else
+        scan(std::integral_constant<int, 1>());
     // No finite position leaves low above high: a negative extent, an invalid bound.
     setBox(Wm4::Vector3<float>(0.5f * (low[0] + high[0]), 0.5f * (low[1] + high[1]), 0.5f * (low[2] + high[2])),
            Wm4::Vector3<float>(0.5f * (high[0] - low[0]), 0.5f * (high[1] - low[1]), 0.5f * (high[2] - low[2])));

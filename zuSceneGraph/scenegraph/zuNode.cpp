@@ -146,6 +146,9 @@ void zuNode::Clean_Flags()
 
 void zuNode::GetVisibleSet(zuCuller& culler, bool noCull, bool flag)
 {
+    // The children lie apart in memory: their bounds are asked for all at once.
+    for (int i = 0; i < mChildCount; ++i)
+        prefetchBound(mChildren[i].get());
     for (int i = 0; i < mChildCount; ++i)
         if (zuSpatial* child = mChildren[i].get())
             child->OnGetVisibleSet(culler, noCull, flag);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <zuSceneGraph/math/zuGenericTransformation.h>
+#include <zuSceneGraph/objects/zuLazyVector.h>
 #include <zuSceneGraph/objects/zuNamedObject.h>
 #include <zuSceneGraph/scenegraph/zuBoundingVolume.h>
 #include <zuSceneGraph/scenegraph/zuMetadataInterface.h>
@@ -183,13 +184,28 @@ protected:
     zuSpatial();
 
     // Asks the cache for the lines of `object` that the update pass reads (a hint: null
-    // is allowed and nothing faults). The addresses are made as integers: offsetting a null
-    // pointer would be undefined even though a prefetch never dereferences it.
+    // is allowed and nothing faults).
     static void prefetchObject(const zuSpatial* object)
     {
-        const uintptr_t address = reinterpret_cast<uintptr_t>(object);
-        for (uintptr_t line = 0; line < 320; line += 64)
-            __builtin_prefetch(reinterpret_cast<const void*>(address + line));
+        if (!object)
+            return;
+        const char* bytes = reinterpret_cast<const char*>(object);
+        __builtin_prefetch(bytes);
+        __builtin_prefetch(bytes + 64);
+        __builtin_prefetch(bytes + 128);
+        __builtin_prefetch(bytes + 192);
+        __builtin_prefetch(bytes + 256);
+    }
+
+    // Asks the cache for the bytes that the culling walk reads first (the bound and the
+    // flags), a hint: null is allowed.
+    static void prefetchBound(const zuSpatial* object)
+    {
+        if (!object)
+            return;
+        const char* bytes = reinterpret_cast<const char*>(&object->mWorldBound);
+        __builtin_prefetch(bytes);
+        __builtin_prefetch(bytes + sizeof(zuBoundingVolume) + 2 * sizeof(uint32_t));
     }
 
     // The world transformation from the parent's and the local one, unless this object is
@@ -210,13 +226,15 @@ protected:
 
 private:
     zuSpatial* mParent = nullptr;
-    std::vector<zuPointer<zuMetadataInterface>> mMetadata;
+    zuLazyVector<zuPointer<zuMetadataInterface>> mMetadata;
+    // The bound with the flags and masks beside it: a culling walk that rejects an object
+    // reads these bytes alone.
     zuBoundingVolume mWorldBound;
-    zuGenericTransformation<float> mLocalTransform;
-    zuGenericTransformation<float> mWorldTransform;
+    uint8_t mSpatialFlags = 0;
     uint32_t mDirtyMask = 0;
     uint32_t mUpdateMask = 0;
-    uint8_t mSpatialFlags = 0;
+    zuGenericTransformation<float> mLocalTransform;
+    zuGenericTransformation<float> mWorldTransform;
 };
 
 } // namespace zu
