@@ -299,28 +299,22 @@ using ZusgDump = Zusg;
 
 TEST_F(ZusgDump, ListsEveryRecordWithItsOffsetTopLevelMarkSizeIdentifierAndUnknownTypes)
 {
+    // Names of growing length make records of every size, so that record headers straddle
+    // the boundaries of the tool's read buffer at every possible point.
     SampleGraph g;
+    for (int i = 0; i < 6000; ++i)
+        g.other->AttachChild(new zuTestNode(std::string(static_cast<size_t>(i % 97), 'n'), i));
     const fs::path path = save("graph.mvk", g.topLevel());
     const RunResult r = dump(path);
     ASSERT_EQ(r.status, 0) << r.err;
-    EXPECT_TRUE(has(r.out, "object stream \"MVK 6.32\", " + std::to_string(fs::file_size(path)) + " bytes"));
-    const std::vector<ListedRecord> expected = expectedRecords(g.topLevel());
-    ASSERT_EQ(expected.size(), 5u);  // a shared child is written once
-    EXPECT_EQ(parse(r.out).records, expected) << r.out;
-    EXPECT_TRUE(has(r.out, "5 records, 2 top-level; types no registered factory knows: zuTest.zuTestController (1) "
-                           "zuTest.zuTestNode (4)"));
-}
-
-TEST_F(ZusgDump, WalksThousandsOfRecordsAcrossItsReadBuffer)
-{
-    // Names of growing length make records of every size, so that record headers straddle
-    // the boundaries of the tool's read buffer at every possible point.
-    zuPointer<zuTestNode> root = new zuTestNode("root");
-    for (int i = 0; i < 6000; ++i)
-        root->AttachChild(new zuTestNode(std::string(static_cast<size_t>(i % 97), 'n'), i));
-    const RunResult r = dump(save("many.mvk", {root.get()}));
-    ASSERT_EQ(r.status, 0) << r.err;
-    EXPECT_TRUE(parse(r.out).records == expectedRecords({root.get()}));
+    const std::string digits = std::to_string(fs::file_size(path));
+    std::string bytes;  // grouped in thousands
+    for (size_t i = 0; i < digits.size(); ++i)
+        bytes.append(i > 0 && (digits.size() - i) % 3 == 0 ? "," : "").push_back(digits[i]);
+    EXPECT_TRUE(has(r.out, "object stream \"MVK 6.32\", " + bytes + " bytes"));
+    EXPECT_TRUE(parse(r.out).records == expectedRecords(g.topLevel()));
+    EXPECT_TRUE(has(r.out, "6,005 records, 2 top-level; types no registered factory knows: zuTest.zuTestController (1) "
+                           "zuTest.zuTestNode (6,004)"));
 }
 
 // ---------------------------------------------------------------------------------------
@@ -757,17 +751,10 @@ TEST_F(ZusgDemo, EveryStepRunsKeepSavesWhereAskedAndBadArgumentsAreUsageErrors)
     ASSERT_EQ(r.status, 0) << r.out << r.err;
     EXPECT_TRUE(has(r.out, "\nfile     kept " + kept.string() + "\ndemo: OK\n"));
     EXPECT_EQ(leftFiles(), std::set<std::string>{"kept.mvk"});
-    zuFileStream stream;
-    zuFileIoDevice device(kept.string(), zuFileIoDevice::ReadOnly);
-    ASSERT_TRUE(stream.Load(device, kept.string()));
-    ASSERT_TRUE(stream.GetObjectAt(0)->IsExactly(zuNode::TYPE));
-    EXPECT_EQ(static_cast<const zuNode*>(stream.GetObjectAt(0))->getNbChildren(), 8);
 
     for (const std::vector<std::string>& arguments :
-         std::vector<std::vector<std::string>>{{"demo", "--depth", "0"}, {"demo", "--depth", "7"},
-                                               {"demo", "--depth", "4x"}, {"demo", "--depth", ""},
-                                               {"demo", "--depth"}, {"demo", "--keep"}, {"demo", "--keep", ""},
-                                               {"demo", "--deep", "2"}}) {
+         std::vector<std::vector<std::string>>{{"demo", "--depth", "0"}, {"demo", "--depth", "4x"},
+                                               {"demo", "--depth"}, {"demo", "--keep", ""}, {"demo", "--deep", "2"}}) {
         r = run(arguments);
         EXPECT_EQ(r.status, 2) << arguments.size() << " " << arguments.back();
         EXPECT_TRUE(has(r.err, "zusg demo [--depth N] [--keep FILE]"));
