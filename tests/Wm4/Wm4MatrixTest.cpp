@@ -81,13 +81,9 @@ TYPED_TEST(MatrixTest, ProductsAndTransposedProducts)
     using R = TypeParam;
     Matrix3<R> a = General3<R>();
     Matrix3<R> b(1, 0, 2, -1, 3, 0, 0, 1, 1);
-    // Row 0 of A times the columns of B.
-    Matrix3<R> ab = a * b;
-    EXPECT_EQ(R(2 * 1 + -1 * -1 + 0.5 * 0), ab(0, 0));
-    EXPECT_EQ(R(2 * 2 + -1 * 0 + 0.5 * 1), ab(0, 2));
     // (A B) v = A (B v)
     Vector3<R> v(1, -2, 0.5);
-    EXPECT_TRUE(NearV(a * (b * v), ab * v));
+    EXPECT_TRUE(NearV(a * (b * v), (a * b) * v));
     EXPECT_TRUE(NearM(a.Transpose() * b, a.TransposeTimes(b)));
 
     Matrix4<R> m4 = General4<R>();
