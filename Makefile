@@ -78,7 +78,7 @@ test-tsan: setup-sanitizers
 	cd $(TSAN_BUILD) && ctest --output-on-failure -j $(JOBS) -R 'Thread|Mutex|Concurren|Resource|ObjReaderTest'
 
 # Every fuzz target (libFuzzer, clang, under ASan+UBSan) for FUZZ_SECONDS each, FUZZ_JOBS at
-# once; fails on any finding (fuzz/run.sh).
+# once (FUZZ_TARGETS="fuzz_obj ..." for some only); fails on any finding (fuzz/run.sh).
 fuzz: setup-sanitizers
 	CXX=clang++ cmake -S . -B $(FUZZ_BUILD) $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=RelWithDebInfo \
 	  -DZU_SANITIZE=address,undefined -DZU_BUILD_FUZZ=ON -DZU_BUILD_TESTS=OFF -DZU_BUILD_TOOLS=OFF \

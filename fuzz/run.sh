@@ -6,7 +6,7 @@
 # grown far beyond the input (the targets' own check). Findings land in
 # BUILD/fuzz-runs/findings; each target's log beside them. Prints per target the executions
 # per second and the coverage (edges) reached.
-# Usage: fuzz/run.sh BUILD [SECONDS [JOBS]]
+# Usage: [FUZZ_TARGETS="fuzz_obj ..."] fuzz/run.sh BUILD [SECONDS [JOBS]]   (all targets by default)
 set -uo pipefail
 build=$1
 seconds=${2:-600}
@@ -32,7 +32,7 @@ fuzz() {
 export -f fuzz
 export build seconds seeds runs
 
-targets=$(cd "$build/bin" && ls fuzz_*)
+targets=${FUZZ_TARGETS:-$(cd "$build/bin" && ls fuzz_*)}
 printf '%s\n' $targets | xargs -P "$jobs" -I{} bash -c 'fuzz {}'
 
 printf '%-14s %12s %10s %10s\n' target executions exec/s edges

@@ -1,6 +1,6 @@
 // The culler with real cameras: frustum planes of both projections against the corners of
-// the view volume, the hierarchical bound test and its plane order, the point and point-set
-// tests, WhichSide, user clip planes, and the culling walk over small trees (plane masks
+// the view volume, the hierarchical bound test and its plane order, the point test, user
+// clip planes, and the culling walk over small trees (plane masks
 // handed to children, culling modes, ignored objects, invalid bounds, runs without a camera).
 
 #include "scenegraph/zuSpatialTestHelpers.h"
@@ -19,9 +19,9 @@ namespace zu::test {
 namespace {
 
 // At the origin looking down +x, up +z, right -y; near 1, far 100, 90 degrees both ways.
-zuPointer<zuCamera> lookDownX(bool perspective = true)
+zuPointer<zuCamera> lookDownX()
 {
-    zuPointer<zuCamera> camera = new zuCamera(perspective);
+    zuPointer<zuCamera> camera = new zuCamera;
     camera->SetFrame(Vec(0, 0, 0), Vec(1, 0, 0), Vec(0, 0, 1), Vec(0, -1, 0));
     camera->SetFrustum(1, 100, -1, 1, -1, 1);
     return camera;
@@ -124,42 +124,6 @@ TEST_F(Culler, TheBoundAndPointTestsVisitPlanesFromTheLastToTheFirst)
     culler.SetPlaneState(~0u);
     EXPECT_TRUE(culler.IsVisible(zuBoundingVolume()));
     EXPECT_EQ(culler.GetPlaneState(), ~0u);
-
-    // The non-hierarchical test ignores and keeps the state.
-    culler.SetPlaneState(0);
-    EXPECT_FALSE(culler.isVisibleNoHierachy(zuBoundingVolume(Vec(200, 0, 0), Vec(1, 1, 1))));
-    EXPECT_TRUE(culler.isVisibleNoHierachy(zuBoundingVolume(Vec(100, 0, 0), Vec(1, 1, 1))));
-    EXPECT_EQ(culler.GetPlaneState(), 0u);
-
-    // A point set is invisible when every point lies outside one and the same plane.
-    culler.SetPlaneState(0x12345678);
-    const Vec behind[2] = {Vec(0.5f, 0, 0), Vec(0.25f, 0.1f, 0)};
-    EXPECT_FALSE(culler.IsVisible(2, behind, false));
-    EXPECT_TRUE(culler.IsVisible(2, behind, true)) << "the near plane skipped";
-    const Vec spread[2] = {Vec(10, 0, 20), Vec(10, 0, -20)};  // above the top, below the bottom
-    EXPECT_TRUE(culler.IsVisible(2, spread, false));
-    const Vec above[2] = {Vec(10, 0, 20), Vec(50, 3, 60)};
-    EXPECT_FALSE(culler.IsVisible(2, above, false));
-    EXPECT_FALSE(culler.IsVisible(0, above, false)) << "no points";
-    EXPECT_EQ(culler.GetPlaneState(), 0x12345678u);
-}
-
-TEST_F(Culler, WhichSideClassifiesTheWholeViewVolume)
-{
-    zuCuller culler;
-    EXPECT_EQ(culler.WhichSide(Wm4::Plane3<float>(Vec(1, 0, 0), 0.5f)), 0) << "no camera";
-    culler.SetCamera(mCamera);
-    EXPECT_EQ(culler.WhichSide(Wm4::Plane3<float>(Vec(1, 0, 0), 0.5f)), +1);
-    EXPECT_EQ(culler.WhichSide(Wm4::Plane3<float>(Vec(-1, 0, 0), -0.5f)), -1);
-    EXPECT_EQ(culler.WhichSide(Wm4::Plane3<float>(Vec(1, 0, 0), 50)), 0);
-    EXPECT_EQ(culler.WhichSide(Wm4::Plane3<float>(Vec(1, 0, 0), 1)), 0) << "the near corners lie on it";
-
-    // Perspective far corners spread to ±100 sideways; orthographic ones stay at ±1.
-    const Wm4::Plane3<float> side(Vec(0, 1, 0), 1.5f);
-    EXPECT_EQ(culler.WhichSide(side), 0);
-    zuPointer<zuCamera> orthographic = lookDownX(false);
-    culler.SetCamera(orthographic);
-    EXPECT_EQ(culler.WhichSide(side), -1);
 }
 
 TEST_F(Culler, UserClipPlanesFollowTheFrustumPlanes)

@@ -95,7 +95,7 @@ TEST(LODCulling, TheBasePolicyMeasuresFromTheCameraToTheBoundCentre)
     EXPECT_EQ(policy->selectItem(empty, scene.camera), nullptr);
 }
 
-TEST(LODCulling, TheWalkDrawsTheLevelOfTheDistanceBandWhenGivenAPolicy)
+TEST(LODCulling, TheWalkDrawsTheLevelOfTheDistanceBandWithTheNodesPlaneState)
 {
     LODScene scene;
     zuLODPolicy* policy = zuLODNode::GetBasePolicy();
@@ -116,6 +116,18 @@ TEST(LODCulling, TheWalkDrawsTheLevelOfTheDistanceBandWhenGivenAPolicy)
     scene.placeAt(150);
     EXPECT_EQ(scene.cull(policy), scene.drawn());
     EXPECT_EQ(scene.lod->getCurrentLOD(), scene.level(0));
+
+    // The chosen level gets the node's plane state: inside every plane, it is inserted
+    // without tests; with culling off above it, the level behind the camera is drawn,
+    // flagged as untested.
+    scene.placeAt(30);
+    scene.cull(policy);
+    EXPECT_EQ(scene.levels[1]->mPlaneStateSeen & 0x3F, 0u);
+    EXPECT_FALSE(scene.levels[1]->mNoCullSeen);
+    scene.placeAt(-30);
+    scene.root->SetCullingMode(zuSpatial::CULL_NEVER);
+    EXPECT_EQ(scene.cull(policy), scene.drawn(1));
+    EXPECT_TRUE(scene.levels[1]->mNoCullSeen);
 }
 
 // Always the same slot; records what it was asked with.
@@ -148,23 +160,6 @@ TEST(LODCulling, ACallersPolicyChoosesWithTheCullersCamera)
     scene.levels[2]->GetLocalTransform().SetTranslate(Vec(500, 0, 0));
     scene.root->UpdateGS();
     EXPECT_EQ(scene.cull(&policy), scene.drawn());
-}
-
-TEST(LODCulling, TheChosenLevelGetsTheNodesPlaneStateAndNoCullFlag)
-{
-    LODScene scene;
-    zuLODPolicy* policy = zuLODNode::GetBasePolicy();
-    scene.placeAt(30);
-    scene.cull(policy);
-    // The node's bound lies inside every plane: its level is inserted without tests.
-    EXPECT_EQ(scene.levels[1]->mPlaneStateSeen & 0x3F, 0u);
-    EXPECT_FALSE(scene.levels[1]->mNoCullSeen);
-
-    // Culling off above it: the level behind the camera is drawn, flagged as untested.
-    scene.placeAt(-30);
-    scene.root->SetCullingMode(zuSpatial::CULL_NEVER);
-    EXPECT_EQ(scene.cull(policy), scene.drawn(1));
-    EXPECT_TRUE(scene.levels[1]->mNoCullSeen);
 }
 
 } // namespace

