@@ -1,4 +1,5 @@
-// Lines, rays and segments against oriented boxes.
+// Lines, rays and segments against oriented boxes: touching and degenerate cases by hand,
+// everything else against slab clipping on random values.
 
 #include <Wm4/Wm4IntrLine3Box3.h>
 #include <Wm4/Wm4IntrRay3Box3.h>
@@ -70,7 +71,6 @@ TYPED_TEST(IntrLinearBox3Test, LineCases)
     for (bool moved : {false, true}) {
         Frame<R> f{moved};
         EXPECT_TRUE(LineHits(f, V(0, 0, 0), V(1, 0, 0))) << moved;
-        EXPECT_TRUE(LineHits(f, V(-7, 5, 2), V(7, -5, -2))) << "through the centre from afar";
         // Parallel to a face: on it (grazing), then just off it.
         EXPECT_TRUE(LineHits(f, V(5, 2, 0), V(1, 0, 0)));
         EXPECT_FALSE(LineHits(f, V(5, R(2.01), 0), V(1, 0, 0)));
@@ -95,14 +95,9 @@ TYPED_TEST(IntrLinearBox3Test, RayCases)
     for (bool moved : {false, true}) {
         Frame<R> f{moved};
         EXPECT_TRUE(RayHits(f, V(5, 0, 0), V(-1, 0, 0))) << moved;
-        EXPECT_FALSE(RayHits(f, V(5, 0, 0), V(1, 0, 0))) << "pointing away";
-        EXPECT_TRUE(RayHits(f, V(R(0.5), 1, -1), V(1, 1, 1))) << "starting inside";
         EXPECT_TRUE(RayHits(f, V(1, 1, 1), V(1, 0, 0))) << "starting on a face, leaving";
         EXPECT_FALSE(RayHits(f, V(5, R(2.5), 0), V(-1, 0, 0))) << "parallel beside a face";
         EXPECT_TRUE(RayHits(f, V(5, 2, 3), V(-1, 0, 0))) << "along an edge";
-        // The line hits the box, but behind the origin.
-        EXPECT_FALSE(RayHits(f, V(3, 3, 0), V(1, 1, 0)));
-        EXPECT_TRUE(RayHits(f, V(3, 3, 0), V(-1, -1, 0)));
         // Skew past the corner (1, 2, z), from either side of it.
         EXPECT_TRUE(RayHits(f, V(3, 0, 1), V(-1, 1, 0)));
         EXPECT_FALSE(RayHits(f, V(R(3.01), 0, 1), V(-1, 1, 0)));
@@ -121,13 +116,9 @@ TYPED_TEST(IntrLinearBox3Test, SegmentCases)
     for (bool moved : {false, true}) {
         Frame<R> f{moved};
         Box3<R> box = f.Box();
-        EXPECT_TRUE(SegmentHits(f, V(R(-0.5), 1, 0), V(R(0.5), -1, 2), box)) << "wholly inside, box is solid";
-        EXPECT_TRUE(SegmentHits(f, V(0, 0, 0), V(5, 0, 0), box)) << "leaving through a face";
-        EXPECT_TRUE(SegmentHits(f, V(-5, 1, 1), V(5, 1, 1), box)) << "crossing";
         EXPECT_FALSE(SegmentHits(f, V(R(1.01), 0, 0), V(5, 0, 0), box)) << "stopping short";
         EXPECT_TRUE(SegmentHits(f, V(1, 0, 0), V(5, 0, 0), box)) << "ending on a face";
         EXPECT_TRUE(SegmentHits(f, V(-3, 2, 3), V(3, 2, 3), box)) << "along an edge";
-        EXPECT_FALSE(SegmentHits(f, V(5, 0, 0), V(5, 1, 0), box)) << "parallel to a face, outside";
         // Skew past the corner (1, 2, z): every slab is crossed, only the
         // axis across the segment and the box's z edge separates.
         // The centre form with an unnormalised direction keeps the touching
@@ -142,7 +133,6 @@ TYPED_TEST(IntrLinearBox3Test, SegmentCases)
 
         // A flat box (a rectangle in z = 0) and a box shrunk to its centre.
         Box3<R> flat = f.Box(1, 2, 0);
-        EXPECT_TRUE(SegmentHits(f, V(R(0.5), R(0.5), -1), V(R(0.5), R(0.5), 1), flat)) << "through the rectangle";
         EXPECT_TRUE(SegmentHits(f, V(R(0.5), R(0.5), 0), V(R(0.5), R(0.5), 1), flat)) << "starting on it";
         EXPECT_FALSE(SegmentHits(f, V(-5, 0, R(0.01)), V(5, 0, R(0.01)), flat)) << "above it";
         EXPECT_TRUE(SegmentHits(f, V(-5, 0, 0), V(5, 0, 0), flat)) << "in its plane";
@@ -158,9 +148,8 @@ TEST(IntrLinearBox3RandomTest, AgreesWithSlabClipping)
     int hits[3] = {0, 0, 0};
     for (int n = 0; n < 20000; ++n) {
         Box3d box = Wm4Test::RandomBox<double>(rng, 2, 0, 3);
-        if (n % 10 == 0) {
+        if (n % 10 == 0)
             box.Extent[n % 3] = 0;
-        }
         auto planes = Wm4Test::BoxHalfspaces(box);
         Vector3d origin = Wm4Test::RandomVector<double>(rng, -5, 5);
         // Aimed roughly at the box, so that hits and misses both abound.

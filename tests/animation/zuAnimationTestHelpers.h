@@ -21,11 +21,6 @@ namespace zu::test {
 
 using Vec = Wm4::Vector3<float>;
 
-inline uint64_t id(const void* object)
-{
-    return reinterpret_cast<uintptr_t>(object);
-}
-
 inline zuBytes& f64(zuBytes& bytes, double value)
 {
     return bytes.raw(&value, 8);

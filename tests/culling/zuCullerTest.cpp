@@ -32,6 +32,15 @@ protected:
     zuTestFactories factories;
     // The culler does not own its camera: this one outlives every culler of a test.
     zuPointer<zuCamera> mCamera = lookDownX();
+    zuCountingCuller mWalk;
+
+    // The visible set of a walk over `scene` from the camera.
+    std::vector<zuRenderableSpatial*> walk(zuSpatial* scene)
+    {
+        mWalk.SetCamera(mCamera);
+        mWalk.ComputeVisibleSet(scene, nullptr, false);
+        return mWalk.GetVisibleSet();
+    }
 };
 
 // The eight corners of a camera's view volume, near ones first.
@@ -169,11 +178,8 @@ TEST_F(Culler, ALeafExactlyBeyondOnePlaneIsDropped)
     zuPointer<zuTestLeaf> beyond = leafAt(Vec(110, 0, 0), Vec(10, 1, 1)), within = leafAt(Vec(90, 0, 0), Vec(10, 1, 1));
     attachAll(root, {beyond, within});
     root->UpdateGS();
-    zuCountingCuller culler;
-    culler.SetCamera(mCamera);
-    culler.ComputeVisibleSet(root, nullptr, false);
+    EXPECT_EQ(walk(root), (std::vector<zuRenderableSpatial*>{within}));
     EXPECT_EQ(beyond->mVisits, 0);
-    EXPECT_EQ(culler.GetVisibleSet(), (std::vector<zuRenderableSpatial*>{within}));
 }
 
 TEST_F(Culler, ANodeFullyInsideHandsAZeroMaskToItsChildren)
@@ -187,12 +193,8 @@ TEST_F(Culler, ANodeFullyInsideHandsAZeroMaskToItsChildren)
     root->UpdateGS();
     // Moved out of view behind the node's back: not tested, so still drawn.
     b->SetWorldBound(zuBoundingVolume(Vec(-500, 0, 0), Vec(1, 1, 1)));
-
-    zuCountingCuller culler;
-    culler.SetCamera(mCamera);
-    culler.ComputeVisibleSet(root, nullptr, false);
-    ASSERT_EQ(culler.mInserts, 4);
-    EXPECT_EQ(culler.GetVisibleSet(), (std::vector<zuRenderableSpatial*>{a, b, c, d}));
+    EXPECT_EQ(walk(root), (std::vector<zuRenderableSpatial*>{a, b, c, d}));
+    ASSERT_EQ(mWalk.mInserts, 4);
     EXPECT_EQ(a->mPlaneStateSeen & 0x3F, 0u);
     EXPECT_EQ(b->mPlaneStateSeen & 0x3F, 0u);
     // The straddling node keeps the far plane for its children: c straddles it too, d
@@ -200,7 +202,7 @@ TEST_F(Culler, ANodeFullyInsideHandsAZeroMaskToItsChildren)
     EXPECT_EQ(c->mPlaneStateSeen & 0x3F, 0x02u);
     EXPECT_EQ(d->mPlaneStateSeen & 0x3F, 0u);
     // The walk restores the state: the next run starts again from every plane.
-    EXPECT_EQ(culler.GetPlaneState(), ~0u);
+    EXPECT_EQ(mWalk.GetPlaneState(), ~0u);
 }
 
 TEST_F(Culler, CullingModesIgnoredObjectsAndInvalidBounds)
@@ -218,21 +220,17 @@ TEST_F(Culler, CullingModesIgnoredObjectsAndInvalidBounds)
     ignored->forceIgnore(true, false, false);
     root->UpdateGS();
     ASSERT_FALSE(unbounded->GetWorldBound().isValid());
-
-    zuCountingCuller culler;
-    culler.SetCamera(mCamera);
-    culler.ComputeVisibleSet(root, nullptr, false);
-    EXPECT_EQ(culler.GetVisibleSet(), (std::vector<zuRenderableSpatial*>{o1, o2, unbounded}));
+    EXPECT_EQ(walk(root), (std::vector<zuRenderableSpatial*>{o1, o2, unbounded}));
     EXPECT_TRUE(o1->mNoCullSeen);
     EXPECT_TRUE(o2->mNoCullSeen);
     EXPECT_FALSE(unbounded->mNoCullSeen);
     EXPECT_EQ(always->mVisits, 0);
     EXPECT_EQ(ignored->mVisits, 0);
     // An invalid bound clears no bit: the leaf sees the state its parent left.
-    culler.SetPlaneState(~0u);
-    ASSERT_TRUE(culler.IsVisible(root->GetWorldBound()));
-    EXPECT_EQ(unbounded->mPlaneStateSeen, culler.GetPlaneState());
-    EXPECT_NE(culler.GetPlaneState() & 0x3F, 0u);
+    mWalk.SetPlaneState(~0u);
+    ASSERT_TRUE(mWalk.IsVisible(root->GetWorldBound()));
+    EXPECT_EQ(unbounded->mPlaneStateSeen, mWalk.GetPlaneState());
+    EXPECT_NE(mWalk.GetPlaneState() & 0x3F, 0u);
 }
 
 // A spatial that records the culler's policy while it is walked.

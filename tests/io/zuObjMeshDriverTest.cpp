@@ -40,7 +40,7 @@ protected:
 };
 
 // Through the mesh manager: the OBJ driver takes "x.obj.2", loads the file with its
-// material library, hands over its reports with code 9, and saves it back.
+// material library, hands over its reports with code 9, and saves it to a device.
 TEST_F(ObjMeshDriverTest, LoadsAndSavesThroughTheManager)
 {
     std::ofstream(path("a.mtl")) << "newmtl red\nKd 1 0 0\n";
@@ -57,12 +57,6 @@ TEST_F(ObjMeshDriverTest, LoadsAndSavesThroughTheManager)
     EXPECT_EQ(static_cast<zuTriMesh*>(root->getChild(0))->GetMaterialState()->Diffuse, Wm4::ColorRGB(1, 0, 0));
 
     root->UpdateGS();
-    ASSERT_TRUE(meshes().saveMesh(loaded, path("copy.obj"), nullptr, {}, false));
-    EXPECT_TRUE(std::filesystem::exists(path("copy.mtl")));
-    zuPointer<zuObject> copy;
-    ASSERT_TRUE(meshes().loadMesh(copy, path("copy.obj"), nullptr, {}, nullptr, &errors));
-    EXPECT_TRUE(errors.empty());
-
     zuMemoryIoDevice device;
     ASSERT_TRUE(meshes().saveMesh(loaded, device, "obj", nullptr, {}, false));
     device.seek(0);

@@ -23,7 +23,6 @@ using Vector3 = Wm4::Vector3f;
 using Matrix3 = Wm4::Matrix3f;
 using Matrix4 = Wm4::Matrix4f;
 using Plane3 = Wm4::Plane3f;
-using Wm4Test::NearM;
 using Wm4Test::NearV;
 
 Matrix3 rotationF(const Vector3& axis, float degrees)
@@ -182,18 +181,9 @@ TEST(GenericTransformationFlags, EachSetterAndEachBranchLeavesItsFlags)
 // ---------------------------------------------------------------------------------------
 // Mappings
 
-TEST(GenericTransformationApply, ExactValuesAndDegenerateInverses)
+TEST(GenericTransformationApply, DegenerateInverses)
 {
-    // R·(S⊙X) + T: the scale acts before the rotation.
     const Vector3 x(1, 2, 3);
-    const Transform a = rs(QUARTER_Z, Vector3(2, 3, 4), Vector3(10, 20, 30));
-    EXPECT_EQ(a.ApplyForward(x), Vector3(-6 + 10, 2 + 20, 12 + 30));
-    EXPECT_EQ(a.ApplyForward(x, false), Vector3(-6, 2, 12));
-    const Transform u = rs(QUARTER_Z, Vector3(2, 2, 2), Vector3(1, 1, 1));
-    EXPECT_EQ(u.ApplyForward(x), Vector3(-3, 3, 7));
-    EXPECT_EQ(u.ApplyInverse(Vector3(-3, 3, 7)), x);
-    EXPECT_EQ(general(Matrix3(1, 2, 0, 0, 1, 0, 0, 0, 2), Vector3(0, 0, 1)).ApplyForward(x), Vector3(5, 2, 7));
-
     // A zero uniform scale inverts to the largest real, in every form.
     Transform zero;
     zero.SetUniformScale(0);
@@ -230,29 +220,13 @@ TEST(GenericTransformationApply, UniformPlanesAreNotRenormalised)
 }
 
 // ---------------------------------------------------------------------------------------
-// Product: this = a∘b (values against 4x4 products in the random test; here the exact
-// forms of each branch, and factors that are the result)
+// Product and Inverse: values against 4x4 matrices in the random test; here the forms the
+// random test cannot tell apart and results that are their own arguments
 
-TEST(GenericTransformationProduct, EachBranchComposesInItsOwnForm)
+TEST(GenericTransformationProduct, EitherFactorMayBeTheResult)
 {
     const Matrix3 ra = rotationF(Vector3(0, 0, 1), 30);
-    const Matrix3 rb = rotationF(Vector3(1, 0, 0), 45);
     const Transform a = rs(ra, Vector3(2, 2, 2), Vector3(1, 2, 3));
-    const Vector3 tb(4, 5, 6);
-    Transform result = product(a, rs(rb, Vector3(3, 3, 3), tb));
-    EXPECT_EQ(result.GetRotate(), ra * rb);
-    EXPECT_EQ(result.GetScale(), Vector3(6, 6, 6));
-    EXPECT_EQ(result.GetTranslate(), (ra * tb) * 2.0f + Vector3(1, 2, 3));
-    EXPECT_EQ(product(a, rs(rb, Vector3(1, 2, 3), tb)).GetScale(), Vector3(2, 4, 6));
-    // An axis-aligned non-uniform a takes a uniform b's rotation as is, outside its scale;
-    // everything else multiplies the linear parts.
-    const Transform axisAligned = rs(Matrix3::IDENTITY, Vector3(1, 2, 3), Vector3(10, 20, 30));
-    EXPECT_EQ(product(axisAligned, rs(QUARTER_Z, Vector3(2, 2, 2))).GetRotate(), QUARTER_Z);
-    result = product(axisAligned, rs(QUARTER_Z, Vector3(1, 1, 2), Vector3(1, 1, 1)));
-    EXPECT_EQ(result.GetMatrix(), Matrix3(0, -1, 0, 2, 0, 0, 0, 0, 6));
-    EXPECT_EQ(result.GetScale(), Vector3::ONE);
-
-    // Either factor may be the result.
     Transform self = a;
     self.Product(self, self);
     EXPECT_EQ(self.GetScale(), Vector3(4, 4, 4));
@@ -262,9 +236,6 @@ TEST(GenericTransformationProduct, EachBranchComposesInItsOwnForm)
     self.Product(Transform(), self);
     EXPECT_EQ(self, copy);
 }
-
-// ---------------------------------------------------------------------------------------
-// Inverse
 
 ::testing::AssertionResult invertsExactly(const Transform& t, const Transform& inverse)
 {
@@ -279,13 +250,8 @@ TEST(GenericTransformationProduct, EachBranchComposesInItsOwnForm)
 TEST(GenericTransformationInverse, EachBranchInvertsInItsOwnForm)
 {
     const Matrix3 r = rotationF(Vector3(0.6f, 0.8f, 0), 40);
-    Transform out = inverse(rs(r, Vector3(2, 2, 2), Vector3(1, 2, 3)));
-    EXPECT_EQ(out.GetRotate(), r.Transpose());
-    EXPECT_EQ(out.GetScale(), Vector3(0.5f, 0.5f, 0.5f));
-    EXPECT_EQ(out.GetTranslate(), -((r.Transpose() * Vector3(1, 2, 3)) * 0.5f));
-
     // One negative component: one mirror is left, on x.
-    out = inverse(rs(r, Vector3(-2, 2, 2), Vector3(1, 2, 3)));
+    Transform out = inverse(rs(r, Vector3(-2, 2, 2), Vector3(1, 2, 3)));
     EXPECT_EQ(out.GetScale(), Vector3(-0.5f, 0.5f, 0.5f));
     Matrix3 expected = r.Transpose();
     for (int c = 0; c < 3; ++c)
@@ -293,17 +259,6 @@ TEST(GenericTransformationInverse, EachBranchInvertsInItsOwnForm)
     for (int row = 0; row < 3; ++row)
         expected[row][0] = -expected[row][0];
     EXPECT_EQ(out.GetRotate(), expected);
-    EXPECT_EQ(inverse(rs(r, Vector3(2, -2, 2))).GetScale(), Vector3(-0.5f, 0.5f, 0.5f));
-    EXPECT_NEAR(inverse(rs(r, Vector3(-2, -2, 2))).GetRotate().Determinant(), 1.0f, 1e-6f);
-    const Transform three = rsFlaggedNonUniform(r, Vector3(-2, -2, -2), Vector3(1, 2, 3));
-    EXPECT_TRUE(invertsExactly(three, inverse(three)));
-
-    // Different magnitudes: diag(1, 1/2, -1/4)·Rᵀ (general values by the tolerant 3x3 inverse,
-    // checked on its own).
-    out = inverse(rs(QUARTER_Z, Vector3(1, 2, -4), Vector3(1, 2, 3)));
-    EXPECT_TRUE(NearM(Matrix3(0, 1, 0, -0.5f, 0, 0, 0, 0, -0.25f), out.GetMatrix()));
-    EXPECT_EQ(out.GetScale(), Vector3::ONE);
-
     // In place, with a negative uniform scale.
     Transform self = rs(r, Vector3(-2, -2, -2), Vector3(1, 2, 3));
     const Transform copy = self;
@@ -315,21 +270,12 @@ TEST(GenericTransformationInverse, EachBranchInvertsInItsOwnForm)
 // ---------------------------------------------------------------------------------------
 // 4x4 matrices
 
-TEST(GenericTransformationHomogeneous, RotationScaleAndMirrorAreSplitApart)
+// A mirror is kept in the x scale (values and round trips in the random test).
+TEST(GenericTransformationHomogeneous, AMirrorIsKeptInTheXScale)
 {
-    Matrix4 h;
-    rs(QUARTER_Z, Vector3::ONE).GetHomogeneous(h);
-    Transform back = fromHomogeneous(h, true);
-    EXPECT_EQ(back.GetRotate(), QUARTER_Z);
-    EXPECT_EQ(back.GetScale(), Vector3::ONE);
-    back = fromHomogeneous(Matrix4(3, 3, 3, 1));
-    EXPECT_EQ(back.GetRotate(), Matrix3::IDENTITY);
-    EXPECT_EQ(back.GetScale(), Vector3(3, 3, 3));
-    // A mirror is kept in the x scale.
-    back = fromHomogeneous(Matrix4(2, -2, 2, 1));
+    Transform back = fromHomogeneous(Matrix4(2, -2, 2, 1));
     EXPECT_EQ(back.GetRotate()[0][0], -1.0f);
     EXPECT_EQ(back.GetScale(), Vector3(-2, 2, 2));
-    EXPECT_TRUE(NearV(Vector3(2, -4, 6), back.ApplyForward(Vector3(1, 2, 3))));
     back = fromHomogeneous(Matrix4(-2, 2, 2, 1));
     EXPECT_EQ(back.GetRotate(), Matrix3::IDENTITY);
     EXPECT_EQ(back.GetScale(), Vector3(-2, 2, 2));

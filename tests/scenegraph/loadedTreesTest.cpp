@@ -12,10 +12,7 @@
 
 #include <gtest/gtest.h>
 
-#include <pthread.h>
-
 #include <cstring>
-#include <functional>
 #include <random>
 
 namespace zu::test {
@@ -33,18 +30,6 @@ class LoadedTrees : public ::testing::Test {
 protected:
     zuTestFactories factories;
 };
-
-void runOnStack(size_t stackBytes, std::function<void()> work)
-{
-    pthread_attr_t attributes;
-    pthread_attr_init(&attributes);
-    pthread_attr_setstacksize(&attributes, stackBytes);
-    pthread_t thread;
-    const auto body = [](void* task) -> void* { return (*static_cast<std::function<void()>*>(task))(), nullptr; };
-    ASSERT_EQ(pthread_create(&thread, &attributes, body, &work), 0);
-    pthread_join(thread, nullptr);
-    pthread_attr_destroy(&attributes);
-}
 
 TEST_F(LoadedTrees, AMillionNestedNodesLoadOnA1MiBStackAndEveryWalkTakesWhatIsKept)
 {

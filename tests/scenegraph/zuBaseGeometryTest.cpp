@@ -18,8 +18,6 @@
 #include <zuSceneGraph/scenegraph/zuTriMesh.h>
 #include <zuSceneGraph/states/zuAlphaState.h>
 #include <zuSceneGraph/states/zuMaterialState.h>
-#include <zuSceneGraph/states/zuTexture.h>
-#include <zuSceneGraph/states/zuTextureState.h>
 
 #include <gtest/gtest.h>
 
@@ -65,17 +63,6 @@ public:
 private:
     StateType mType;
 };
-
-zuPointer<zuTextureState> texturesWith(std::initializer_list<zuTexture::Channel> channels)
-{
-    zuPointer<zuTextureState> state = new zuTextureState;
-    for (zuTexture::Channel channel : channels) {
-        zuPointer<zuTexture> texture = new zuTexture;
-        texture->SetChannel(channel);
-        state->AttachTexture(texture);
-    }
-    return state;
-}
 
 // ---------------------------------------------------------------------------------------
 // Bounds and world data

@@ -12,8 +12,6 @@
 #include <zuSceneGraph/scenegraph/zuPoint.h>
 #include <zuSceneGraph/scenegraph/zuTriMesh.h>
 #include <zuSceneGraph/states/zuMaterialState.h>
-#include <zuSceneGraph/states/zuTexture.h>
-#include <zuSceneGraph/states/zuTextureState.h>
 
 #include <gtest/gtest.h>
 
@@ -228,22 +226,13 @@ TEST_F(GeometryLeaves, DescriptionComesFromTheMaterialAndTheTextureRoles)
     EXPECT_EQ(geometry->getDescriptionFlags(), zuGeometry::DESCRIPTION_MATERIAL | zuGeometry::DESCRIPTION_TRANSLUCENT);
     EXPECT_EQ(geometry->getMeshTransparency(), 1);
     // Bump before diffuse in the state: the defines still come diffuse first, once each.
-    const auto textures = [](std::initializer_list<zuTexture::Channel> channels) {
-        zuPointer<zuTextureState> state = new zuTextureState;
-        for (zuTexture::Channel channel : channels) {
-            zuPointer<zuTexture> texture = new zuTexture;
-            texture->SetChannel(channel);
-            state->AttachTexture(texture);
-        }
-        return state;
-    };
-    geometry->setGlobalState(textures({zuTexture::CH_BUMP, zuTexture::CH_DIFFUSE, zuTexture::CH_BUMP}));
+    geometry->setGlobalState(texturesWith({zuTexture::CH_BUMP, zuTexture::CH_DIFFUSE, zuTexture::CH_BUMP}));
     EXPECT_EQ(geometry->getShaderDefines(), "#define DIFFUSE_MAP\n#define BUMP_MAP\n");
     EXPECT_EQ(geometry->getShaderKey(), "DiffBump");
     EXPECT_TRUE(geometry->hasDescriptionFlag(zuGeometry::DESCRIPTION_DIFFUSE_MAP | zuGeometry::DESCRIPTION_BUMP_MAP));
     // An opaque material with an opacity map.
     material->Opacity = 1.0f;
-    geometry->setGlobalState(textures({zuTexture::CH_OPACITY}));
+    geometry->setGlobalState(texturesWith({zuTexture::CH_OPACITY}));
     EXPECT_EQ(geometry->getShaderKey(), "");
     EXPECT_EQ(geometry->getDescriptionFlags(), zuGeometry::DESCRIPTION_MATERIAL | zuGeometry::DESCRIPTION_OPACITY_MAP);
     EXPECT_EQ(geometry->getMeshTransparency(), 3);

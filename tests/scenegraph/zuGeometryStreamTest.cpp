@@ -120,11 +120,8 @@ TEST_F(GeometryStream, ReferencesOfTheWrongKindLeaveTheirSlotsEmpty)
     ASSERT_TRUE(loaded.ok);
     const zuTriMesh* copy = loaded.top<zuTriMesh>(0);
     ASSERT_NE(copy, nullptr);
-    EXPECT_EQ(copy->GetVertices(), nullptr);
-    EXPECT_EQ(copy->GetIndices(), nullptr);
-    EXPECT_EQ(copy->GetMaterialState(), nullptr);
-    EXPECT_EQ(copy->GetTextureState(), nullptr);
-    EXPECT_EQ(copy->getGlobalStateQuantity(), 0);
+    EXPECT_TRUE(!copy->GetVertices() && !copy->GetIndices() && !copy->GetMaterialState() && !copy->GetTextureState()
+                && copy->getGlobalStateQuantity() == 0);
 }
 
 } // namespace

@@ -1,11 +1,14 @@
 #pragma once
 
-// Helpers of the geometry tests: buffers from plain lists, and a fake renderer binding.
+// Helpers of the geometry tests: buffers from plain lists, texture states of chosen roles,
+// and a fake renderer binding.
 
 #include <zuSceneGraph/objects/zuPointer.h>
 #include <zuSceneGraph/resources/zuIndexBuffer.h>
 #include <zuSceneGraph/resources/zuResourceIdentifier.h>
 #include <zuSceneGraph/resources/zuVertexBuffer.h>
+#include <zuSceneGraph/states/zuTexture.h>
+#include <zuSceneGraph/states/zuTextureState.h>
 
 #include <Wm4/Wm4Vector3.h>
 
@@ -36,6 +39,18 @@ inline zuPointer<zuIndexBuffer> makeIndices(std::initializer_list<unsigned int> 
     for (unsigned int index : indices)
         buffer->SetIndex(i++, index);
     return buffer;
+}
+
+// A texture state with one texture per channel, in this order.
+inline zuPointer<zuTextureState> texturesWith(std::initializer_list<zuTexture::Channel> channels)
+{
+    zuPointer<zuTextureState> state = new zuTextureState;
+    for (zuTexture::Channel channel : channels) {
+        zuPointer<zuTexture> texture = new zuTexture;
+        texture->SetChannel(channel);
+        state->AttachTexture(texture);
+    }
+    return state;
 }
 
 // A renderer's identifier, and a release function that answers as a renderer does.

@@ -12,8 +12,11 @@
 
 #include <Wm4/Wm4Matrix3.h>
 
+#include <pthread.h>
+
 #include <cmath>
 #include <cstdint>
+#include <functional>
 #include <initializer_list>
 #include <sstream>
 #include <vector>
@@ -108,6 +111,20 @@ inline ::testing::AssertionResult marked(std::initializer_list<const zuSpatial*>
         ++i;
     }
     return ::testing::AssertionSuccess();
+}
+
+// Runs `work` on a thread with a stack of `stackBytes`: a walk that recurses per level
+// overflows it.
+inline void runOnStack(size_t stackBytes, std::function<void()> work)
+{
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstacksize(&attributes, stackBytes);
+    pthread_t thread;
+    const auto body = [](void* task) -> void* { return (*static_cast<std::function<void()>*>(task))(), nullptr; };
+    ASSERT_EQ(pthread_create(&thread, &attributes, body, &work), 0);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
 }
 
 // Attaches the children to the node in this order.

@@ -116,9 +116,8 @@ TEST_F(SpecialNodesStream, AReferenceOfTheWrongKindLeavesTheNodeWithout)
     Loaded loaded(bytes.bytes(), V6_32);
     ASSERT_TRUE(loaded.ok);
     ASSERT_TRUE(loaded.top<zuLightNode>(0) && loaded.top<zuCameraNode>(1) && loaded.top<zuBillboardNode>(2));
-    EXPECT_EQ(loaded.top<zuLightNode>(0)->GetLight(), nullptr);
-    EXPECT_EQ(loaded.top<zuCameraNode>(1)->GetCamera(), nullptr);
-    EXPECT_EQ(loaded.top<zuBillboardNode>(2)->GetCamera(), nullptr);
+    EXPECT_TRUE(!loaded.top<zuLightNode>(0)->GetLight() && !loaded.top<zuCameraNode>(1)->GetCamera()
+                && !loaded.top<zuBillboardNode>(2)->GetCamera());
     for (int i = 0; i < 3; ++i)
         loaded.top<zuNode>(i)->UpdateGS();
 }

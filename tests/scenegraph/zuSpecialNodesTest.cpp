@@ -96,7 +96,6 @@ TEST_F(SpecialNodes, LevelSlotsGrowAndEmptyInPlaceAndAttachChildIsRefused)
     EXPECT_TRUE(marked(t.root, 0x2040));
     EXPECT_EQ(t.lod->removeLODChild(0), nullptr);
     EXPECT_EQ(t.lod->removeLODChild(6), nullptr);
-    EXPECT_EQ(t.lod->removeLODChild(-1), nullptr);
 }
 
 // Always the same slot.

@@ -104,7 +104,6 @@ TEST_F(ZusgCommands, EveryCommandAnswersWithItsStatusAndFirstLine)
         {{"frobnicate"}, 2, "unknown command 'frobnicate'"},
         {{"dump", "a.mvk", "b.mvk"}, 2, "zusg dump [--no-fields] FILE"},
         {{"dump"}, 2, ""},
-        {{"dump", "--no-fields"}, 2, ""},
         {{"dump", "--fields-please", "a.mvk"}, 2, ""},
         {{"version", "extra"}, 2, ""},
         {{"info", w1, "--fast"}, 2, ""},
