@@ -25,9 +25,8 @@ std::vector<Vector3<Real>> SymmetricSamples(const Box3<Real>& box)
     for (int x = -1; x <= 1; ++x) {
         for (int y = -1; y <= 1; ++y) {
             for (int z = -1; z <= 1; ++z) {
-                if (x == 0 && y == 0 && z == 0) {
+                if (x == 0 && y == 0 && z == 0)
                     continue;
-                }
                 points.push_back(box.Center + box.Axis[0] * (Real(x) * box.Extent[0]) +
                                  box.Axis[1] * (Real(y) * box.Extent[1]) + box.Axis[2] * (Real(z) * box.Extent[2]));
             }
@@ -40,9 +39,8 @@ std::vector<Vector3<Real>> SymmetricSamples(const Box3<Real>& box)
 template <class Real>
 ::testing::AssertionResult SameBox(const Box3<Real>& expected, const Box3<Real>& actual, Real tolerance)
 {
-    if (!NearV(expected.Center, actual.Center)) {
+    if (!NearV(expected.Center, actual.Center))
         return ::testing::AssertionFailure() << "centres differ";
-    }
     for (int i = 0; i < 3; ++i) {
         int match = 0;
         for (int j = 1; j < 3; ++j) {
@@ -52,9 +50,8 @@ template <class Real>
             }
         }
         Real cosine = Math<Real>::FAbs(actual.Axis[match].Dot(expected.Axis[i]));
-        if (!(cosine >= Real(1) - tolerance)) {
+        if (!(cosine >= Real(1) - tolerance))
             return ::testing::AssertionFailure() << "axis " << i << " best cosine " << cosine;
-        }
         if (!(Math<Real>::FAbs(expected.Extent[i] - actual.Extent[match]) <= tolerance)) {
             return ::testing::AssertionFailure() << "extent " << i << ": " << expected.Extent[i] << " vs "
                                                  << actual.Extent[match];
@@ -175,9 +172,8 @@ TYPED_TEST(ContBox3Test, MergeContainsBothBoxes)
         Vector3<R> corners[16];
         a.ComputeVertices(corners);
         b.ComputeVertices(corners + 8);
-        for (const Vector3<R>& corner : corners) {
+        for (const Vector3<R>& corner : corners)
             ASSERT_TRUE(InBox(corner, merged, 1000 * Tolerance<R>())) << "pair " << n;
-        }
     }
 
     // Merging a box with itself changes nothing but rounding.

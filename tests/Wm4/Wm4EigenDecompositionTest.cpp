@@ -21,27 +21,22 @@ template <class Real>
 ::testing::AssertionResult IsDecomposition(const Matrix3<Real>& m, const EigenDecomposition<Real>& eigen)
 {
     Real scale = 0;
-    for (int i = 0; i < 9; ++i) {
+    for (int i = 0; i < 9; ++i)
         scale = std::max(scale, Math<Real>::FAbs(m[i / 3][i % 3]));
-    }
     scale = std::max(scale, Real(1e-30));
     for (int i = 0; i < 3; ++i) {
         Vector3<Real> v = eigen.GetEigenvector(i);
         Real residual = ((m * v - v * eigen.GetEigenvalue(i)) / scale).Length();
-        if (!(residual <= 4 * Tolerance<Real>())) {
+        if (!(residual <= 4 * Tolerance<Real>()))
             return ::testing::AssertionFailure() << "pair " << i << " has residual " << residual;
-        }
-        if (i > 0 && eigen.GetEigenvalue(i - 1) > eigen.GetEigenvalue(i)) {
+        if (i > 0 && eigen.GetEigenvalue(i - 1) > eigen.GetEigenvalue(i))
             return ::testing::AssertionFailure() << "values not increasing at " << i;
-        }
     }
     const Matrix3<Real>& v = eigen.GetEigenvectors();
-    if (!NearM(Matrix3<Real>::IDENTITY, v.TransposeTimes(v))) {
+    if (!NearM(Matrix3<Real>::IDENTITY, v.TransposeTimes(v)))
         return ::testing::AssertionFailure() << "eigenvectors are not orthonormal";
-    }
-    if (!(v.Determinant() > Real(0))) {
+    if (!(v.Determinant() > Real(0)))
         return ::testing::AssertionFailure() << "eigenvectors are left-handed";
-    }
     return ::testing::AssertionSuccess();
 }
 
@@ -60,9 +55,8 @@ TYPED_TEST(EigenDecompositionTest, RandomSymmetricMatrices)
     for (int n = 0; n < 500; ++n) {
         Matrix3<R> m;
         for (int i = 0; i < 3; ++i) {
-            for (int j = i; j < 3; ++j) {
+            for (int j = i; j < 3; ++j)
                 m(i, j) = m(j, i) = Wm4Test::Uniform<R>(rng, -10, 10);
-            }
         }
         EigenDecomposition<R> eigen(m);
         ASSERT_TRUE(IsDecomposition(m, eigen)) << "matrix " << n;
@@ -87,9 +81,8 @@ TYPED_TEST(EigenDecompositionTest, DiagonalZeroAndScaledMatrices)
     EXPECT_EQ(Vector3<R>::UNIT_X, diagonal.GetEigenvector(2));
 
     EigenDecomposition<R> zero(Matrix3<R>::ZERO);
-    for (int i = 0; i < 3; ++i) {
+    for (int i = 0; i < 3; ++i)
         EXPECT_EQ(R(0), zero.GetEigenvalue(i));
-    }
     EXPECT_EQ(Matrix3<R>::IDENTITY, zero.GetEigenvectors());
 
     // Entries far from 1 neither overflow nor underflow the rotations.

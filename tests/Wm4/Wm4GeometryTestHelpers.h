@@ -80,9 +80,8 @@ bool ClipMeets(const Wm4::Vector3<Real>& origin, const Wm4::Vector3<Real>& direc
         Real a = plane.DistanceTo(origin);
         Real b = plane.Normal.Dot(direction);
         if (b == Real(0)) {
-            if (a < Real(0)) {
+            if (a < Real(0))
                 return false;
-            }
             continue;
         }
         Real t = -a / b;
@@ -91,9 +90,8 @@ bool ClipMeets(const Wm4::Vector3<Real>& origin, const Wm4::Vector3<Real>& direc
         } else {
             t1 = t < t1 ? t : t1;
         }
-        if (t0 > t1) {
+        if (t0 > t1)
             return false;
-        }
     }
     return true;
 }

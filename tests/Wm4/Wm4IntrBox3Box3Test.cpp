@@ -102,9 +102,8 @@ TEST(IntrBox3Box3RandomTest, AgreesWithEdgeClipping)
     for (int n = 0; n < count; ++n) {
         Box3d a = Wm4Test::RandomBox<double>(rng, 2.5, 0, 2);
         Box3d b = Wm4Test::RandomBox<double>(rng, 2.5, 0, 2);
-        if (n % 7 == 0) {
+        if (n % 7 == 0)
             b.Extent[n % 3] = 0;
-        }
         Vector3d ca[8], cb[8];
         a.ComputeVertices(ca);
         b.ComputeVertices(cb);

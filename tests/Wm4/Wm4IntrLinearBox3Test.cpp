@@ -148,9 +148,8 @@ TEST(IntrLinearBox3RandomTest, AgreesWithSlabClipping)
     int hits[3] = {0, 0, 0};
     for (int n = 0; n < 20000; ++n) {
         Box3d box = Wm4Test::RandomBox<double>(rng, 2, 0, 3);
-        if (n % 10 == 0) {
+        if (n % 10 == 0)
             box.Extent[n % 3] = 0;
-        }
         auto planes = Wm4Test::BoxHalfspaces(box);
         Vector3d origin = Wm4Test::RandomVector<double>(rng, -5, 5);
         // Aimed roughly at the box, so that hits and misses both abound.

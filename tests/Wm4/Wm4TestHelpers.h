@@ -22,9 +22,8 @@ template <class Real>
 void PrintComponents(const Real* tuple, int count, std::ostream* os)
 {
     *os << "(";
-    for (int i = 0; i < count; ++i) {
+    for (int i = 0; i < count; ++i)
         *os << (i ? ", " : "") << tuple[i];
-    }
     *os << ")";
 }
 

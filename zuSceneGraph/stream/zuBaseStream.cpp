@@ -147,7 +147,9 @@ zuRttiInterface* zuBaseStream::GetObjectAt(int i) const
 
 bool zuBaseStream::registerObject(const zuRttiInterface* object)
 {
-    if (!mRegistered.insert(object).second)
+    const size_t known = mRegistered.size();
+    mRegistered.findOrInsert(reinterpret_cast<uintptr_t>(object));
+    if (mRegistered.size() == known)
         return false;
     mOrdered.push_back(object);
     return true;
