@@ -33,15 +33,6 @@ namespace {
 
 using BaseGeometry = zuFactoryTest;
 
-void expectBox(const zuBoundingVolume& bv, const Vec& center, const Vec& extents)
-{
-    ASSERT_TRUE(bv.isValid());
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_FLOAT_EQ(bv.GetCenter()[i], center[i]) << "centre " << i;
-        EXPECT_FLOAT_EQ(bv.GetExtents()[i], extents[i]) << "extent " << i;
-    }
-}
-
 // Records the model updates in the order they run.
 class RecordingMesh : public zuTriMesh {
 public:
