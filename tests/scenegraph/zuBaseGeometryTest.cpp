@@ -224,9 +224,7 @@ TEST_F(BaseGeometry, OnlyRealMaterialAndTextureStatesTakeASlot)
     zuPointer<PretendState> texture = new PretendState(zuGlobalState::TEXTURE);
     for (zuGlobalState* state : std::initializer_list<zuGlobalState*>{nullptr, alpha, material, texture})
         point->setGlobalState(state);
-    EXPECT_EQ(point->getGlobalStateQuantity(), 0);
-    EXPECT_EQ(point->GetMaterialState(), nullptr);
-    EXPECT_EQ(point->GetTextureState(), nullptr);
+    EXPECT_TRUE(point->getGlobalStateQuantity() == 0 && !point->GetMaterialState() && !point->GetTextureState());
     EXPECT_EQ(material->GetReferences(), 1);
 }
 
@@ -429,11 +427,9 @@ TEST_F(BaseGeometry, CloneSharesTheBuffersAndCopiesTheFields)
     zuPointer<zuRttiInterface> held = target;
     ASSERT_TRUE(target->IsExactly(zuLine::TYPE));
     const zuLine* copy = static_cast<const zuLine*>(target);
-    EXPECT_TRUE(copy->Equals(line));
-    EXPECT_EQ(copy->GetName(), "edge");
+    EXPECT_TRUE(copy->Equals(line) && copy->GetName() == "edge" && copy->GetLineType() == zuLine::STRIP);
     EXPECT_TRUE(copy->GetVertices() == vertices.get() && copy->GetIndices() == indices.get());
     EXPECT_EQ(copy->GetModelBound(), line->GetModelBound());
-    EXPECT_EQ(copy->GetLineType(), zuLine::STRIP);
 }
 
 } // namespace
