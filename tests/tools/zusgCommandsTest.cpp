@@ -98,6 +98,8 @@ TEST_F(ZusgCommands, EveryCommandAnswersWithItsStatusAndFirstLine)
         {{"info", file("notes.txt").string()}, 1, "no driver loads files with the extension \"txt\""},
         {{"convert", w1, file("out.xyz").string()}, 1, "no driver saves files with the extension \"xyz\""},
         {{"convert", w1, file("folder.mvk").string()}, 1, "folder.mvk: is a directory"},
+        {{"convert", w1, file("missing/out.mvk").string()}, 1, "No such file or directory\n"},
+        {{"convert", w1, file("missing/out.obj").string()}, 1, "No such file or directory\n"},
         {{"convert", w1, file("out.mvk").string(), "--version", "5.0"}, 1, "must name a stream version from 6.0 to 6.32"},
         {{"info"}, 2, "usage:\n  zusg info"},
         {{}, 2, "usage: zusg COMMAND"},
