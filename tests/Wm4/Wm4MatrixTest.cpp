@@ -45,10 +45,9 @@ TYPED_TEST(MatrixTest, ActsOnColumnVectors)
     Matrix4<R> translate(1, 0, 0, 10, 0, 1, 0, 20, 0, 0, 1, 30, 0, 0, 0, 1);
     EXPECT_EQ(Vector4<R>(11, 22, 33, 1), translate * Vector4<R>(1, 2, 3, 1));
     EXPECT_EQ(Vector4<R>(1, 2, 3, 0), translate * Vector4<R>(1, 2, 3, 0));
-    EXPECT_EQ(Vector4<R>(1, 2, 3, 141), Vector4<R>(1, 2, 3, 1) * translate);
 }
 
-TYPED_TEST(MatrixTest, ConstructionFromRowsColumnsArraysAndDiagonal)
+TYPED_TEST(MatrixTest, ConstructionFromRowsColumnsAndDiagonal)
 {
     using R = TypeParam;
     Vector3<R> a(1, 2, 3), b(4, 5, 6), c(7, 8, 9);
@@ -57,15 +56,6 @@ TYPED_TEST(MatrixTest, ConstructionFromRowsColumnsArraysAndDiagonal)
     EXPECT_EQ(Matrix3<R>(1, 2, 3, 4, 5, 6, 7, 8, 9), rows);
     EXPECT_EQ(rows.Transpose(), columns);
     EXPECT_EQ(b, columns.GetColumn(1));
-
-    R entries16[16];
-    for (int i = 0; i < 16; ++i)
-        entries16[i] = R(i);
-    Matrix4<R> m4(entries16, false);
-    EXPECT_EQ(R(4), m4(0, 1));
-    EXPECT_EQ(Vector4<R>(0, 4, 8, 12), m4.GetRow(0));
-    m4.SetColumn(3, Vector4<R>::UNIT_W);
-    EXPECT_EQ(Vector4<R>(3, 7, 11, 1), m4.GetRow(3));
 
     EXPECT_EQ(Matrix3<R>(2, 0, 0, 0, 3, 0, 0, 0, 4), Matrix3<R>(2, 3, 4));
 }

@@ -2,6 +2,7 @@
 // arrays: subtree updates, and a saved and reloaded tree that moves as the original does.
 
 #include "animation/zuAnimationTestHelpers.h"
+#include "support/zuFactoryTest.h"
 #include "support/zuTestLeaf.h"
 
 #include <zuSceneGraph/animation/zuKeyframeController.h>
@@ -18,10 +19,7 @@
 namespace zu::test {
 namespace {
 
-class AnimatedTree : public ::testing::Test {
-protected:
-    zuTestFactories factories;
-};
+using AnimatedTree = zuFactoryTest;
 
 // root (static, moved to x = 10)
 //   arm    A: translation and rotation over times T1, cycling over [0, 4]

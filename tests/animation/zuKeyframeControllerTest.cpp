@@ -3,6 +3,7 @@
 // wrong array type in its record, its comparison and its copy.
 
 #include "animation/zuAnimationTestHelpers.h"
+#include "support/zuFactoryTest.h"
 
 #include <zuSceneGraph/animation/zuKeyframeController.h>
 #include <zuSceneGraph/scenegraph/zuNode.h>
@@ -20,10 +21,7 @@
 namespace zu::test {
 namespace {
 
-class KeyframeController : public ::testing::Test {
-protected:
-    zuTestFactories factories;
-};
+using KeyframeController = zuFactoryTest;
 
 // Which bracket a search settles on and where it leaves the index, from a given start; the
 // random test below decides the bracket itself.

@@ -2,6 +2,7 @@
 // nested nodes loaded in linear time on a 1 MiB stack, leaving a tree every walk can take.
 
 #include "scenegraph/zuSpatialRecords.h"
+#include "support/zuFactoryTest.h"
 
 #include <zuSceneGraph/culling/zuCuller.h>
 #include <zuSceneGraph/scenegraph/zuCameraNode.h>
@@ -26,10 +27,7 @@ constexpr uint64_t DEPTH = __has_feature(address_sanitizer) ? 100000 : 1000000;
 constexpr uint64_t DEPTH = 1000000;
 #endif
 
-class LoadedTrees : public ::testing::Test {
-protected:
-    zuTestFactories factories;
-};
+using LoadedTrees = zuFactoryTest;
 
 TEST_F(LoadedTrees, AMillionNestedNodesLoadOnA1MiBStackAndEveryWalkTakesWhatIsKept)
 {

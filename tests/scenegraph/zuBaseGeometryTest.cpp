@@ -7,6 +7,7 @@
 #include "scenegraph/zuGeometryTestHelpers.h"
 #include "scenegraph/zuSpatialRecords.h"
 #include "scenegraph/zuSpatialTestHelpers.h"
+#include "support/zuFactoryTest.h"
 #include "zusgW1Assembly.h"
 
 #include <zuSceneGraph/culling/zuCuller.h>
@@ -30,10 +31,7 @@
 namespace zu::test {
 namespace {
 
-class BaseGeometry : public ::testing::Test {
-protected:
-    zuTestFactories factories;
-};
+using BaseGeometry = zuFactoryTest;
 
 void expectBox(const zuBoundingVolume& bv, const Vec& center, const Vec& extents)
 {

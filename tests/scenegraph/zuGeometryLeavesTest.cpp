@@ -4,6 +4,7 @@
 
 #include "scenegraph/zuGeometryTestHelpers.h"
 #include "scenegraph/zuSpatialTestHelpers.h"
+#include "support/zuFactoryTest.h"
 
 #include <zuSceneGraph/resources/zuRendererInterface.h>
 #include <zuSceneGraph/scenegraph/zuGenericGeometry.h>
@@ -22,10 +23,7 @@
 namespace zu::test {
 namespace {
 
-class GeometryLeaves : public ::testing::Test {
-protected:
-    zuTestFactories factories;
-};
+using GeometryLeaves = zuFactoryTest;
 
 void expectVector(const Vec& actual, const Vec& expected, const char* what, int i)
 {

@@ -4,6 +4,7 @@
 
 #include "scenegraph/zuGeometryTestHelpers.h"
 #include "scenegraph/zuSpatialRecords.h"
+#include "support/zuFactoryTest.h"
 
 #include <zuSceneGraph/scenegraph/zuGenericGeometry.h>
 #include <zuSceneGraph/scenegraph/zuGeometry.h>
@@ -26,10 +27,7 @@ namespace {
 
 const zuStreamVersion V6_28(6, 28), V6_20(6, 20), V6_6(6, 6), V6_0(6, 0), V5_25(5, 25), V5_24(5, 24);
 
-class GeometryStream : public ::testing::Test {
-protected:
-    zuTestFactories factories;
-};
+using GeometryStream = zuFactoryTest;
 
 // A mesh "quad" at (1, 2, 3) with a quad of two triangles, updated.
 zuPointer<zuTriMesh> makeQuad()

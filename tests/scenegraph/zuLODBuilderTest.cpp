@@ -4,6 +4,7 @@
 
 #include "scenegraph/zuGeometryTestHelpers.h"
 #include "scenegraph/zuSpatialTestHelpers.h"
+#include "support/zuFactoryTest.h"
 #include "support/zuTestObjects.h"
 
 #include <zuSceneGraph/scenegraph/zuGeometry.h>
@@ -22,10 +23,7 @@
 namespace zu::test {
 namespace {
 
-class LODBuilder : public ::testing::Test {
-protected:
-    zuTestFactories factories;
-};
+using LODBuilder = zuFactoryTest;
 
 zuPointer<zuTriMesh> namedMesh(const std::string& name)
 {

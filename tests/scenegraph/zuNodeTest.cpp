@@ -3,6 +3,7 @@
 // compaction and resizing, the merged bound, Clean_Flags, look-ups, and freeing deep trees.
 
 #include "scenegraph/zuSpatialTestHelpers.h"
+#include "support/zuFactoryTest.h"
 #include "support/zuTestLeaf.h"
 
 #include <zuSceneGraph/scenegraph/zuNode.h>
@@ -12,10 +13,7 @@
 namespace zu::test {
 namespace {
 
-class Node : public ::testing::Test {
-protected:
-    zuTestFactories factories;
-};
+using Node = zuFactoryTest;
 
 // root -> node -> three empty child nodes (c0, c1, c2), all masks clean. An empty node's
 // setDirtyDown gives 0x01, so a child's mark is 0x01 and the bound bit shows what

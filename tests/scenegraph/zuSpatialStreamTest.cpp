@@ -6,6 +6,7 @@
 
 #include "scenegraph/zuSpatialRecords.h"
 #include "scenegraph/zuSpatialTestHelpers.h"
+#include "support/zuFactoryTest.h"
 #include "support/zuTestLeaf.h"
 
 #include <zuSceneGraph/culling/zuCuller.h>
@@ -22,10 +23,7 @@
 namespace zu::test {
 namespace {
 
-class SpatialStream : public ::testing::Test {
-protected:
-    zuTestFactories factories;
-};
+using SpatialStream = zuFactoryTest;
 
 zuBytes leafBody(const SpatialPart& part, const zuBoundingVolume& model, zuStreamVersion version)
 {

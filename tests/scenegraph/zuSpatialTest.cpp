@@ -3,6 +3,7 @@
 // objects, metadata order, comparison and cloning.
 
 #include "scenegraph/zuSpatialTestHelpers.h"
+#include "support/zuFactoryTest.h"
 #include "support/zuTestLeaf.h"
 
 #include <zuSceneGraph/scenegraph/zuNode.h>
@@ -17,10 +18,7 @@ namespace {
 
 using Transform = zuGenericTransformation<float>;
 
-class Spatial : public ::testing::Test {
-protected:
-    zuTestFactories factories;
-};
+using Spatial = zuFactoryTest;
 
 // A point mapped by each transformation in turn, the object's own first.
 Vec throughChain(const std::vector<Transform>& chain, Vec p)

@@ -4,6 +4,7 @@
 
 #include "scenegraph/zuSpatialRecords.h"
 #include "scenegraph/zuSpatialTestHelpers.h"
+#include "support/zuFactoryTest.h"
 
 #include <zuSceneGraph/scenegraph/zuBillboardNode.h>
 #include <zuSceneGraph/scenegraph/zuCameraNode.h>
@@ -17,10 +18,7 @@
 namespace zu::test {
 namespace {
 
-class SpecialNodesStream : public ::testing::Test {
-protected:
-    zuTestFactories factories;
-};
+using SpecialNodesStream = zuFactoryTest;
 
 // A frame that is not the default one: D = +y, U = +x, R = D x U = -z.
 const Vec D(0, 1, 0), U(1, 0, 0), R(0, 0, -1), LOCATION(1, 2, 3);

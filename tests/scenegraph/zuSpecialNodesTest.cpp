@@ -4,6 +4,7 @@
 // class checks of Equals and Clone.
 
 #include "scenegraph/zuSpatialTestHelpers.h"
+#include "support/zuFactoryTest.h"
 #include "support/zuOutputCapture.h"
 #include "support/zuTestLeaf.h"
 
@@ -24,10 +25,7 @@
 namespace zu::test {
 namespace {
 
-class SpecialNodes : public ::testing::Test {
-protected:
-    zuTestFactories factories;
-};
+using SpecialNodes = zuFactoryTest;
 
 void expectNear(const Vec& actual, const Vec& expected, const char* what, float tolerance = 1e-5f)
 {
