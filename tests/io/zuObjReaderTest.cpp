@@ -213,19 +213,15 @@ TEST_F(ObjReaderTest, VertexChannels)
     ASSERT_EQ(vertices.GetVertexQuantity(), 6);
     EXPECT_EQ(vertices.GetAttributes().GetColorChannels(0), 3);
     EXPECT_EQ(vertices.GetAttributes().GetTCoordChannels(0), 2);
-    const float expected[6][8] = {
-        // position, normal, colour (r g b)
-        {0, 0, 0, 0, 0, 1, 1, 1}, {1, 0, 0, 0, 0, 1, 1, 1}, {0, 1, 0, 0, 0, 1, 1, 1},
-        {0, 0, 0, 0, 1, 0, 1, 1}, {0, 0, 1, 0, 1, 0, 0.5f, 0.25f}, {1, 0, 0, 0, 1, 0, 1, 1},
+    const std::array<float, 9> expected[6] = {
+        // position, normal, colour (r g), texture coordinate (s)
+        {0, 0, 0, 0, 0, 1, 1, 1, 0}, {1, 0, 0, 0, 0, 1, 1, 1, 0}, {0, 1, 0, 0, 0, 1, 1, 1, 0},
+        {0, 0, 0, 0, 1, 0, 1, 1, 0.5f}, {0, 0, 1, 0, 1, 0, 0.5f, 0.25f, 0.5f}, {1, 0, 0, 0, 1, 0, 1, 1, 0.5f},
     };
     for (int i = 0; i < 6; ++i) {
-        for (int k = 0; k < 3; ++k) {
-            EXPECT_EQ(vertices.PositionTuple(i)[k], expected[i][k]) << i;
-            EXPECT_EQ(vertices.NormalTuple(i)[k], expected[i][3 + k]) << i;
-        }
-        EXPECT_EQ(vertices.ColorTuple(0, i)[0], expected[i][6]) << i;
-        EXPECT_EQ(vertices.ColorTuple(0, i)[1], expected[i][7]) << i;
-        EXPECT_EQ(vertices.TCoordTuple(0, i)[0], i < 3 ? 0.0f : 0.5f) << i;
+        const float *p = vertices.PositionTuple(i), *n = vertices.NormalTuple(i), *c = vertices.ColorTuple(0, i);
+        EXPECT_EQ((std::array<float, 9>{p[0], p[1], p[2], n[0], n[1], n[2], c[0], c[1], vertices.TCoordTuple(0, i)[0]}),
+                  expected[i]) << i;
     }
 }
 

@@ -1,5 +1,5 @@
 // Identity, reference counts, look-ups, Equals, Clone and controller updates of zuObject;
-// the controller list of named objects and the no-op name and controllers of unnamed ones.
+// the controller list of named objects.
 
 #include "support/zuTestObjects.h"
 
@@ -32,18 +32,6 @@ protected:
             zuObject::destroyLibraryMutex();
     }
 
-    // Builds `count` objects and checks that each took the next identifier.
-    static void expectConsecutiveIdentifiers(int count)
-    {
-        const unsigned int first = zuObject::GetNextID();
-        std::vector<zuPointer<zuTestNode>> nodes;
-        for (int i = 0; i < count; ++i) {
-            nodes.emplace_back(new zuTestNode);
-            EXPECT_EQ(nodes.back()->GetID(), first + static_cast<unsigned int>(i));
-        }
-        EXPECT_EQ(zuObject::GetNextID(), first + static_cast<unsigned int>(count));
-    }
-
     // Builds objects on another thread while this one holds the library mutex: a policy
     // that took the mutex would block there. The wait is a guard against a deadlock only.
     static bool buildsWhileTheLibraryMutexIsHeld()
@@ -62,28 +50,6 @@ protected:
 
     bool mOwnsLibraryMutex = false;
 };
-
-TEST_F(IdentifierPolicy, EveryPolicyGivesConsecutiveIdentifiers)
-{
-    expectConsecutiveIdentifiers(5);
-
-    zuObject::setNoLockFunctions();
-    expectConsecutiveIdentifiers(5);
-
-    zuObject::setMutexLockFunctions();
-    ASSERT_EQ(zuObject::libraryMutex(), nullptr);
-    expectConsecutiveIdentifiers(5);
-
-    zuObject::createLibraryMutex();
-    ASSERT_NE(zuObject::libraryMutex(), nullptr);
-    expectConsecutiveIdentifiers(5);
-    // Every lock was paired with an unlock.
-    ASSERT_TRUE(zuObject::libraryMutex()->tryLock());
-    zuObject::libraryMutex()->unlock();
-
-    zuObject::setDefaultLockFunctions();
-    expectConsecutiveIdentifiers(5);
-}
 
 TEST_F(IdentifierPolicy, OnlyTheMutexPolicyTakesTheLibraryMutex)
 {
@@ -333,19 +299,6 @@ TEST(zuObjectTest, AControllerPointsAtTheObjectItControlsOnlyWhileAttached)
     kept->SetController(0, other);
     EXPECT_EQ(kept->GetControllerQuantity(), 0);
     EXPECT_EQ(other->GetReferences(), 1);
-}
-
-TEST(zuObjectTest, UnnamedObjectsIgnoreNamesAndControllers)
-{
-    zuShortRecord record;
-    zuPointer<zuTestController> controller = new zuTestController;
-    record.SetName("ignored");
-    EXPECT_EQ(record.GetName(), "");
-    EXPECT_FALSE(record.AttachController(controller));
-    record.SetControllerQuantity(3);
-    record.SetController(0, controller);
-    EXPECT_EQ(record.GetControllerQuantity(), 0);
-    EXPECT_EQ(controller->GetReferences(), 1);
 }
 
 } // namespace

@@ -44,20 +44,6 @@ TEST(zuSceneGraphTest, OnlyTheFirstStartAndTheLastEndDoWork)
     EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.Probe"), nullptr);
     EXPECT_TRUE(zuRttiInterface::CreateFactoryMap());  // the registry was destroyed
     zuRttiInterface::DestroyFactoryMap();
-
-    // An unmatched end does nothing.
-    zuObject::createLibraryMutex();
-    mutex = zuObject::libraryMutex();
-    terminateZuSceneGraph();
-    EXPECT_EQ(zuObject::libraryMutex(), mutex);
-    zuObject::destroyLibraryMutex();
-
-    // The library starts again after a full end.
-    initializeZuSceneGraph();
-    EXPECT_NE(zuObject::libraryMutex(), nullptr);
-    EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.Probe"), nullptr);
-    terminateZuSceneGraph();
-    EXPECT_EQ(zuObject::libraryMutex(), nullptr);
 }
 
 } // namespace

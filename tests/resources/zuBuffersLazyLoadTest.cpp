@@ -1,12 +1,10 @@
 // Vertex and index buffers left on disk by a stream load and brought back: synchronously,
-// through the resource controller's worker threads (finalised on this thread), after a
-// failed read, and the rule that a buffer without a file keeps its bytes. These tests also
-// run under ThreadSanitizer.
+// in batches, and through the resource controller's worker threads. These tests also run
+// under ThreadSanitizer.
 
 #include "resources/zuResourceTestSupport.h"
 
 #include <zuSceneGraph/resources/zuCPULoadBatch.h>
-#include <zuSceneGraph/resources/zuDynamicResourceCPULoadRequest.h>
 #include <zuSceneGraph/resources/zuIndexBuffer.h>
 #include <zuSceneGraph/resources/zuRendererInterface.h>
 #include <zuSceneGraph/resources/zuRequestInterfaceForDynamicResource.h>
@@ -21,7 +19,6 @@
 #include <cstring>
 #include <filesystem>
 #include <map>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -236,82 +233,6 @@ TEST_F(ResourceBuffersLazyLoad, EveryBufferStaysOnDiskWithItsPlaceRecordedAndCom
     ASSERT_EQ(again.size(), originals.size());
     for (size_t i = 0; i < again.size(); ++i)
         ASSERT_TRUE(again[i]->Equals(originals[i])) << i;
-}
-
-TEST_F(ResourceBuffersLazyLoad, TheControllerLoadsThemOnTwoWorkersAndFinalisesOnThisThread)
-{
-    std::vector<zuPointer<zuObject>> loaded = loadLazily(path);
-    ASSERT_EQ(loaded.size(), originals.size());
-
-    zuResourceController controller(2);
-    ASSERT_TRUE(controller.start());
-    for (const zuPointer<zuObject>& object : loaded)
-        ASSERT_NE(controller.requestCPULoad(resourceOf(object)), 0u);
-    ASSERT_TRUE(finalizeUntilIdle(controller));
-    controller.stop();
-    for (size_t i = 0; i < loaded.size(); ++i) {
-        EXPECT_EQ(resourceOf(loaded[i])->getResourceState(), zuDynamicLoadingResource::RESOURCE_IDLE) << i;
-        ASSERT_TRUE(loaded[i]->Equals(originals[i])) << i;
-    }
-
-    // And away again: every one has a file to come back from, while buffers that never went
-    // to a file keep their bytes.
-    zuPointer<zuVertexBuffer> memoryVertices = new zuVertexBuffer(static_cast<zuVertexBuffer*>(originals[0].get()));
-    zuPointer<zuIndexBuffer> memoryIndices = new zuIndexBuffer(static_cast<zuIndexBuffer*>(originals[1].get()));
-    ASSERT_EQ(memoryVertices->getResourceFilePath(), "");
-    EXPECT_FALSE(zuRendererInterface::DeleteCPUData(memoryVertices, false));
-    EXPECT_FALSE(zuRendererInterface::DeleteCPUData(memoryIndices, false));
-    zuResourceController deleter(2);
-    ASSERT_TRUE(deleter.start());
-    for (const zuPointer<zuObject>& object : loaded)
-        ASSERT_NE(deleter.requestCPUDelete(resourceOf(object)), 0u);
-    ASSERT_NE(deleter.requestCPUDelete(memoryVertices), 0u);
-    ASSERT_NE(deleter.requestCPUDelete(memoryIndices), 0u);
-    ASSERT_TRUE(finalizeUntilIdle(deleter));
-    for (const zuPointer<zuObject>& object : loaded)
-        EXPECT_FALSE(resourceOf(object)->isCPUResident());
-    EXPECT_TRUE(memoryVertices->Equals(originals[0]));
-    EXPECT_TRUE(memoryIndices->Equals(originals[1]));
-}
-
-TEST_F(ResourceBuffersLazyLoad, AShortenedFileLeavesTheBufferOnDiskWithAnInputError)
-{
-    std::vector<zuPointer<zuObject>> loaded = loadLazily(path);
-    ASSERT_EQ(loaded.size(), originals.size());
-    zuDynamicLoadingResource* lastVertex = resourceOf(loaded[loaded.size() - 2]);
-    zuDynamicLoadingResource* lastIndex = resourceOf(loaded[loaded.size() - 1]);
-    // A load request run and finalised on this thread: its status.
-    auto load = [](zuDynamicLoadingResource* resource) {
-        using LoadRequest = zuDynamicResourceCPULoadRequest;
-        std::unique_ptr<LoadRequest> request(
-            static_cast<LoadRequest*>(zuDynamicLoadingResource::CreateCPULoadRequest(resource, nullptr)));
-        request->execute(nullptr);
-        request->finalizeDynamicResourceRequest(resource, true, false);
-        return request->getStatus();
-    };
-
-    // Cut inside the data of the last index buffer: the vertex data before it is whole.
-    std::filesystem::resize_file(path, lastIndex->getStreamOffset() + 3);
-    EXPECT_EQ(load(lastIndex), zuDynamicResourceCPULoadRequest::STATUS_IO_ERROR);
-    EXPECT_FALSE(lastIndex->isCPUResident());
-    EXPECT_EQ(load(lastVertex), zuDynamicResourceCPULoadRequest::STATUS_DONE);
-    EXPECT_TRUE(lastVertex->isCPUResident());
-    ASSERT_TRUE(zuRendererInterface::DeleteCPUData(lastVertex, false));
-
-    std::filesystem::resize_file(path, lastVertex->getStreamOffset() + 10);
-    EXPECT_EQ(load(lastVertex), zuDynamicResourceCPULoadRequest::STATUS_IO_ERROR);
-    EXPECT_FALSE(lastVertex->isCPUResident());
-    EXPECT_FALSE(zuRendererInterface::LoadCPUData(lastVertex));
-
-    // Through the controller the failure reaches no buffer either.
-    zuResourceController controller(2);
-    ASSERT_TRUE(controller.start());
-    ASSERT_NE(controller.requestCPULoad(lastIndex), 0u);
-    ASSERT_TRUE(finalizeUntilIdle(controller));
-    EXPECT_FALSE(lastIndex->isCPUResident());
-    // Earlier buffers still come back.
-    ASSERT_TRUE(zuRendererInterface::LoadCPUData(resourceOf(loaded[0])));
-    EXPECT_TRUE(loaded[0]->Equals(originals[0]));
 }
 
 // The batch form reads what one request per buffer reads: from the whole file, and from a

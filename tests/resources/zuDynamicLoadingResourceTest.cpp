@@ -153,11 +153,6 @@ TEST(ResourceRequestBuilders, CPUAndGPUSidesRegisterIndependentlyAndKeepTheFirst
     EXPECT_EQ(nullptr, R::GetRequestBuilder(BUILDER_TYPE));
     EXPECT_EQ("null", tagOf(R::CreateCPULoadRequest(5, nullptr, &handler)));
     EXPECT_EQ("null", tagOf(R::CreateGPUDeleteRequest(&resource, nullptr)));
-    // Once unregistered, the type takes a new registration.
-    EXPECT_TRUE(R::RegisterCPURequestBuilder(BUILDER_TYPE, fromHandler<other>, nullptr, nullptr, nullptr));
-    EXPECT_EQ("other", tagOf(R::CreateCPULoadRequest(5, nullptr, &handler)));
-    EXPECT_EQ("null", tagOf(R::CreateCPUDeleteRequest(5, nullptr, &handler)));
-    R::UnregisterRequestBuilder(BUILDER_TYPE);
 
     // A side that is not registered builds nothing; nor does a missing handler or resource.
     ASSERT_TRUE(R::RegisterGPURequestBuilder(GPU_ONLY_TYPE, fromHandler<gpuLoad>, fromHandler<gpuDelete>,
@@ -194,14 +189,6 @@ TEST_F(ResourceLibrary, ResourceHasToLoadFollowsPathThenPolicy)
     zuDynamicLoadingResource::SetLoadPolicy(zuObject::TYPE, false);
     EXPECT_FALSE(zuDynamicLoadingResource::GetLoadPolicy(type, load));
     EXPECT_TRUE(resource->hasToLoad());
-
-    // Without a table at all: no policy, loaded.
-    zuDynamicLoadingResource::ClearLoadPolicies();
-    EXPECT_FALSE(zuDynamicLoadingResource::GetLoadPolicy(zuObject::TYPE, load));
-    EXPECT_TRUE(resource->hasToLoad());
-    zuDynamicLoadingResource::CreateLoadPolicies();
-    zuDynamicLoadingResource::SetLoadPolicy(type, false);
-    EXPECT_FALSE(resource->hasToLoad());
 }
 
 TEST_F(ResourceLibrary, ResourceStreamInfoIsThePathAndAbsoluteOffsetOfTheBlock)

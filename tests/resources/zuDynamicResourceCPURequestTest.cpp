@@ -11,7 +11,6 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <filesystem>
 #include <functional>
 #include <limits>
 #include <memory>
@@ -124,21 +123,6 @@ TEST_F(ResourceCPURequest, FailedLoadsTellWhyAndHoldNoBlock)
         EXPECT_EQ(nullptr, request->getBlock());
     }
 
-    // One byte of the block missing: the resource stays non-resident.
-    ASSERT_TRUE(zuRendererInterface::DeleteCPUData(resource, false));
-    std::filesystem::resize_file(path, resource->getStreamOffset() + SIZE - 1);
-    std::unique_ptr<LoadRequest> request = loadRequest(resource);
-    request->execute(nullptr);
-    EXPECT_EQ(LoadRequest::STATUS_IO_ERROR, request->getStatus());
-    EXPECT_EQ(nullptr, request->getBlock());
-    request->finalizeDynamicResourceRequest(resource, true, false);
-    EXPECT_FALSE(resource->isCPUResident());
-    EXPECT_FALSE(zuRendererInterface::LoadCPUData(resource));
-    // The file ends before the block starts: the seek succeeds, the read gets nothing.
-    std::filesystem::resize_file(path, resource->getStreamOffset() - 1);
-    request = loadRequest(resource);
-    request->execute(nullptr);
-    EXPECT_EQ(LoadRequest::STATUS_IO_ERROR, request->getStatus());
 }
 
 TEST_F(ResourceCPURequest, LoadIsNotHandedToAResourceOfAnotherSize)

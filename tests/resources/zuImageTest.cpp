@@ -6,7 +6,6 @@
 
 #include <zuSceneGraph/resources/zuImage.h>
 #include <zuSceneGraph/resources/zuRendererInterface.h>
-#include <zuSceneGraph/resources/zuResourceController.h>
 
 #include <zuSystem/zuFileIoDevice.h>
 
@@ -168,14 +167,6 @@ TEST_F(Image, NotLoadedByPolicyThenLoadedBackFromItsFile)
     EXPECT_TRUE(hasPixels(*images[0], first));
     EXPECT_TRUE(images[0]->Equals(a));
     EXPECT_TRUE(zuRendererInterface::DeleteCPUData(images[0], false));
-
-    // The controller's workers read the other one.
-    zuResourceController controller(1);
-    ASSERT_NE(0u, controller.requestCPULoad(images[1]));
-    ASSERT_TRUE(controller.start());
-    ASSERT_TRUE(finalizeUntilIdle(controller));
-    controller.stop();
-    EXPECT_TRUE(hasPixels(*images[1], second));
 
     // Saving a non-resident image reads its pixels for the write and drops them again;
     // the image then refers to the new file.

@@ -111,22 +111,17 @@ struct RandomScene {
     }
 };
 
-struct RandomCase {
-    zuBVTree::Kind kind;
-    zuPicker::Mode mode;
-    bool segment;
-};
-
 TEST(zuPicker, AgreesWithEveryTriangleTestedOnRandomMeshesTransformsAndRays)
 {
-    const RandomCase cases[] = {{zuBVTree::BOX, zuPicker::NEAREST, false}, {zuBVTree::BOX, zuPicker::ALL, false},
-                                {zuBVTree::BOX, zuPicker::NEAREST, true},  {zuBVTree::SPHERE, zuPicker::NEAREST, false},
-                                {zuBVTree::SPHERE, zuPicker::ALL, true},   {zuBVTree::SPHERE, zuPicker::NEAREST, true}};
+    const struct { zuBVTree::Kind kind; zuPicker::Mode mode; bool segment; } cases[] = {
+        {zuBVTree::BOX, zuPicker::NEAREST, false},    {zuBVTree::BOX, zuPicker::ALL, false},
+        {zuBVTree::BOX, zuPicker::NEAREST, true},     {zuBVTree::SPHERE, zuPicker::NEAREST, false},
+        {zuBVTree::SPHERE, zuPicker::ALL, true},      {zuBVTree::SPHERE, zuPicker::NEAREST, true}};
     std::mt19937 random(7);
     const RandomScene scene(random);
     std::uniform_real_distribution<float> unit(-1.0f, 1.0f);
     int hitRays = 0;
-    for (const RandomCase& c : cases) {
+    for (const auto& c : cases) {
         zuPicker picker;
         picker.SetTreeKind(c.kind);
         picker.SetMode(c.mode);

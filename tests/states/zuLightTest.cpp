@@ -7,7 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -44,19 +43,7 @@ zuPointer<zuLight> sampleLight()
     return light;
 }
 
-// The 27 floats of a light in their persisted order, through the public interface.
-void setFloats(zuLight& light, const float (&v)[27])
-{
-    light.SetFrame(Vec(v[0], v[1], v[2]), Vec(v[3], v[4], v[5]), Vec(v[6], v[7], v[8]), Vec(v[9], v[10], v[11]));
-    light.SetAmbient(Color(v[12], v[13], v[14]));
-    light.SetDiffuse(Color(v[15], v[16], v[17]));
-    light.SetSpecular(Color(v[18], v[19], v[20]));
-    light.SetIntensity(v[21]);
-    light.SetAttenuation(v[22], v[23], v[24]);
-    light.SetSpotCutoff(v[25]);
-    light.SetSpotExponent(v[26]);
-}
-
+// The 27 floats of a light in their persisted order.
 std::vector<float> getFloats(const zuLight& light)
 {
     std::vector<float> v;
@@ -132,22 +119,9 @@ TEST_F(Light, ATypeOutsideTheEnumerationLoadsAsReadAndACutoffOutsideZeroPiIsClam
     EXPECT_EQ(static_cast<const zuLight*>(loaded[0].get())->GetSpotCutoffCosine(), -1.0f);
 }
 
-TEST_F(Light, EqualsToleratesBelowOneMillionthOnEveryFloatAndComparesFlagsExactly)
+TEST_F(Light, EqualsComparesFlagsExactly)
 {
     zuPointer<zuLight> light = sampleLight();
-    const std::vector<float> base = getFloats(*light);
-    for (size_t i = 0; i < base.size(); ++i) {
-        float values[27];
-        std::copy(base.begin(), base.end(), values);
-        zuPointer<zuLight> other = sampleLight();
-        values[i] = base[i] + 2e-7f;
-        setFloats(*other, values);
-        EXPECT_TRUE(light->Equals(other)) << "float " << i;
-        values[i] = base[i] + 4e-6f * std::max(1.0f, std::fabs(base[i]));
-        setFloats(*other, values);
-        EXPECT_FALSE(light->Equals(other)) << "float " << i;
-        EXPECT_FALSE(other->Equals(light)) << "float " << i;
-    }
     for (void (*change)(zuLight&) : {+[](zuLight& l) { l.SetLightType(zuLight::LT_POINT); },
                                      +[](zuLight& l) { l.SetAttenuate(false); }, +[](zuLight& l) { l.SetOn(true); }}) {
         zuPointer<zuLight> other = sampleLight();

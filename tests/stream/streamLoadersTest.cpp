@@ -79,12 +79,6 @@ TEST_F(StreamLoaders, ALoaderThatFailsFailsTheLoadAndABrokenStreamCancelsThem)
         EXPECT_EQ(fine.mWaits, 1);  // every loader is waited for
         EXPECT_EQ(failing.mCancels, 0);
     }
-    {
-        zuBaseStream stream;
-        stream.SetVersion(zuStreamVersion(6, 32));
-        stream.registerStreamLoader(&zuTestNode::TYPE, &failing);
-        EXPECT_FALSE(stream.Load(mRecords.data(), mRecords.size()));
-    }
 
     // Data that breaks off cancels the loaders before waiting for them.
     zuTestStreamLoader cancelled;
@@ -97,38 +91,6 @@ TEST_F(StreamLoaders, ALoaderThatFailsFailsTheLoadAndABrokenStreamCancelsThem)
     EXPECT_EQ(cancelled.mCancels, 1);
     EXPECT_EQ(cancelled.mWaits, 1);
     EXPECT_EQ(stream.GetObjectCount(), 0);
-}
-
-TEST_F(StreamLoaders, LoadersAreKeptOnePerClassRecord)
-{
-    zuBaseStream stream;
-    EXPECT_TRUE(stream.onObjectLoad());
-    EXPECT_TRUE(stream.waitForStreamLoaderEnd());
-    EXPECT_EQ(stream.getStreamLoader(&zuTestNode::TYPE), nullptr);
-
-    zuTestStreamLoader first;
-    zuTestStreamLoader second;
-    stream.registerStreamLoader(&zuTestNode::TYPE, &first);
-    stream.registerStreamLoader(&zuTestNode::TYPE, &second);
-    EXPECT_EQ(stream.getStreamLoader(&zuTestNode::TYPE), &second);
-    EXPECT_EQ(stream.getStreamLoader(zuTestNode::TYPE.GetBaseType()), nullptr);
-    EXPECT_TRUE(stream.onObjectLoad());
-    EXPECT_EQ(first.mObjectLoads, 0);
-    EXPECT_EQ(second.mObjectLoads, 1);
-
-    second.mWaitResult = false;
-    stream.registerStreamLoader(&zuTestController::TYPE, &first);
-    EXPECT_FALSE(stream.waitForStreamLoaderEnd());
-    EXPECT_EQ(first.mWaits, 1);
-    EXPECT_EQ(second.mWaits, 1);
-    stream.cancelStreamLoaders();
-    EXPECT_EQ(first.mCancels, 1);
-    EXPECT_EQ(second.mCancels, 1);
-
-    stream.unregisterStreamLoader(&zuTestNode::TYPE);
-    EXPECT_EQ(stream.getStreamLoader(&zuTestNode::TYPE), nullptr);
-    EXPECT_EQ(stream.getStreamLoader(&zuTestController::TYPE), &first);
-    EXPECT_TRUE(stream.waitForStreamLoaderEnd());
 }
 
 TEST_F(StreamLoaders, TheStreamOwnsCustomInformations)

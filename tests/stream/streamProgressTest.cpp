@@ -38,49 +38,41 @@ TEST_F(StreamProgress, ASaveStepsOncePerRecordAndFailsWhenCancelled)
         EXPECT_EQ(progress.mSteps, std::vector<int64_t>(cancelAfter < 0 ? 4 : cancelAfter, 1));
         EXPECT_EQ(progress.mOpenGroups, 0);
     }
-    // The buffer save honours the notifier too, and hands out nothing.
-    zuTestProgress progress;
-    progress.mCancelAfterSteps = 2;
-    zuBaseStream stream;
-    stream.SetVersion(zuStreamVersion(6, 32));
-    stream.SetProgressNotifier(&progress);
-    stream.InsertTopLevel(g.root);
-    char* buffer = nullptr;
-    unsigned long size = 0;
-    EXPECT_FALSE(stream.Save(buffer, size));
-    EXPECT_EQ(buffer, nullptr);
-    EXPECT_EQ(progress.mSteps.size(), 2u);
 }
 
-TEST_F(StreamProgress, TheStepsOfALoadAddUpToTheStreamSize)
+// A load steps once per record, by bytes that add up to the stream's size; cancelled after
+// the first, a middle or the last record, it fails, hands out nothing and cancels its loaders.
+TEST_F(StreamProgress, ALoadStepsUpToTheStreamSizeAndFailsWhenCancelled)
 {
     std::vector<char> fileBytes;
-    std::vector<char> records;
     {
         zuSmallGraph g;
         zuPointer<zuTestNode> second = new zuTestNode("second");
         fileBytes = saveToFileBytes({g.root, second}, zuStreamVersion(6, 32), 16);
-        records = saveToBytes({g.root, second}, zuStreamVersion(6, 32));
     }
-    for (int blockSize : {8, 16, 1 << 20}) {
+    const int64_t size = static_cast<int64_t>(fileBytes.size());
+    for (const auto& [blockSize, cancelAfter] : {std::pair{16, int64_t(1)}, {16, 3}, {16, 5}, {8, -1}, {16, -1}, {1 << 20, -1}}) {
+        SCOPED_TRACE(std::to_string(blockSize) + " " + std::to_string(cancelAfter));
+        const bool whole = cancelAfter < 0;
         zuTestProgress progress;
+        progress.mCancelAfterSteps = cancelAfter;
+        zuTestStreamLoader loader;
         zuFileStream stream(blockSize);
         stream.SetProgressNotifier(&progress);
+        stream.registerStreamLoader(&zuTestNode::TYPE, &loader);
         zuMemoryIoDevice device(fileBytes);
-        ASSERT_TRUE(stream.Load(device, "memory"));
+        EXPECT_EQ(stream.Load(device, "memory"), whole);
+        EXPECT_EQ(stream.isStreamError(), !whole);
+        EXPECT_EQ(stream.GetObjectCount(), whole ? 2 : 0);
+        EXPECT_EQ(zuTestNode::msLiving, whole ? 4 : 0);
+        EXPECT_TRUE(whole || zuTestNode::msPostLinkCalls == 0);
         ASSERT_EQ(progress.mGroups.size(), 1u);
-        EXPECT_EQ(progress.mGroups[0].second, static_cast<int64_t>(fileBytes.size()));
-        EXPECT_EQ(progress.mStepTotal, static_cast<int64_t>(fileBytes.size())) << "block " << blockSize;
-        EXPECT_EQ(progress.mSteps.size(), 5u);  // one per record
+        EXPECT_EQ(progress.mGroups[0].second, size);
+        EXPECT_EQ(progress.mSteps.size(), static_cast<size_t>(whole ? 5 : cancelAfter));
+        EXPECT_TRUE(!whole || progress.mStepTotal == size);
         EXPECT_EQ(progress.mOpenGroups, 0);
-    }
-    {
-        zuTestProgress progress;
-        zuBaseStream stream;
-        stream.SetVersion(zuStreamVersion(6, 32));
-        stream.SetProgressNotifier(&progress);
-        ASSERT_TRUE(stream.Load(records.data(), records.size()));
-        EXPECT_EQ(progress.mStepTotal, static_cast<int64_t>(records.size()));
+        EXPECT_EQ(loader.mCancels, whole ? 0 : 1);
+        EXPECT_EQ(loader.mWaits, 1);
     }
     // Skipped records are counted as well.
     zuTestController::UnRegisterFactory();
@@ -91,44 +83,7 @@ TEST_F(StreamProgress, TheStepsOfALoadAddUpToTheStreamSize)
     zuOutputCapture capturedOut(zuOutputCapture::STDOUT);
     ASSERT_TRUE(stream.Load(device, "memory"));
     capturedOut.take();
-    EXPECT_EQ(progress.mStepTotal, static_cast<int64_t>(fileBytes.size()));
-}
-
-TEST_F(StreamProgress, ACancelledLoadFailsAndHandsOutNothing)
-{
-    std::vector<char> fileBytes;
-    std::vector<char> records;
-    {
-        zuSmallGraph g;
-        fileBytes = saveToFileBytes({g.root}, zuStreamVersion(6, 32), 16);
-        records = saveToBytes({g.root}, zuStreamVersion(6, 32));
-    }
-    for (int64_t cancelAfter : {1, 3, 4}) {
-        zuTestProgress progress;
-        progress.mCancelAfterSteps = cancelAfter;
-        zuTestStreamLoader loader;
-        zuFileStream stream(16);
-        stream.SetProgressNotifier(&progress);
-        stream.registerStreamLoader(&zuTestNode::TYPE, &loader);
-        zuMemoryIoDevice device(fileBytes);
-        EXPECT_FALSE(stream.Load(device, "memory")) << cancelAfter;
-        EXPECT_TRUE(stream.isStreamError());
-        EXPECT_EQ(stream.GetObjectCount(), 0);
-        EXPECT_EQ(zuTestNode::msLiving, 0);
-        EXPECT_EQ(zuTestNode::msPostLinkCalls, 0);
-        EXPECT_EQ(static_cast<int64_t>(progress.mSteps.size()), cancelAfter);
-        EXPECT_EQ(progress.mOpenGroups, 0);
-        EXPECT_EQ(loader.mCancels, 1);
-        EXPECT_EQ(loader.mWaits, 1);
-    }
-    zuTestProgress progress;
-    progress.mCancelAfterSteps = 2;
-    zuBaseStream stream;
-    stream.SetVersion(zuStreamVersion(6, 32));
-    stream.SetProgressNotifier(&progress);
-    EXPECT_FALSE(stream.Load(records.data(), records.size()));
-    EXPECT_EQ(stream.GetObjectCount(), 0);
-    EXPECT_EQ(zuTestNode::msLiving, 0);
+    EXPECT_EQ(progress.mStepTotal, size);
 }
 
 } // namespace

@@ -196,27 +196,6 @@ TEST_F(FileStream, SavingBeforeVersion6FailsUnlessAppending)
     }
 }
 
-TEST_F(FileStream, ALoadStartsFromAnEmptyTopLevelList)
-{
-    std::vector<char> saved;
-    {
-        zuSmallGraph g;
-        saved = saveToFileBytes({g.root}, zuStreamVersion(6, 32), 16);
-    }
-    zuFileStream stream(16);
-    zuPointer<zuTestNode> stranger = new zuTestNode("stranger");
-    stream.InsertTopLevel(stranger);
-    for (int load = 0; load < 2; ++load) {
-        zuMemoryIoDevice device(saved);
-        ASSERT_TRUE(stream.Load(device, "memory"));
-        ASSERT_EQ(stream.GetObjectCount(), 1) << "load " << load;
-        EXPECT_TRUE(isSmallGraph(stream.GetObjectAt(0)));
-        EXPECT_EQ(zuTestNode::msLiving, 3 + 1);
-    }
-    EXPECT_FALSE(stream.IsTopLevel(stranger));
-    EXPECT_EQ(stranger->GetReferences(), 1);
-}
-
 TEST_F(FileStream, DeviceFailuresFailTheSaveAndTheLoad)
 {
     zuSmallGraph g;
