@@ -149,16 +149,11 @@ void expectSharedArrays(zuNode* loaded)
     zuKeyframeController* d = keyframes(objects[5]);
     ASSERT_TRUE(a && b && c && d);
     EXPECT_EQ(a->GetName(), "A");
-    EXPECT_EQ(a->GetObject(), objects[1]);
-    EXPECT_EQ(b->GetObject(), objects[2]);
-    EXPECT_EQ(c->GetObject(), objects[3]);
-    EXPECT_EQ(d->GetObject(), objects[5]);
-    ASSERT_NE(a->translationTimes, nullptr);
-    EXPECT_EQ(a->rotationTimes, a->translationTimes);
-    EXPECT_EQ(b->rotationTimes, a->translationTimes);
-    EXPECT_EQ(d->rotationTimes, a->translationTimes);
-    ASSERT_NE(b->scaleTimes, nullptr);
-    EXPECT_EQ(c->translationTimes, b->scaleTimes);
+    EXPECT_EQ((std::vector<zuObject*>{a->GetObject(), b->GetObject(), c->GetObject(), d->GetObject()}),
+              (std::vector<zuObject*>{objects[1], objects[2], objects[3], objects[5]}));
+    ASSERT_TRUE(a->translationTimes && b->scaleTimes);
+    EXPECT_TRUE(a->rotationTimes == a->translationTimes && b->rotationTimes == a->translationTimes
+                && d->rotationTimes == a->translationTimes && c->translationTimes == b->scaleTimes);
     EXPECT_EQ(objects[4]->GetControllerQuantity(), 0);
 }
 

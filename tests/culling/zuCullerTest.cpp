@@ -19,9 +19,9 @@ namespace zu::test {
 namespace {
 
 // At the origin looking down +x, up +z, right -y; near 1, far 100, 90 degrees both ways.
-zuPointer<zuCamera> lookDownX()
+zuPointer<zuCamera> lookDownX(bool perspective = true)
 {
-    zuPointer<zuCamera> camera = new zuCamera;
+    zuPointer<zuCamera> camera = new zuCamera(perspective);
     camera->SetFrame(Vec(0, 0, 0), Vec(1, 0, 0), Vec(0, 0, 1), Vec(0, -1, 0));
     camera->SetFrustum(1, 100, -1, 1, -1, 1);
     return camera;
@@ -133,6 +133,24 @@ TEST_F(Culler, TheBoundAndPointTestsVisitPlanesFromTheLastToTheFirst)
     culler.SetPlaneState(~0u);
     EXPECT_TRUE(culler.IsVisible(zuBoundingVolume()));
     EXPECT_EQ(culler.GetPlaneState(), ~0u);
+}
+
+// The whole view volume against a plane; an orthographic camera's far corners stay beside
+// the near ones, where a perspective camera's spread.
+TEST_F(Culler, WhichSideClassifiesTheWholeViewVolume)
+{
+    zuCuller culler;
+    EXPECT_EQ(culler.WhichSide(Wm4::Plane3<float>(Vec(1, 0, 0), 0.5f)), 0) << "no camera";
+    culler.SetCamera(mCamera);
+    EXPECT_EQ(culler.WhichSide(Wm4::Plane3<float>(Vec(1, 0, 0), 0.5f)), +1);
+    EXPECT_EQ(culler.WhichSide(Wm4::Plane3<float>(Vec(-1, 0, 0), -0.5f)), -1);
+    EXPECT_EQ(culler.WhichSide(Wm4::Plane3<float>(Vec(1, 0, 0), 50)), 0);
+    EXPECT_EQ(culler.WhichSide(Wm4::Plane3<float>(Vec(1, 0, 0), 1)), 0) << "the near corners lie on it";
+    const Wm4::Plane3<float> side(Vec(0, 1, 0), 1.5f);
+    EXPECT_EQ(culler.WhichSide(side), 0);
+    zuPointer<zuCamera> orthographic = lookDownX(false);
+    culler.SetCamera(orthographic);
+    EXPECT_EQ(culler.WhichSide(side), -1);
 }
 
 TEST_F(Culler, UserClipPlanesFollowTheFrustumPlanes)

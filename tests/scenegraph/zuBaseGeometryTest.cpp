@@ -33,15 +33,6 @@ namespace {
 
 using BaseGeometry = zuFactoryTest;
 
-void expectBox(const zuBoundingVolume& bv, const Vec& center, const Vec& extents)
-{
-    ASSERT_TRUE(bv.isValid());
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_FLOAT_EQ(bv.GetCenter()[i], center[i]) << "centre " << i;
-        EXPECT_FLOAT_EQ(bv.GetExtents()[i], extents[i]) << "extent " << i;
-    }
-}
-
 // Records the model updates in the order they run.
 class RecordingMesh : public zuTriMesh {
 public:
@@ -233,9 +224,7 @@ TEST_F(BaseGeometry, OnlyRealMaterialAndTextureStatesTakeASlot)
     zuPointer<PretendState> texture = new PretendState(zuGlobalState::TEXTURE);
     for (zuGlobalState* state : std::initializer_list<zuGlobalState*>{nullptr, alpha, material, texture})
         point->setGlobalState(state);
-    EXPECT_EQ(point->getGlobalStateQuantity(), 0);
-    EXPECT_EQ(point->GetMaterialState(), nullptr);
-    EXPECT_EQ(point->GetTextureState(), nullptr);
+    EXPECT_TRUE(point->getGlobalStateQuantity() == 0 && !point->GetMaterialState() && !point->GetTextureState());
     EXPECT_EQ(material->GetReferences(), 1);
 }
 
@@ -438,11 +427,9 @@ TEST_F(BaseGeometry, CloneSharesTheBuffersAndCopiesTheFields)
     zuPointer<zuRttiInterface> held = target;
     ASSERT_TRUE(target->IsExactly(zuLine::TYPE));
     const zuLine* copy = static_cast<const zuLine*>(target);
-    EXPECT_TRUE(copy->Equals(line));
-    EXPECT_EQ(copy->GetName(), "edge");
+    EXPECT_TRUE(copy->Equals(line) && copy->GetName() == "edge" && copy->GetLineType() == zuLine::STRIP);
     EXPECT_TRUE(copy->GetVertices() == vertices.get() && copy->GetIndices() == indices.get());
     EXPECT_EQ(copy->GetModelBound(), line->GetModelBound());
-    EXPECT_EQ(copy->GetLineType(), zuLine::STRIP);
 }
 
 } // namespace

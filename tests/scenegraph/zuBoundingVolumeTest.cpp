@@ -21,15 +21,6 @@ namespace {
 
 constexpr float MAX_REAL = Wm4::Math<float>::MAX_REAL;
 
-void expectBox(const zuBoundingVolume& bv, const Vec& center, const Vec& extents, float tolerance = 0.0f)
-{
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_NEAR(bv.GetCenter()[i], center[i], tolerance) << "centre " << i;
-        EXPECT_NEAR(bv.GetExtents()[i], extents[i], tolerance) << "extent " << i;
-    }
-    EXPECT_NEAR(bv.GetRadius(), extents.Length(), tolerance + 1e-6f);
-}
-
 TEST(BoundingVolume, ValidityRadiusAndCopy)
 {
     EXPECT_FALSE(zuBoundingVolume().isValid());

@@ -5,6 +5,7 @@
 // change marks of a spatial object.
 
 #include <zuSceneGraph/math/zuGenericTransformation.h>
+#include <zuSceneGraph/scenegraph/zuBoundingVolume.h>
 #include <zuSceneGraph/scenegraph/zuNode.h>
 #include <zuSceneGraph/stream/zuBaseStream.h>
 
@@ -125,6 +126,18 @@ inline void runOnStack(size_t stackBytes, std::function<void()> work)
     ASSERT_EQ(pthread_create(&thread, &attributes, body, &work), 0);
     pthread_join(thread, nullptr);
     pthread_attr_destroy(&attributes);
+}
+
+// A valid bound with this centre and these extents, within `tolerance`, whose radius
+// agrees with them.
+inline void expectBox(const zuBoundingVolume& bv, const Vec& center, const Vec& extents, float tolerance = 0.0f)
+{
+    ASSERT_TRUE(bv.isValid());
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_NEAR(bv.GetCenter()[i], center[i], tolerance) << "centre " << i;
+        EXPECT_NEAR(bv.GetExtents()[i], extents[i], tolerance) << "extent " << i;
+    }
+    EXPECT_NEAR(bv.GetRadius(), extents.Length(), tolerance + 1e-6f);
 }
 
 // Attaches the children to the node in this order.
