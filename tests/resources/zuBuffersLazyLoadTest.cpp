@@ -70,22 +70,6 @@ zuIndexBuffer* makeIndexBuffer(Numbers& numbers, int i)
     return buffer;
 }
 
-// The top-level objects of a stream file, in order; empty when the load fails.
-std::vector<zuPointer<zuObject>> loadObjects(const std::string& path)
-{
-    std::vector<zuPointer<zuObject>> objects;
-    zuFileStream stream;
-    zuFileIoDevice device(path, zuFileIoDevice::ReadOnly);
-    if (!stream.Load(device, path))
-        return objects;
-    for (int i = 0; i < stream.GetObjectCount(); ++i) {
-        zuRttiInterface* object = stream.GetObjectAt(i);
-        if (object && object->IsDerived(zuObject::TYPE))
-            objects.emplace_back(static_cast<zuObject*>(object));
-    }
-    return objects;
-}
-
 zuDynamicLoadingResource* resourceOf(zuObject* object)
 {
     if (object->IsExactly(zuVertexBuffer::TYPE))
@@ -117,7 +101,7 @@ protected:
     {
         zuDynamicLoadingResource::SetLoadPolicy(zuVertexBuffer::TYPE, false);
         zuDynamicLoadingResource::SetLoadPolicy(zuIndexBuffer::TYPE, false);
-        return loadObjects(file);
+        return loadResources<zuObject>(file);
     }
 
     zuTempDir dir;
@@ -229,7 +213,7 @@ TEST_F(ResourceBuffersLazyLoad, EveryBufferStaysOnDiskWithItsPlaceRecordedAndCom
         ASSERT_TRUE(loaded[i]->Equals(originals[i])) << i;
     }
     zuDynamicLoadingResource::ClearLoadingPolicies();
-    std::vector<zuPointer<zuObject>> again = loadObjects(copy);
+    std::vector<zuPointer<zuObject>> again = loadResources<zuObject>(copy);
     ASSERT_EQ(again.size(), originals.size());
     for (size_t i = 0; i < again.size(); ++i)
         ASSERT_TRUE(again[i]->Equals(originals[i])) << i;
@@ -362,7 +346,7 @@ TEST_F(ResourceBuffersRepack, IndicesOfAnOlderFileLeftOnDiskArePackedWhenSavedAg
         ASSERT_TRUE(stream.Save(device, older, false));
     }
     zuDynamicLoadingResource::SetLoadPolicy(zuIndexBuffer::TYPE, false);
-    std::vector<zuPointer<zuObject>> loaded = loadObjects(older);
+    std::vector<zuPointer<zuObject>> loaded = loadResources<zuObject>(older);
     ASSERT_EQ(loaded.size(), originals.size());
 
     // Saving at 6.32 needs each delta width before the write: the indices are read for it
@@ -373,7 +357,7 @@ TEST_F(ResourceBuffersRepack, IndicesOfAnOlderFileLeftOnDiskArePackedWhenSavedAg
     for (const zuPointer<zuObject>& object : loaded)
         EXPECT_FALSE(resourceOf(object)->isCPUResident());
     zuDynamicLoadingResource::ClearLoadingPolicies();
-    std::vector<zuPointer<zuObject>> again = loadObjects(newer);
+    std::vector<zuPointer<zuObject>> again = loadResources<zuObject>(newer);
     ASSERT_EQ(again.size(), originals.size());
     for (size_t i = 0; i < again.size(); ++i)
         EXPECT_TRUE(again[i]->Equals(originals[i])) << i;

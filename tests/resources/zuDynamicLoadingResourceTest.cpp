@@ -200,48 +200,14 @@ TEST_F(ResourceLibrary, ResourceStreamInfoIsThePathAndAbsoluteOffsetOfTheBlock)
     EXPECT_EQ("", single->getResourceFilePath());
     EXPECT_EQ(zuStreamVersion(6, 32), single->getStreamVersion());
     EXPECT_EQ(saved.size() - 16, single->getStreamOffset());
-
-    // Small stream blocks, so that blocks straddle the container's windows.
-    zuTempDir dir;
-    const std::string path = dir.file("blocks.mvk");
-    std::vector<zuPointer<zuTestBlockResource>> originals;
-    std::vector<zuRttiInterface*> objects;
-    for (int i = 0; i < 5; ++i) {
-        originals.emplace_back(new zuTestBlockResource(37 + 20 * i, i));
-        objects.push_back(originals.back());
-    }
-    ASSERT_TRUE(saveResources(path, objects, 64));
-    for (int i = 0; i < 5; ++i) {
-        const zuTestBlockResource* resource = originals[static_cast<size_t>(i)];
-        EXPECT_EQ(path, resource->getResourceFilePath());
-        const std::vector<char> bytes = readFileBytes(path, resource->getStreamOffset(), resource->getCPUSize());
-        EXPECT_EQ(bytes, std::vector<char>(resource->GetData(), resource->GetData() + resource->GetSize())) << i;
-    }
-
-    // Without a policy they are read at once, and still know their file (the buffer and
-    // image tests cover the blocks left in the file).
-    std::vector<zuPointer<zuTestBlockResource>> loaded = loadResources(path);
-    ASSERT_EQ(5u, loaded.size());
-    EXPECT_TRUE(loaded[2]->HasPattern(2));
-    EXPECT_EQ(path, loaded[2]->getResourceFilePath());
 }
 
-TEST(ResourceStreamInfo, CopyAndSwapExchangeOffsetVersionAndPath)
+TEST(ResourceStreamInfo, ACopyRefersToTheSameBlockWithNoRequestUnderWay)
 {
-    TypedResource a(1), b(1);
-    zuPositionedStream first("a.mvk", 1ull << 40, zuStreamVersion(6, 32));
-    zuPositionedStream second("b.mvk", 12, zuStreamVersion(5, 2));
-    a.storeStreamInfo(&first);
-    b.storeStreamInfo(&second);
-    EXPECT_EQ(1ull << 40, a.getStreamOffset());
-
-    a.swapFileInfos(b);
-    EXPECT_TRUE(a.getResourceFilePath() == "b.mvk" && a.getStreamOffset() == 12u && a.getStreamVersion() == zuStreamVersion(5, 2));
-    TypedResource c(1);
-    b.copyStreamInfo(&c);
-    EXPECT_TRUE(c.getResourceFilePath() == "a.mvk" && c.getStreamOffset() == 1ull << 40
-                && c.getStreamVersion() == zuStreamVersion(6, 32));
-
+    TypedResource b(1);
+    zuPositionedStream stream("a.mvk", 1ull << 40, zuStreamVersion(6, 32));
+    b.storeStreamInfo(&stream);
+    EXPECT_EQ(1ull << 40, b.getStreamOffset());
     // A copy refers to the same block but has no request under way.
     b.setResourceState(zuDynamicLoadingResource::RESOURCE_REQUEST_UNDER_WAY);
     TypedResource d(b);

@@ -1,13 +1,11 @@
 // Images: format sizes, the saved record, hostile records, and the pixel block as a
-// dynamically loaded resource (load policy, file offset, synchronous and controller loads).
+// dynamically loaded resource (load policy, file offset, loads back from the file).
 
 #include "resources/zuResourceTestSupport.h"
 #include "support/zuOutputCapture.h"
 
 #include <zuSceneGraph/resources/zuImage.h>
 #include <zuSceneGraph/resources/zuRendererInterface.h>
-
-#include <zuSystem/zuFileIoDevice.h>
 
 #include <gtest/gtest.h>
 
@@ -35,19 +33,6 @@ bool hasPixels(const zuImage& image, const std::vector<char>& expected)
 }
 
 // The top-level images of a file (empty on failure).
-std::vector<zuPointer<zuImage>> loadImages(const std::string& path)
-{
-    std::vector<zuPointer<zuImage>> images;
-    zuFileStream stream(64);
-    zuFileIoDevice device(path, zuFileIoDevice::ReadOnly);
-    if (!stream.Load(device, path))
-        return images;
-    for (int i = 0; i < stream.GetObjectCount(); ++i)
-        if (zuRttiInterface* object = stream.GetObjectAt(i); object && object->IsDerived(zuImage::TYPE))
-            images.emplace_back(static_cast<zuImage*>(object));
-    return images;
-}
-
 // A 6.32 stream of one top-level image record "a" with the given fields and block.
 std::vector<char> imageStream(int format, int width, int height, int size, const std::vector<char>& block)
 {
@@ -142,7 +127,7 @@ TEST_F(Image, NotLoadedByPolicyThenLoadedBackFromItsFile)
     EXPECT_EQ(first, readFileBytes(path, a->getStreamOffset(), first.size()));
 
     zuDynamicLoadingResource::SetLoadPolicy(zuImage::TYPE, false);
-    std::vector<zuPointer<zuImage>> images = loadImages(path);
+    std::vector<zuPointer<zuImage>> images = loadResources<zuImage>(path, 64);
     ASSERT_EQ(2u, images.size());
     for (const auto& image : images) {
         EXPECT_FALSE(image->isCPUResident());

@@ -2,7 +2,6 @@
 
 #include <zuSceneGraph/zuSceneGraph.h>
 
-#include <zuSystem/zuFileIoDevice.h>
 
 #include <atomic>
 #include <chrono>
@@ -37,21 +36,6 @@ bool saveResources(const std::string& path, const std::vector<zuRttiInterface*>&
     const bool saved = stream.Save(device, path, false);
     device.close();
     return saved && !device.isError();
-}
-
-std::vector<zuPointer<zuTestBlockResource>> loadResources(const std::string& path, int blockSize)
-{
-    std::vector<zuPointer<zuTestBlockResource>> resources;
-    zuFileStream stream(blockSize);
-    zuFileIoDevice device(path, zuFileIoDevice::ReadOnly);
-    if (!stream.Load(device, path))
-        return resources;
-    for (int i = 0; i < stream.GetObjectCount(); ++i) {
-        zuRttiInterface* object = stream.GetObjectAt(i);
-        if (object && object->IsDerived(zuTestBlockResource::TYPE))
-            resources.emplace_back(static_cast<zuTestBlockResource*>(object));
-    }
-    return resources;
 }
 
 std::vector<char> readFileBytes(const std::string& path, uint64_t offset, uint64_t size)

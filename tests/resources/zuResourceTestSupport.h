@@ -12,6 +12,8 @@
 #include <zuSceneGraph/resources/zuResourceController.h>
 #include <zuSceneGraph/stream/zuFileStream.h>
 
+#include <zuSystem/zuFileIoDevice.h>
+
 #include <gtest/gtest.h>
 
 #include <initializer_list>
@@ -49,9 +51,19 @@ public:
 // Saves the objects as the top level of a zuFileStream file (blocks of `blockSize` bytes).
 bool saveResources(const std::string& path, const std::vector<zuRttiInterface*>& objects,
                    int blockSize = zuFileStream::DEFAULT_BLOCK_SIZE);
-// Loads the top-level test resources of a file (empty on failure).
-std::vector<zuPointer<zuTestBlockResource>> loadResources(const std::string& path,
-                                                          int blockSize = zuFileStream::DEFAULT_BLOCK_SIZE);
+// Loads the top-level objects of a file that are a T (empty on failure).
+template <class T = zuTestBlockResource>
+std::vector<zuPointer<T>> loadResources(const std::string& path, int blockSize = zuFileStream::DEFAULT_BLOCK_SIZE)
+{
+    std::vector<zuPointer<T>> resources;
+    zuFileStream stream(blockSize);
+    zuFileIoDevice device(path, zuFileIoDevice::ReadOnly);
+    if (stream.Load(device, path))
+        for (int i = 0; i < stream.GetObjectCount(); ++i)
+            if (zuRttiInterface* object = stream.GetObjectAt(i); object && object->IsDerived(T::TYPE))
+                resources.emplace_back(static_cast<T*>(object));
+    return resources;
+}
 // The bytes of a file from `offset` on, at most `size`.
 std::vector<char> readFileBytes(const std::string& path, uint64_t offset, uint64_t size);
 void writeFileBytes(const std::string& path, const std::vector<char>& bytes);

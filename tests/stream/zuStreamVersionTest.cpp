@@ -74,11 +74,8 @@ TEST(zuStreamVersionTest, TextsThatDoNotParseLeaveTheInvalidVersionAndAreLogged)
 TEST(zuStreamVersionTest, VersionsCompareAsOnePackedNumber)
 {
     EXPECT_GT(zuStreamVersion(6, 1), zuStreamVersion(6, 0));
-    EXPECT_GT(zuStreamVersion(7, 0), zuStreamVersion(6, 99));
     EXPECT_GT(zuStreamVersion(7, 0), zuStreamVersion(6, 65535));
     EXPECT_LT(zuStreamVersion(5, 99), zuStreamVersion(6, 0));
-    EXPECT_LE(zuStreamVersion(6, 0), zuStreamVersion(6, 0));
-    EXPECT_GE(zuStreamVersion(6, 0), zuStreamVersion(6, 0));
     EXPECT_NE(zuStreamVersion(6, 0), zuStreamVersion(0, 6));
     EXPECT_FALSE(zuStreamVersion(6, 0) < zuStreamVersion(6, 0));
     EXPECT_EQ(zuStreamVersion(6, 32).GetCombined(), (6u << 16) | 32u);
@@ -86,10 +83,8 @@ TEST(zuStreamVersionTest, VersionsCompareAsOnePackedNumber)
     EXPECT_FALSE(zuStreamVersion().IsValid());
     EXPECT_FALSE(zuStreamVersion(0, 0).IsValid());
     EXPECT_TRUE(zuStreamVersion(0, 1).IsValid());
-    EXPECT_TRUE(zuStreamVersion(1, 0).IsValid());
     // An unparsed header (0.0) is older than every version gate.
     EXPECT_LT(zuStreamVersion(), zuStreamVersion(6, 0));
-
 }
 
 TEST(zuStreamVersionTest, NumbersAbove65535AreRefused)
