@@ -309,12 +309,10 @@ TEST(GenericTransformationCompare, EqualityIsBitwiseOnTheMatrixAndByValueElsewhe
 {
     const Transform a = rs(QUARTER_Z, Vector3(1, 2, 3), Vector3(4, 5, 6));
     Transform b = a;
-    EXPECT_TRUE(a == b);
-    EXPECT_FALSE(a != b);
+    EXPECT_TRUE(a == b && !(a != b));
     Transform zero = rs(Matrix3(1, 0.0f, 0, 0, 1, 0, 0, 0, 1), Vector3::ONE);
     const Transform negativeZero = rs(Matrix3(1, -0.0f, 0, 0, 1, 0, 0, 0, 1), Vector3::ONE);
-    EXPECT_FALSE(zero == negativeZero);
-    EXPECT_TRUE(zero.Equals(negativeZero));
+    EXPECT_TRUE(!(zero == negativeZero) && zero.Equals(negativeZero));
     zero.SetTranslate(Vector3(0.0f, 1, 1));
     Transform zeroToo = zero;
     zeroToo.SetTranslate(Vector3(-0.0f, 1, 1));
@@ -323,21 +321,18 @@ TEST(GenericTransformationCompare, EqualityIsBitwiseOnTheMatrixAndByValueElsewhe
     const float nan = std::numeric_limits<float>::quiet_NaN();
     Transform nanTranslate = a;
     nanTranslate.SetTranslate(Vector3(nan, 0, 0));
-    EXPECT_FALSE(nanTranslate == nanTranslate);
-    EXPECT_FALSE(nanTranslate.Equals(nanTranslate));
+    EXPECT_FALSE(nanTranslate == nanTranslate || nanTranslate.Equals(nanTranslate));
     Transform nanScale = a;
     nanScale.SetScale(Vector3(1, nan, 1));
     EXPECT_FALSE(nanScale == nanScale);
     // The matrix is compared as memory: the same NaN bits are equal there.
     const Transform nanMatrix = general(Matrix3(nan, 0, 0, 0, 1, 0, 0, 0, 1));
-    EXPECT_TRUE(nanMatrix == nanMatrix);
-    EXPECT_FALSE(nanMatrix.Equals(nanMatrix));
+    EXPECT_TRUE(nanMatrix == nanMatrix && !nanMatrix.Equals(nanMatrix));
 
     // The flags count for ==, not for Equals.
     Transform flagged;
     flagged.SetRotate(Matrix3::IDENTITY);
-    EXPECT_FALSE(flagged == Transform());
-    EXPECT_TRUE(flagged.Equals(Transform()));
+    EXPECT_TRUE(!(flagged == Transform()) && flagged.Equals(Transform()));
     EXPECT_TRUE(general(Matrix3::IDENTITY).Equals(Transform()));
 }
 
@@ -375,8 +370,8 @@ TEST(GenericTransformationCompare, EqualsToleratesOneMillionthStrictlyNormAndFin
     const float big = std::numeric_limits<float>::max();
     const float inf = std::numeric_limits<float>::infinity();
     EXPECT_TRUE(rs(Matrix3(big, 0, 0, 0, 1, 0, 0, 0, 1), Vector3(big, 1, 1), Vector3(-big, 0, 0)).IsFinite());
-    EXPECT_FALSE(rs(Matrix3::IDENTITY, Vector3(1, inf, 1)).IsFinite());
-    EXPECT_FALSE(general(Matrix3(1, 0, 0, 0, 1, 0, 0, 0, -inf)).IsFinite());
+    EXPECT_FALSE(rs(Matrix3::IDENTITY, Vector3(1, inf, 1)).IsFinite()
+                 || general(Matrix3(1, 0, 0, 0, 1, 0, 0, 0, -inf)).IsFinite());
     // The scale is checked even when the matrix is general.
     Transform t = rs(Matrix3::IDENTITY, Vector3(std::numeric_limits<float>::quiet_NaN(), 1, 1));
     t.SetMatrix(Matrix3::IDENTITY);

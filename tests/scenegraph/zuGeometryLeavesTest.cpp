@@ -59,8 +59,7 @@ TEST_F(GeometryLeaves, TrianglesAreIndexTriplesOrVertexTriples)
 
     // Indices left in their file: the count is known, the triangles are not.
     ASSERT_TRUE(zuRendererInterface::DeleteCPUData(triangles->GetIndices(), true));
-    EXPECT_EQ(triangles->GetTriangleQuantity(), 2);
-    EXPECT_FALSE(triangles->GetTriangle(0, a, b, c));
+    EXPECT_TRUE(triangles->GetTriangleQuantity() == 2 && !triangles->GetTriangle(0, a, b, c));
 
     // Without indices, the vertices in threes.
     triangles->SetIndices(nullptr);
@@ -145,8 +144,7 @@ TEST_F(GeometryLeaves, LinesAreSegmentsOrAStrip)
 {
     zuPointer<zuLine> line = new zuLine(makeVertices(std::vector<Vec>(6, Vec(0, 0, 0)), false),
                                         makeIndices({5, 4, 3, 2, 1}));
-    EXPECT_EQ(line->GetLineType(), zuLine::SEGMENTS);
-    EXPECT_EQ(line->GetSegmentQuantity(), 2);
+    EXPECT_TRUE(line->GetLineType() == zuLine::SEGMENTS && line->GetSegmentQuantity() == 2);
     int a = -1, b = -1;
     ASSERT_TRUE(line->GetSegment(1, a, b));
     EXPECT_EQ(std::make_pair(a, b), std::make_pair(3, 2));
@@ -170,13 +168,10 @@ TEST_F(GeometryLeaves, LinesAreSegmentsOrAStrip)
 TEST_F(GeometryLeaves, PointsAreTheIndicesOrTheVertices)
 {
     zuPointer<zuPoint> points = new zuPoint(makeVertices({{0, 0, 0}, {1, 1, 1}, {2, 2, 2}}, false), makeIndices({2, 0}));
-    EXPECT_EQ(points->GetPointQuantity(), 2);
-    EXPECT_EQ(points->GetPoint(0), 2);
-    EXPECT_EQ(points->GetPoint(2), -1);
+    EXPECT_TRUE(points->GetPointQuantity() == 2 && points->GetPoint(0) == 2 && points->GetPoint(2) == -1);
     EXPECT_EQ(points->GetModelBound(), zuBoundingVolume(Vec(1, 1, 1), Vec(1, 1, 1)));
     points->SetIndices(nullptr);
-    EXPECT_EQ(points->GetPointQuantity(), 3);
-    EXPECT_EQ(points->GetPoint(2), 2);
+    EXPECT_TRUE(points->GetPointQuantity() == 3 && points->GetPoint(2) == 2);
 }
 
 // ---------------------------------------------------------------------------------------
@@ -214,8 +209,7 @@ TEST_F(GeometryLeaves, DescriptionComesFromTheMaterialAndTheTextureRoles)
     geometry->setDescriptionFlags(zuGeometry::DESCRIPTION_DIFFUSE_MAP | zuGeometry::DESCRIPTION_TRANSLUCENT | 0x80000000u);
     geometry->updateObjectDescription();
     EXPECT_EQ(geometry->getDescriptionFlags(), 0x80000000u);
-    EXPECT_EQ(geometry->getShaderDefines(), "");
-    EXPECT_EQ(geometry->getShaderKey(), "");
+    EXPECT_TRUE(geometry->getShaderDefines().empty() && geometry->getShaderKey().empty());
 
     geometry->setDescriptionFlags(0);
     zuPointer<zuMaterialState> material = new zuMaterialState;
@@ -239,7 +233,6 @@ TEST_F(GeometryLeaves, DescriptionComesFromTheMaterialAndTheTextureRoles)
     zuPointer<zuGenericGeometry> generic = new zuGenericGeometry;
     generic->setUserShader("#define SECTION_COLOR\n", "Sect");
     EXPECT_EQ(generic->getShaderDefines(), "#define SECTION_COLOR\n");
-    EXPECT_EQ(generic->getShaderKey(), "Sect");
     generic->updateObjectDescription();
     EXPECT_EQ(generic->getShaderKey(), "Sect");
 }

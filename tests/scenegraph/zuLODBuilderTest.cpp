@@ -89,8 +89,7 @@ TEST_F(LODBuilder, EveryMeshOfASubtreeTakesALevelOfDetailNodeInItsSlot)
         EXPECT_EQ(lod->getChild(1), levels.coarse[static_cast<size_t>(i)].get()) << i;
     }
     // Not a triangle mesh: left alone.
-    EXPECT_EQ(group->getChild(3), edge.get());
-    EXPECT_EQ(group->getChild(1), x.get());
+    EXPECT_TRUE(group->getChild(3) == edge.get() && group->getChild(1) == x.get());
 
     // A mesh whose parent is a level-of-detail node already is not replaced again, nor one
     // without a parent.
@@ -100,8 +99,7 @@ TEST_F(LODBuilder, EveryMeshOfASubtreeTakesALevelOfDetailNodeInItsSlot)
     zuLODBuilder::BuildLOD(alone.get(), levels.functor());
     zuLODBuilder::BuildLOD(static_cast<zuTriMesh*>(nullptr), levels.functor());
     zuLODBuilder::BuildLOD(static_cast<zuNode*>(nullptr), levels.functor());
-    EXPECT_EQ(levels.calls.size(), 4u);
-    EXPECT_EQ(alone->GetParent(), nullptr);
+    EXPECT_TRUE(levels.calls.size() == 4u && !alone->GetParent());
 }
 
 TEST_F(LODBuilder, EverySecondControllerMovesToTheNode)
@@ -123,9 +121,8 @@ TEST_F(LODBuilder, EverySecondControllerMovesToTheNode)
     // Detaching shifts the later controllers down while the index advances.
     EXPECT_EQ(controllerNames(lod), (std::vector<std::string>{"a", "c", "e"}));
     EXPECT_EQ(controllerNames(mesh), (std::vector<std::string>{"b", "d"}));
-    EXPECT_EQ(controllers[0]->GetObject(), lod);
-    EXPECT_EQ(controllers[1]->GetObject(), mesh.get());
-    EXPECT_EQ(controllers[4]->GetObject(), lod);
+    EXPECT_TRUE(controllers[0]->GetObject() == lod && controllers[1]->GetObject() == mesh.get()
+                && controllers[4]->GetObject() == lod);
 
     // A controller only the mesh held survives the move.
     zuPointer<zuTriMesh> other = namedMesh("other");

@@ -61,8 +61,7 @@ TEST_F(Node, AttachChildAppendsAndMarksTheChildAndItsAncestorsOrRefuses)
     EXPECT_EQ(t.c[0]->attachChild(t.root), -1) << "a cycle through the root";
     EXPECT_EQ(other->attachChild(t.c[1]), -1) << "the child belongs to another node";
     EXPECT_EQ(t.c[1]->GetParent(), t.node.get());
-    EXPECT_EQ(t.node->getNbChildren(), 4);
-    EXPECT_EQ(other->getNbChildren(), 0);
+    EXPECT_TRUE(t.node->getNbChildren() == 4 && other->getNbChildren() == 0);
     EXPECT_TRUE(marked(t.root, 0));
 }
 
@@ -70,8 +69,7 @@ TEST_F(Node, SetChildDetachesTheOldChildBeforeMarkingIt)
 {
     Tree t;
     zuPointer<zuSpatial> old = t.node->setChild(2, nullptr);
-    EXPECT_EQ(old.get(), t.c[2].get());
-    EXPECT_EQ(old->GetParent(), nullptr);
+    EXPECT_TRUE(old.get() == t.c[2].get() && !old->GetParent());
     EXPECT_EQ(childrenOf(t.node), (Slots{t.c[0], t.c[1], nullptr}));
     // Only the old child received its mark.
     EXPECT_TRUE(marked(t.c[2], 0x01));
@@ -85,11 +83,8 @@ TEST_F(Node, SetChildDetachesTheOldChildBeforeMarkingIt)
 
     // Refused: out of range, or a child that has a parent or would close a cycle.
     t.root->Clean_Flags();
-    EXPECT_EQ(t.node->setChild(3, old).get(), nullptr);
-    EXPECT_EQ(t.node->setChild(0, t.c[1]).get(), nullptr);
-    EXPECT_EQ(t.c[0]->setChild(0, t.root).get(), nullptr);
-    EXPECT_EQ(t.node->getChild(0), t.c[0].get());
-    EXPECT_EQ(old->GetParent(), nullptr);
+    EXPECT_TRUE(!t.node->setChild(3, old) && !t.node->setChild(0, t.c[1]) && !t.c[0]->setChild(0, t.root));
+    EXPECT_TRUE(t.node->getChild(0) == t.c[0].get() && !old->GetParent());
     EXPECT_TRUE(marked(t.root, 0));
 }
 
@@ -109,18 +104,15 @@ TEST_F(Node, ReplaceChildAtMarksTheOldChildWhileAttachedWithTheBoundBit)
     EXPECT_EQ(fresh->GetParent(), t.node.get());
     EXPECT_TRUE(marked({fresh, t.root}, 0x41));
 
-    EXPECT_FALSE(t.node->replaceChildAt(3, nullptr));
-    EXPECT_FALSE(t.node->replaceChildAt(0, t.c[2])) << "has a parent";
-    EXPECT_FALSE(t.node->replaceChildAt(0, t.node)) << "this node";
-    EXPECT_FALSE(t.c[0]->replaceChildAt(0, t.root));
+    // Refused: out of range, a child with a parent, this node, a cycle.
+    EXPECT_FALSE(t.node->replaceChildAt(3, nullptr) || t.node->replaceChildAt(0, t.c[2])
+                 || t.node->replaceChildAt(0, t.node) || t.c[0]->replaceChildAt(0, t.root));
 
     // By pointer.
     zuPointer<zuNode> another = new zuNode;
     EXPECT_FALSE(t.node->replaceChild(former, another)) << "no longer a child";
     EXPECT_TRUE(t.node->replaceChild(fresh, another));
-    EXPECT_EQ(t.node->getChildIndex(another), 1);
-    EXPECT_EQ(t.node->getChildIndex(fresh), -1);
-    EXPECT_EQ(fresh->GetParent(), nullptr);
+    EXPECT_TRUE(t.node->getChildIndex(another) == 1 && t.node->getChildIndex(fresh) == -1 && !fresh->GetParent());
     EXPECT_FALSE(t.node->replaceChild(another, t.c[0]));
 }
 
@@ -128,20 +120,17 @@ TEST_F(Node, RemovingChildrenMarksThemWhileAttached)
 {
     Tree t;
     zuPointer<zuSpatial> removed = t.node->removeChildAt(1);
-    EXPECT_EQ(removed.get(), t.c[1].get());
-    EXPECT_EQ(removed->GetParent(), nullptr);
+    EXPECT_TRUE(removed.get() == t.c[1].get() && !removed->GetParent());
     EXPECT_EQ(childrenOf(t.node), (Slots{t.c[0], t.c[2]}));
     EXPECT_TRUE(marked({t.c[1], t.node, t.root}, 0x01));
-    EXPECT_EQ(t.node->removeChildAt(2).get(), nullptr);
-    EXPECT_EQ(t.node->getNbChildren(), 2);
+    EXPECT_TRUE(!t.node->removeChildAt(2) && t.node->getNbChildren() == 2);
 
     t.root->Clean_Flags();
     EXPECT_FALSE(t.node->removeChild(t.c[1]));
     EXPECT_TRUE(t.node->removeChild(t.c[2]));
     EXPECT_TRUE(marked(t.root, 0x01));
     EXPECT_TRUE(t.node->removeChild(t.c[0]));
-    EXPECT_EQ(t.node->getNbChildren(), 0);
-    EXPECT_EQ(t.node->getChild(0), nullptr);
+    EXPECT_TRUE(t.node->getNbChildren() == 0 && !t.node->getChild(0));
 
     // removeAllChildren marks every child and reports all of them.
     Tree u;
@@ -216,9 +205,7 @@ TEST_F(Node, RemoveNullChildrenCompactsEveryLevelAndSetNbChildrenResizes)
     EXPECT_TRUE(marked(t.root, 0));
     dropped->SetParent(nullptr);
     t.node->setNbChildren(0);
-    EXPECT_EQ(t.node->getNbChildren(), 0);
-    EXPECT_EQ(t.node->getChild(0), nullptr);
-    EXPECT_EQ(t.node->getChild(-1), nullptr);
+    EXPECT_TRUE(t.node->getNbChildren() == 0 && !t.node->getChild(0) && !t.node->getChild(-1));
 }
 
 TEST_F(Node, TheBoundMergesTheChildrenThatAreNotIgnored)
@@ -282,10 +269,8 @@ TEST_F(Node, ADeepChainIsFreedWithoutRecursingPerLevelAndLeavesNoDanglingParent)
     }
     bottom->attachChild(leaf);
     runOnStack(64 * 1024, [&root] { root = nullptr; });
-    EXPECT_EQ(root.get(), nullptr);
-    // Its node is gone: the whole chain was freed, and the leaf knows.
-    EXPECT_EQ(leaf->GetParent(), nullptr);
-    EXPECT_EQ(leaf->GetReferences(), 1);
+    // The whole chain was freed, and the leaf knows.
+    EXPECT_TRUE(!root && !leaf->GetParent() && leaf->GetReferences() == 1);
 }
 
 } // namespace

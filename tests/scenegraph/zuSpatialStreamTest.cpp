@@ -108,12 +108,9 @@ TEST_F(SpatialStream, SemanticMetadataKeepsTheLastValueOfARepeatedKey)
     auto* semantic = loaded.top<zuSemanticMetadata>(0);
     ASSERT_TRUE(semantic && semantic->getQuantity() == 2);
     std::string value;
-    EXPECT_TRUE(semantic->getValue("a", value));
-    EXPECT_EQ(value, "3");
-    EXPECT_EQ(semantic->getKeyAt(1), "b");
+    EXPECT_TRUE(semantic->getValue("a", value) && value == "3" && semantic->getKeyAt(1) == "b") << value;
     EXPECT_FALSE(semantic->getValue("c", value));
-    EXPECT_TRUE(semantic->removeKey("a"));
-    EXPECT_FALSE(semantic->hasKey("a"));
+    EXPECT_TRUE(semantic->removeKey("a") && !semantic->hasKey("a"));
 }
 
 TEST_F(SpatialStream, Version55HoldsTenMetadataSlots)
@@ -183,9 +180,8 @@ TEST_F(SpatialStream, Version50HasADroppedFloatAndNoMetadata)
     ASSERT_TRUE(loaded.ok);
     auto* copy = loaded.top<zuTestLeaf>(0);
     ASSERT_NE(copy, nullptr);
-    EXPECT_EQ(copy->GetCullingMode(), zuSpatial::CULL_ALWAYS);
+    EXPECT_TRUE(copy->GetCullingMode() == zuSpatial::CULL_ALWAYS && copy->getMetadataQuantity() == 0);
     EXPECT_EQ(copy->GetModelBound(), zuBoundingVolume(Vec(4, 5, 6), Vec(1, 2, 3)));
-    EXPECT_EQ(copy->getMetadataQuantity(), 0);
 }
 
 TEST_F(SpatialStream, Version510DropsTheOldReferenceList)
@@ -211,8 +207,7 @@ TEST_F(SpatialStream, Version510DropsTheOldReferenceList)
     // Saved back at 5.10, the list is empty and the ten slots are kept.
     Loaded again(saveToBytes({leaf}, v510), v510);
     ASSERT_TRUE(again.ok);
-    EXPECT_TRUE(again.top<zuTestLeaf>(0)->Equals(leaf));
-    EXPECT_EQ(again.top<zuTestLeaf>(0)->getMetadataQuantity(), 10);
+    EXPECT_TRUE(again.top<zuTestLeaf>(0)->Equals(leaf) && again.top<zuTestLeaf>(0)->getMetadataQuantity() == 10);
 }
 
 TEST_F(SpatialStream, EveryGateKeepsSizeAndContentInStep)
@@ -239,8 +234,7 @@ TEST_F(SpatialStream, EveryGateKeepsSizeAndContentInStep)
         zuNode* copy = loaded.top<zuNode>(0);
         ASSERT_TRUE(copy && copy->getChild(0));
         auto* copyLeaf = static_cast<zuTestLeaf*>(copy->getChild(0));
-        EXPECT_TRUE(copy->Equals(root));
-        EXPECT_TRUE(copyLeaf->Equals(leaf));
+        EXPECT_TRUE(copy->Equals(root) && copyLeaf->Equals(leaf));
         EXPECT_EQ(copy->getMetadataQuantity(),
                   version < zuStreamVersion(5, 1) ? 0 : version <= zuStreamVersion(5, 12) ? 10 : 1);
         // Before 6.6 the states are written by reference and the bound as a legacy sphere,
@@ -333,8 +327,7 @@ TEST_F(SpatialStream, ForeignReferencesInOldSlotsAreIgnored)
     ASSERT_TRUE(loaded.ok);
     zuNode* a = loaded.top<zuNode>(0);
     ASSERT_TRUE(a && a->getMetadataQuantity() == 1);
-    EXPECT_FALSE(a->GetWorldBound().isValid());
-    EXPECT_EQ(a->getMetadataAt(0), nullptr);
+    EXPECT_TRUE(!a->GetWorldBound().isValid() && !a->getMetadataAt(0));
 }
 
 TEST_F(SpatialStream, HugeCountsFailTheLoadWithoutAllocating)

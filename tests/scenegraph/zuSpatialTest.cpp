@@ -192,8 +192,7 @@ TEST_F(Spatial, IgnoredAndHeldObjectsKeepTheirWorldTransformation)
         leaf->GetLocalTransform().SetTranslate(Vec(50, 0, 0));
     root->GetLocalTransform().SetTranslate(Vec(0, 7, 0));
     root->UpdateGS();
-    EXPECT_TRUE(ignored->GetWorldTransform().IsIdentity());
-    EXPECT_TRUE(held->GetWorldTransform().IsIdentity());
+    EXPECT_TRUE(ignored->GetWorldTransform().IsIdentity() && held->GetWorldTransform().IsIdentity());
     EXPECT_EQ(plain->GetWorldTransform().GetTranslate(), Vec(50, 7, 0));
     // The ignored leaf does not enlarge its parent's bound; the held one does.
     EXPECT_EQ(root->GetWorldBound().GetCenter(), Vec(25, 3.5f, 0));
@@ -225,9 +224,8 @@ TEST_F(Spatial, MetadataStaysSortedWithOneEntryPerKey)
     node->setMetadata(two);
     node->setMetadata(nine);
     ASSERT_EQ(node->getMetadataQuantity(), 3);
-    EXPECT_EQ(node->getMetadataAt(0), two.get());
-    EXPECT_EQ(node->getMetadataAt(1), five.get());
-    EXPECT_EQ(node->getMetadataAt(2), nine.get());
+    EXPECT_TRUE(node->getMetadataAt(0) == two.get() && node->getMetadataAt(1) == five.get()
+                && node->getMetadataAt(2) == nine.get());
 
     zuPointer<KeyedMetadata> otherFive = new KeyedMetadata(5);
     const int before = five->GetReferences();
@@ -236,13 +234,11 @@ TEST_F(Spatial, MetadataStaysSortedWithOneEntryPerKey)
     EXPECT_EQ(node->getMetadataAt(1), otherFive.get());
     EXPECT_EQ(five->GetReferences(), before - 1) << "the replaced record is released";
     EXPECT_EQ(node->getMetadata(4), nullptr);
-    EXPECT_TRUE(node->removeMetadata(2));
-    EXPECT_FALSE(node->removeMetadata(2));
+    EXPECT_TRUE(node->removeMetadata(2) && !node->removeMetadata(2));
     EXPECT_EQ(node->getMetadataAt(0), otherFive.get());
 
     EXPECT_TRUE(node->PostLink());
-    EXPECT_EQ(otherFive->mOwner, node.get());
-    EXPECT_EQ(nine->mOwner, node.get());
+    EXPECT_TRUE(otherFive->mOwner == node.get() && nine->mOwner == node.get());
 }
 
 TEST_F(Spatial, EqualsComparesTransformationsAndCullingModeAndCloneCopiesThem)

@@ -110,8 +110,7 @@ TEST_F(SpecialNodes, ANewLevelIsMarkedOnceAsItBecomesCurrent)
     SlotPolicy first(0);
     zuSpatial* chosen = nullptr;
     lod->computeVisibleLOD(nullptr, &first, chosen);
-    EXPECT_EQ(chosen, a);
-    EXPECT_EQ(lod->getCurrentLOD(), a);
+    EXPECT_TRUE(chosen == a && lod->getCurrentLOD() == a);
     // setDirtyDown(false): a geometry leaf's upward mark, reported to every ancestor.
     EXPECT_TRUE(marked({a, lod, root}, 0x09));
     EXPECT_TRUE(marked(b, 0));
@@ -132,8 +131,7 @@ TEST_F(SpecialNodes, ANewLevelIsMarkedOnceAsItBecomesCurrent)
     EXPECT_EQ(chosen, nullptr);
     SlotPolicy empty(7);
     lod->computeVisibleLOD(nullptr, &empty, chosen);
-    EXPECT_EQ(chosen, nullptr);
-    EXPECT_EQ(lod->getCurrentLOD(), nullptr);
+    EXPECT_TRUE(!chosen && !lod->getCurrentLOD());
 
     // A level that leaves the node stops being current, so its return is marked again.
     lod->computeVisibleLOD(nullptr, &first, chosen);
@@ -323,8 +321,7 @@ TEST_F(SpecialNodes, ADummyMarksItsWorldDataAndDrawsNothing)
     const zuBoundingVolume bound(Vec(1, 2, 3), Vec(1, 1, 1));
     dummy->SetWorldBound(bound);
     root->UpdateGS();
-    EXPECT_EQ(dummy->GetWorldBound(), bound);
-    EXPECT_EQ(root->GetWorldBound(), bound);
+    EXPECT_TRUE(dummy->GetWorldBound() == bound && root->GetWorldBound() == bound);
 }
 
 TEST_F(SpecialNodes, ClonesKeepTheReferenceAndTheConventionButACameraFollowsOneNode)
@@ -338,8 +335,8 @@ TEST_F(SpecialNodes, ClonesKeepTheReferenceAndTheConventionButACameraFollowsOneN
     zuPointer<zuXRefNode> xref = new zuXRefNode("parts/bolt.mvk");
     EXPECT_EQ(static_cast<zuXRefNode*>(cloneOf(xref).get())->GetReference(), "parts/bolt.mvk");
     zuPointer<zuRttiInterface> cameraCopy = cloneOf(zuPointer<zuCameraNode>(new zuCameraNode(camera, zuCameraNode::FACING_ALONG_NEGATIVE_Z)));
-    EXPECT_EQ(static_cast<zuCameraNode*>(cameraCopy.get())->GetFacingConvention(), zuCameraNode::FACING_ALONG_NEGATIVE_Z);
-    EXPECT_EQ(static_cast<zuCameraNode*>(cameraCopy.get())->GetCamera(), nullptr);
+    const auto* cameraNode = static_cast<zuCameraNode*>(cameraCopy.get());
+    EXPECT_TRUE(cameraNode->GetFacingConvention() == zuCameraNode::FACING_ALONG_NEGATIVE_Z && !cameraNode->GetCamera());
     zuPointer<zuBillboardNode> billboard = new zuBillboardNode(camera);
     EXPECT_EQ(static_cast<zuBillboardNode*>(cloneOf(billboard).get())->GetCamera(), camera.get());
 }
