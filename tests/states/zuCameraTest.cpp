@@ -2,6 +2,7 @@
 // comparison.
 
 #include "states/zuStateRecords.h"
+#include "support/zuSampleObjects.h"
 
 #include <zuSceneGraph/states/zuCamera.h>
 
@@ -19,17 +20,6 @@ class Camera : public ::testing::Test {
 protected:
     zuTestFactories factories;
 };
-
-// A camera at (1, 2, 3) looking down +y with up +z (so right is +x), with an asymmetric,
-// exactly representable frustum.
-zuPointer<zuCamera> sampleCamera(bool perspective)
-{
-    zuPointer<zuCamera> camera = new zuCamera(perspective);
-    camera->SetName("cam");
-    camera->SetFrame(Vec(1, 2, 3), Vec(0, 1, 0), Vec(0, 0, 1), Vec(1, 0, 0));
-    camera->SetFrustum(0.5f, 250.0f, -0.25f, 0.375f, -0.5f, 0.625f);
-    return camera;
-}
 
 // The 18 floats of a camera in their persisted order.
 std::vector<float> getFloats(const zuCamera& camera)

@@ -2,6 +2,7 @@
 // range, comparison and cloning.
 
 #include "states/zuStateRecords.h"
+#include "support/zuSampleObjects.h"
 
 #include <zuSceneGraph/states/zuLight.h>
 
@@ -14,34 +15,12 @@
 namespace zu::test {
 namespace {
 
-using Vec = Wm4::Vector3<float>;
-using Color = Wm4::ColorRGB;
-
 constexpr float PI = 3.14159265358979f;
 
 class Light : public ::testing::Test {
 protected:
     zuTestFactories factories;
 };
-
-// A spot light at (4, 5, 6) shining down -z, with distinct, exactly representable values in
-// every field.
-zuPointer<zuLight> sampleLight()
-{
-    zuPointer<zuLight> light = new zuLight(zuLight::LT_SPOT);
-    light->SetName("sun");
-    light->SetFrame(Vec(4, 5, 6), Vec(0, 0, -1), Vec(0, 1, 0), Vec(1, 0, 0));
-    light->SetAmbient(Color(0.125f, 0.25f, 0.375f));
-    light->SetDiffuse(Color(0.5f, 0.625f, 0.75f));
-    light->SetSpecular(Color(0.875f, 1.0f, 0.0625f));
-    light->SetIntensity(2.5f);
-    light->SetAttenuation(1.5f, 0.25f, 0.03125f);
-    light->SetAttenuate(true);
-    light->SetSpotCutoff(0.5f);
-    light->SetSpotExponent(8.0f);
-    light->SetOn(false);
-    return light;
-}
 
 // The 27 floats of a light in their persisted order.
 std::vector<float> getFloats(const zuLight& light)
@@ -89,7 +68,7 @@ TEST_F(Light, SpotCutoffSetterKeepsSineAndCosineConsistentAndClampsToZeroPi)
 
 TEST_F(Light, ATypeOutsideTheEnumerationLoadsAsReadAndACutoffOutsideZeroPiIsClamped)
 {
-    zuPointer<zuLight> light = sampleLight();
+    zuPointer<zuLight> light = spotLight();
     const std::vector<char> saved = saveToBytes({light}, V6_32);
     for (int32_t type : {4, 99, -3}) {
         std::vector<char> patched = saved;
@@ -121,10 +100,10 @@ TEST_F(Light, ATypeOutsideTheEnumerationLoadsAsReadAndACutoffOutsideZeroPiIsClam
 
 TEST_F(Light, EqualsComparesFlagsExactly)
 {
-    zuPointer<zuLight> light = sampleLight();
+    zuPointer<zuLight> light = spotLight();
     for (void (*change)(zuLight&) : {+[](zuLight& l) { l.SetLightType(zuLight::LT_POINT); },
                                      +[](zuLight& l) { l.SetAttenuate(false); }, +[](zuLight& l) { l.SetOn(true); }}) {
-        zuPointer<zuLight> other = sampleLight();
+        zuPointer<zuLight> other = spotLight();
         change(*other);
         EXPECT_FALSE(light->Equals(other));
     }
@@ -132,7 +111,7 @@ TEST_F(Light, EqualsComparesFlagsExactly)
 
 TEST_F(Light, CloneCopiesEveryFieldWithTheCachedCone)
 {
-    zuPointer<zuLight> light = sampleLight();
+    zuPointer<zuLight> light = spotLight();
     zuRttiInterface* target = nullptr;
     ASSERT_TRUE(light->Clone(target));
     zuPointer<zuLight> copy = static_cast<zuLight*>(target);

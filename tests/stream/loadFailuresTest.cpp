@@ -100,22 +100,6 @@ TEST_F(LoadFailures, FromVersion6AnUnknownTypeIsSkippedAndReferencesToItLinkAsNu
         // object, it is released when the load ends.
         EXPECT_EQ(zuTestNode::msLiving, 2);
     }
-
-    // A skipped controller leaves its slot empty.
-    zuTestController::UnRegisterFactory();
-    {
-        zuSmallGraph g;
-        records = saveToBytes({g.root}, zuStreamVersion(6, 0));
-    }
-    Loader loader(0, zuStreamVersion(6, 0));
-    zuOutputCapture capturedOut(zuOutputCapture::STDOUT);
-    ASSERT_TRUE(loader.load(records, "MVK 6.00"));
-    EXPECT_EQ(capturedOut.take(), "Skipping object type zuTest.zuTestController\n");
-    auto* root = static_cast<zuTestNode*>(loader.stream().GetObjectAt(0));
-    ASSERT_EQ(root->GetControllerQuantity(), 1);
-    EXPECT_EQ(root->GetController(0), nullptr);
-    EXPECT_EQ(root->GetChildQuantity(), 2);
-    EXPECT_EQ(root->GetChild(1)->GetChild(0), root->GetChild(0));
 }
 
 TEST_F(LoadFailures, BeforeVersion6AnUnknownTypeStopsTheLoadWhichStillSucceeds)

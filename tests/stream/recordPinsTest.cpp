@@ -5,6 +5,7 @@
 #include "scenegraph/zuGeometryTestHelpers.h"
 #include "scenegraph/zuSpatialTestHelpers.h"
 #include "support/zuRecordPins.h"
+#include "support/zuSampleObjects.h"
 #include "support/zuTestLeaf.h"
 
 #include <zuSceneGraph/animation/zuKeyframeController.h>
@@ -62,44 +63,6 @@ zuTSharedArray<T>* array(std::initializer_list<T> values)
     T* data = new T[values.size()];
     std::copy(values.begin(), values.end(), data);
     return new zuTSharedArray<T>(static_cast<int>(values.size()), data);
-}
-
-zuLight* spotLight()
-{
-    zuLight* light = new zuLight(zuLight::LT_SPOT);
-    light->SetName("sun");
-    light->SetFrame(V3(4, 5, 6), V3(0, 0, -1), V3(0, 1, 0), V3(1, 0, 0));
-    light->SetAmbient(Wm4::ColorRGB(0.125f, 0.25f, 0.375f));
-    light->SetDiffuse(Wm4::ColorRGB(0.5f, 0.625f, 0.75f));
-    light->SetSpecular(Wm4::ColorRGB(0.875f, 1.0f, 0.0625f));
-    light->SetIntensity(2.5f);
-    light->SetAttenuation(1.5f, 0.25f, 0.03125f);
-    light->SetAttenuate(true);
-    light->SetSpotCutoff(0.5f);
-    light->SetSpotExponent(8.0f);
-    light->SetOn(false);
-    return light;
-}
-
-// Every value away from its default.
-zuCoreSettings* filledSettings()
-{
-    zuCoreSettings* s = new zuCoreSettings;
-    s->Entries = {{"alpha", 1.0f, 2.0f, 3.0f, true}, {"", -0.5f, 0.25f, 1e10f, false}};
-    s->Strings = {"x", "", "yz"};
-    s->S1 = -7;
-    s->S2 = 0xFFFFFFF0u;
-    s->S3 = 0.5f;
-    s->S4 = 42;
-    s->S5 = -3.0f;
-    s->S6 = 9;
-    s->S7 = true;
-    s->Records.push_back({"first", "2nd", {1, 0x80000000u, 3}});
-    s->H1 = s->H4 = false;
-    s->H2 = s->H3 = true;
-    s->J1 = 11, s->J2 = 12, s->J3 = 13, s->J4 = 14, s->J5 = 15, s->J6 = 16;
-    s->Width1 = 1920, s->Height1 = 1080, s->Width2 = 64, s->Height2 = 48;
-    return s;
 }
 
 // A light, camera or node frame that is not the default: D = +y, U = +x, R = D x U = -z.
@@ -211,12 +174,7 @@ const std::vector<zuRecordPin>& pins()
         {"light", {6, 32}, [] { return Objects{spotLight()}; },
          "'Top Level' 'zuCore.zuLight' #155 <0> 'sun' #0 #3 ~4 ~5 ~6 #0 #0 ~-1 #0 ~1 #0 ~1 #0 #0 ~0.125 ~0.25 ~0.375 "
          "~0.5 ~0.625 ~0.75 ~0.875 ~1 ~0.0625 ~2.5 ~1.5 ~0.25 ~0.03125 01 ~0.5 ~8 00 |"},
-        {"camera", {6, 32}, [] {
-             zuPointer<zuCamera> camera = new zuCamera(false);
-             camera->SetName("cam");
-             camera->SetFrame(V3(1, 2, 3), V3(0, 1, 0), V3(0, 0, 1), V3(1, 0, 0));
-             camera->SetFrustum(0.5f, 250.0f, -0.25f, 0.375f, -0.5f, 0.625f);
-             return Objects{camera.get()}; },
+        {"camera", {6, 32}, [] { return Objects{sampleCamera(false).get()}; },
          "'Top Level' 'zuCore.zuCamera' #115 <0> 'cam' #0 ~1 ~2 ~3 #0 ~1 #0 #0 #0 ~1 ~1 #0 #0 ~0.5 ~250 ~-0.25 ~0.375 "
          "~-0.5 ~0.625 00 |"},
         // A texture and its image; a texture that only names its image; a texture state with

@@ -2,6 +2,7 @@
 // hostile counts, and the Equals/Clone/assignment semantics.
 
 #include "support/zuRecordPins.h"
+#include "support/zuSampleObjects.h"
 
 #include <zuSceneGraph/objects/zuTSharedArray.h>
 #include <zuSceneGraph/stream/zuCoreSettings.h>
@@ -17,45 +18,6 @@ class CoreSettings : public ::testing::Test {
 protected:
     zuTestFactories factories;
 };
-
-// Settings whose every value differs from its default.
-zuCoreSettings* filledSettings()
-{
-    zuCoreSettings* settings = new zuCoreSettings;
-    settings->Entries.push_back({"alpha", 1.0f, 2.0f, 3.0f, true});
-    settings->Entries.push_back({"", -0.5f, 0.25f, 1e10f, false});
-    settings->Strings = {"x", "", "yz"};
-    settings->S1 = -7;
-    settings->S2 = 0xFFFFFFF0u;
-    settings->S3 = 0.5f;
-    settings->S4 = 42;
-    settings->S5 = -3.0f;
-    settings->S6 = 9;
-    settings->S7 = true;
-    zuCoreSettings::Record record;
-    record.First = "first";
-    record.Second = "2nd";
-    record.Values[0] = 1;
-    record.Values[1] = 0x80000000u;
-    record.Values[2] = 3;
-    settings->Records.push_back(record);
-    settings->H1 = false;
-    settings->H2 = true;
-    settings->H3 = true;
-    settings->H4 = false;
-    settings->J1 = 11;
-    settings->J2 = 12;
-    settings->J3 = 13;
-    settings->J4 = 14;
-    settings->J5 = 15;
-    settings->J6 = 16;
-    settings->K = 17;
-    settings->Width1 = 1920;
-    settings->Height1 = 1080;
-    settings->Width2 = 64;
-    settings->Height2 = 48;
-    return settings;
-}
 
 // The persisted values: the 6.32 record without the identity (K is never saved).
 std::vector<char> values(zuCoreSettings& settings)
