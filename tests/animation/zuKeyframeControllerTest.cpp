@@ -440,8 +440,7 @@ TEST_F(KeyframeController, EqualsIgnoresTheKeysOnPurposeAndCloneSharesThem)
     zuPointer<zuRttiInterface> owner = target;
     ASSERT_TRUE(target->IsExactly(zuKeyframeController::TYPE));
     auto* copy = static_cast<zuKeyframeController*>(target);
-    EXPECT_TRUE(copy->Equals(source));
-    EXPECT_TRUE(copy->translationKeys == source->translationKeys && copy->rotationKeys == source->rotationKeys
+    EXPECT_TRUE(copy->Equals(source) && copy->translationKeys == source->translationKeys && copy->rotationKeys == source->rotationKeys
                 && copy->scaleTimes == source->scaleTimes);
     EXPECT_EQ(copy->GetLastTranslationIndex(), 0);
     EXPECT_EQ(copy->GetObject(), nullptr) << "a copy controls what it is attached to";

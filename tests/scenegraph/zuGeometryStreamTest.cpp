@@ -84,8 +84,8 @@ TEST_F(GeometryStream, EveryLeafRoundTripsWithItsBuffersAtEveryGate)
             EXPECT_EQ(leaf->GetWorldMatrix(), original->GetWorldMatrix()) << i;
             EXPECT_EQ(leaf->GetGeometryFlag(0), flagsKept) << i;
             ASSERT_TRUE(leaf->GetVertices() && leaf->GetIndices());
-            EXPECT_TRUE(leaf->GetVertices()->Equals(original->GetVertices())) << i;
-            EXPECT_TRUE(leaf->GetIndices()->Equals(original->GetIndices())) << i;
+            EXPECT_TRUE(leaf->GetVertices()->Equals(original->GetVertices())
+                        && leaf->GetIndices()->Equals(original->GetIndices())) << i;
             // Old streams hold a sphere round the box; it comes back as the cube about it.
             const zuBoundingVolume& model = original->GetModelBound();
             const float r = model.GetRadius();
