@@ -4,6 +4,7 @@
 // handed to children, culling modes, ignored objects, invalid bounds, runs without a camera).
 
 #include "scenegraph/zuSpatialTestHelpers.h"
+#include "support/zuFactoryTest.h"
 #include "support/zuTestLeaf.h"
 
 #include <zuSceneGraph/culling/zuCuller.h>
@@ -27,9 +28,8 @@ zuPointer<zuCamera> lookDownX(bool perspective = true)
     return camera;
 }
 
-class Culler : public ::testing::Test {
+class Culler : public zuFactoryTest {
 protected:
-    zuTestFactories factories;
     // The culler does not own its camera: this one outlives every culler of a test.
     zuPointer<zuCamera> mCamera = lookDownX();
     zuCountingCuller mWalk;

@@ -1,5 +1,6 @@
 // The catalogue of objects shared by name: what it lists, and the references it holds.
 
+#include "support/zuFactoryTest.h"
 #include "support/zuTestObjects.h"
 
 #include <zuSceneGraph/objects/zuCatalog.h>
@@ -9,10 +10,7 @@
 namespace zu::test {
 namespace {
 
-class Catalog : public ::testing::Test {
-protected:
-    zuTestFactories factories;
-};
+using Catalog = zuFactoryTest;
 
 TEST_F(Catalog, ListsByNameAndKeepsTheFirst)
 {

@@ -80,8 +80,7 @@ TEST_F(IdentifierPolicy, OnlyTheMutexPolicyTakesTheLibraryMutex)
     for (const auto& list : identifiers)
         distinct.insert(list.begin(), list.end());
     EXPECT_EQ(distinct.size(), static_cast<size_t>(threads * perThread));
-    EXPECT_EQ(*distinct.begin(), first);
-    EXPECT_EQ(*distinct.rbegin(), first + threads * perThread - 1);
+    EXPECT_TRUE(*distinct.begin() == first && *distinct.rbegin() == first + threads * perThread - 1);
     EXPECT_EQ(zuObject::GetNextID(), first + threads * perThread);
 }
 
@@ -100,8 +99,7 @@ TEST(zuObjectTest, DecrementingTheLastReferenceDestroysAndDecrementingZeroWraps)
 
     node = new zuTestNode;
     node->DecrementReferences();  // 0 -> 0xFFFFFFFF, the object lives on
-    EXPECT_EQ(zuTestNode::msLiving, living + 1);
-    EXPECT_EQ(node->GetReferences(), -1);
+    EXPECT_TRUE(zuTestNode::msLiving == living + 1 && node->GetReferences() == -1);
     node->ClearReferences();
     EXPECT_EQ(node->GetReferences(), 0);
     zuPointer<zuTestNode> owner = node;
@@ -164,10 +162,8 @@ TEST(zuObjectTest, LookUpsVisitTheObjectThenItsControllersInSlotOrder)
 
 TEST(zuObjectTest, EqualsComparesNamesAndControllerCountsOnly)
 {
-    zuPointer<zuTestNode> a = new zuTestNode;
-    zuPointer<zuTestNode> b = new zuTestNode;
-    a->SetName("n");
-    b->SetName("n");
+    zuPointer<zuTestNode> a = new zuTestNode("n");
+    zuPointer<zuTestNode> b = new zuTestNode("n");
     EXPECT_NE(a->GetID(), b->GetID());
     b->IncrementReferences();
     EXPECT_TRUE(a->Equals(b));  // identifiers and reference counts are not compared
@@ -183,8 +179,7 @@ TEST(zuObjectTest, EqualsComparesNamesAndControllerCountsOnly)
     ca->SetName("one");
     cb->SetName("other");
     a->SetControllerQuantity(1);
-    EXPECT_FALSE(a->Equals(b));
-    EXPECT_FALSE(b->Equals(a));
+    EXPECT_FALSE(a->Equals(b) || b->Equals(a));
     b->SetControllerQuantity(1);
     EXPECT_TRUE(a->Equals(b));
     a->SetController(0, ca);
@@ -204,8 +199,7 @@ TEST(zuObjectTest, CloneCopiesTheNameButNotTheControllers)
     EXPECT_EQ(target, nullptr);
     zuTestPlain plain;
     target = &plain;
-    EXPECT_FALSE(source->zuObject::Clone(target));
-    EXPECT_FALSE(source->Clone(target));
+    EXPECT_FALSE(source->zuObject::Clone(target) || source->Clone(target));
     EXPECT_EQ(target, &plain);
 
     // Into an existing object of another class: only the name moves.
@@ -213,9 +207,7 @@ TEST(zuObjectTest, CloneCopiesTheNameButNotTheControllers)
     existing->SetControllerQuantity(2);
     target = existing;
     EXPECT_TRUE(source->zuObject::Clone(target));
-    EXPECT_EQ(target, existing);
-    EXPECT_EQ(existing->GetName(), "source");
-    EXPECT_EQ(existing->GetControllerQuantity(), 2);
+    EXPECT_TRUE(target == existing && existing->GetName() == "source" && existing->GetControllerQuantity() == 2);
 
     // A concrete class creates the target.
     const int living = zuTestNode::msLiving;
@@ -224,8 +216,7 @@ TEST(zuObjectTest, CloneCopiesTheNameButNotTheControllers)
     zuPointer<zuTestNode> clone = static_cast<zuTestNode*>(target);
     EXPECT_EQ(zuTestNode::msLiving, living + 1);
     EXPECT_TRUE(clone->IsExactly(zuTestNode::TYPE) && clone->GetName() == "source" && clone->GetValue() == 9);
-    EXPECT_EQ(clone->GetControllerQuantity(), 0);
-    EXPECT_EQ(clone->GetReferences(), 1);
+    EXPECT_TRUE(clone->GetControllerQuantity() == 0 && clone->GetReferences() == 1);
     EXPECT_EQ(controller->GetObject(), source);
 }
 
@@ -244,13 +235,11 @@ TEST(zuObjectTest, UpdateControllersUpdatesEveryControllerAndTellsWhetherAnyChan
 
     // The controller that changes comes first: the later one is still updated.
     EXPECT_TRUE(node.UpdateControllers(2.5));
-    EXPECT_EQ(busy->mTimes, std::vector<double>{2.5});
-    EXPECT_EQ(quiet->mTimes, std::vector<double>{2.5});
+    EXPECT_EQ((std::vector{busy->mTimes, quiet->mTimes}), (std::vector<std::vector<double>>{{2.5}, {2.5}}));
 
     busy->mChanges = false;
     EXPECT_FALSE(node.UpdateControllers(3.0));
-    EXPECT_EQ(busy->mTimes, (std::vector<double>{2.5, 3.0}));
-    EXPECT_EQ(quiet->mTimes, (std::vector<double>{2.5, 3.0}));
+    EXPECT_EQ((std::vector{busy->mTimes, quiet->mTimes}), (std::vector<std::vector<double>>{{2.5, 3.0}, {2.5, 3.0}}));
 }
 
 TEST(zuObjectTest, AControllerPointsAtTheObjectItControlsOnlyWhileAttached)
@@ -259,28 +248,20 @@ TEST(zuObjectTest, AControllerPointsAtTheObjectItControlsOnlyWhileAttached)
     zuPointer<zuTestController> other = new zuTestController;
     {
         zuPointer<zuTestNode> node = new zuTestNode("n");
-        EXPECT_FALSE(node->AttachController(nullptr));
-        EXPECT_TRUE(node->AttachController(kept));
-        EXPECT_FALSE(node->AttachController(kept));
-        EXPECT_EQ(node->GetControllerQuantity(), 1);
-        EXPECT_EQ(kept->GetObject(), node);
-        EXPECT_EQ(kept->GetReferences(), 2);
+        EXPECT_TRUE(!node->AttachController(nullptr) && node->AttachController(kept) && !node->AttachController(kept));
+        EXPECT_TRUE(node->GetControllerQuantity() == 1 && kept->GetObject() == node && kept->GetReferences() == 2);
 
         node->DetachController(kept);
-        EXPECT_EQ(kept->GetObject(), nullptr);
-        EXPECT_EQ(kept->GetReferences(), 1);
-        EXPECT_EQ(node->GetControllerQuantity(), 0);
+        EXPECT_TRUE(kept->GetObject() == nullptr && kept->GetReferences() == 1 && node->GetControllerQuantity() == 0);
         node->DetachController(kept);  // not attached: nothing happens
 
         // Replacing a slot or shrinking the list releases the controller it held.
         node->SetControllerQuantity(2);
         node->SetController(0, kept);
         node->SetController(2, other);  // past the end: ignored
-        EXPECT_EQ(node->GetControllerQuantity(), 2);
-        EXPECT_EQ(other->GetObject(), nullptr);
+        EXPECT_TRUE(node->GetControllerQuantity() == 2 && other->GetObject() == nullptr);
         node->SetController(0, other);
-        EXPECT_EQ(kept->GetObject(), nullptr);
-        EXPECT_EQ(other->GetObject(), node);
+        EXPECT_TRUE(kept->GetObject() == nullptr && other->GetObject() == node);
         node->SetController(1, kept);
         node->SetControllerQuantity(1);
         EXPECT_EQ(kept->GetObject(), nullptr);
@@ -290,15 +271,13 @@ TEST(zuObjectTest, AControllerPointsAtTheObjectItControlsOnlyWhileAttached)
         EXPECT_EQ(kept->GetObject(), node);
     }
     // The object is gone: its controllers no longer point at it.
-    EXPECT_EQ(kept->GetObject(), nullptr);
-    EXPECT_EQ(kept->GetReferences(), 1);
+    EXPECT_TRUE(kept->GetObject() == nullptr && kept->GetReferences() == 1);
 
     // A controller carries no controllers of its own.
     EXPECT_FALSE(kept->AttachController(other));
     kept->SetControllerQuantity(3);
     kept->SetController(0, other);
-    EXPECT_EQ(kept->GetControllerQuantity(), 0);
-    EXPECT_EQ(other->GetReferences(), 1);
+    EXPECT_TRUE(kept->GetControllerQuantity() == 0 && other->GetReferences() == 1);
 }
 
 } // namespace

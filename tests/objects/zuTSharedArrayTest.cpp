@@ -1,6 +1,7 @@
 // Shared typed arrays: the persisted type names and element sizes of every instantiation,
 // tolerant and exact equality, deep copies, clones, and loads of hostile quantities.
 
+#include "support/zuFactoryTest.h"
 #include "support/zuRecordPins.h"
 
 #include <zuSceneGraph/objects/zuTSharedArray.h>
@@ -17,10 +18,7 @@ namespace {
 
 using V3f = Wm4::Vector3<float>;
 
-class SharedArray : public ::testing::Test {
-protected:
-    zuTestFactories factories;
-};
+using SharedArray = zuFactoryTest;
 
 // A new array owning a copy of `values`.
 template <class T>
@@ -141,8 +139,7 @@ TEST_F(SharedArray, ArraysOfDifferentKindsOrLengthsNeverCompareEqual)
     // Equal bytes: 1.0f is 0x3f800000.
     zuPointer<zuFloatArray> floats = makeArray<float>({1.0f});
     zuPointer<zuIntArray> ints = makeArray<int>({0x3f800000});
-    EXPECT_FALSE(floats->Equals(ints));
-    EXPECT_FALSE(ints->Equals(floats));
+    EXPECT_FALSE(floats->Equals(ints) || ints->Equals(floats));
 
     // Four floats under four kinds.
     zuPointer<zuVector4fArray> vectors = makeArray<Wm4::Vector4<float>>({Wm4::Vector4<float>(1, 2, 3, 4)});
@@ -156,9 +153,8 @@ TEST_F(SharedArray, ArraysOfDifferentKindsOrLengthsNeverCompareEqual)
 
     zuPointer<zuFloatArray> empty = new zuFloatArray;
     EXPECT_TRUE(empty->Equals(zuPointer<zuFloatArray>(new zuFloatArray)));
-    EXPECT_FALSE(empty->Equals(zuPointer<zuIntArray>(new zuIntArray)));
-    EXPECT_FALSE(floats->Equals(empty));
-    EXPECT_FALSE(floats->Equals(nullptr));
+    EXPECT_FALSE(empty->Equals(zuPointer<zuIntArray>(new zuIntArray)) || floats->Equals(empty)
+                 || floats->Equals(nullptr));
 }
 
 TEST_F(SharedArray, CopiesAndClonesAreDeep)
@@ -166,8 +162,7 @@ TEST_F(SharedArray, CopiesAndClonesAreDeep)
     using V2f = Wm4::Vector2<float>;
     zuPointer<zuVector2fArray> original = makeArray<V2f>({V2f(1, 2), V2f(3, 4)});
     zuPointer<zuVector2fArray> copy = new zuVector2fArray(*original);
-    EXPECT_NE(copy->GetID(), original->GetID());
-    EXPECT_NE(copy->GetData(), original->GetData());
+    EXPECT_TRUE(copy->GetID() != original->GetID() && copy->GetData() != original->GetData());
     EXPECT_TRUE(sameBytes(*copy, *original));
 
     // Assigning over a filled array frees its elements (the sanitizer build sees a leak) and
@@ -175,14 +170,12 @@ TEST_F(SharedArray, CopiesAndClonesAreDeep)
     zuPointer<zuVector2fArray> target = makeArray<V2f>({V2f(5, 5)});
     const unsigned int targetID = target->GetID();
     *target = *original;
-    EXPECT_EQ(target->GetID(), targetID);
+    EXPECT_TRUE(target->GetID() == targetID && target->GetData() != original->GetData());
     EXPECT_TRUE(sameBytes(*target, *original));
-    EXPECT_NE(target->GetData(), original->GetData());
     const V2f* before = original->GetData();
     zuVector2fArray& self = *original;
     *original = self;
-    EXPECT_EQ(original->GetData(), before);
-    EXPECT_EQ((*original)[1], V2f(3, 4));
+    EXPECT_TRUE(original->GetData() == before && (*original)[1] == V2f(3, 4));
 
     // Cloning into null creates the target with its own copy; into an array of the kind
     // replaces its elements; other kinds are refused and keep theirs; into itself keeps them.
@@ -190,22 +183,19 @@ TEST_F(SharedArray, CopiesAndClonesAreDeep)
     ASSERT_TRUE(original->Clone(created));
     zuPointer<zuRttiInterface> holder = created;
     ASSERT_TRUE(created->IsExactly(zuVector2fArray::TYPE));
-    EXPECT_NE(static_cast<zuVector2fArray*>(created)->GetData(), original->GetData());
-    EXPECT_TRUE(sameBytes(*static_cast<zuVector2fArray*>(created), *original));
+    auto* createdArray = static_cast<zuVector2fArray*>(created);
+    EXPECT_TRUE(createdArray->GetData() != original->GetData() && sameBytes(*createdArray, *original));
     zuPointer<zuIntArray> ints = makeArray<int>({1, 2});
     zuPointer<zuIntArray> filled = makeArray<int>({7, 8, 9});
     zuRttiInterface* into = filled.get();
     ASSERT_TRUE(ints->Clone(into));
-    EXPECT_EQ(into, filled.get());
-    EXPECT_TRUE(sameBytes(*filled, *ints));
+    EXPECT_TRUE(into == filled.get() && sameBytes(*filled, *ints));
     zuPointer<zuFloatArray> floats = makeArray<float>({5.0f});
     into = floats.get();
-    EXPECT_FALSE(ints->Clone(into));
-    EXPECT_EQ((*floats)[0], 5.0f);
+    EXPECT_TRUE(!ints->Clone(into) && (*floats)[0] == 5.0f);
     into = ints.get();
     ASSERT_TRUE(ints->Clone(into));
-    EXPECT_EQ(ints->GetQuantity(), 2);
-    EXPECT_EQ((*ints)[1], 2);
+    EXPECT_TRUE(ints->GetQuantity() == 2 && (*ints)[1] == 2);
 }
 
 TEST_F(SharedArray, TheActiveQuantityShortensWhatIsSavedAndCompared)
@@ -213,8 +203,7 @@ TEST_F(SharedArray, TheActiveQuantityShortensWhatIsSavedAndCompared)
     zuPointer<zuFloatArray> array = makeArray<float>({1.0f, 2.0f, 3.0f, 4.0f});
     const float* data = array->GetData();
     array->SetActiveQuantity(2);
-    EXPECT_EQ(array->GetQuantity(), 2);
-    EXPECT_EQ(array->GetData(), data);
+    EXPECT_TRUE(array->GetQuantity() == 2 && array->GetData() == data);
     EXPECT_TRUE(array->Equals(zuPointer<zuFloatArray>(makeArray<float>({1.0f, 2.0f}))));
     EXPECT_EQ(pinOf({array.get()}, {6, 32}), "'Top Level' 'zuCore.zuFloatArray' #55 <0> #0 #0 #2 ~1 ~2 |\n");
 
@@ -244,6 +233,14 @@ std::vector<char> claimedArray(const std::string& type, int quantity, int elemen
     return bytes.raw(std::vector<char>(static_cast<size_t>(elementBytes), '\x11').data(), elementBytes).bytes();
 }
 
+void expectRefused(std::vector<char> bytes, zuStreamVersion version)
+{
+    zuBaseStream stream;
+    stream.SetVersion(version);
+    EXPECT_FALSE(stream.Load(bytes.data(), bytes.size()));
+    EXPECT_EQ(stream.GetObjectCount(), 0);
+}
+
 TEST_F(SharedArray, HugeNegativeOrShortQuantitiesFailTheLoad)
 {
     // Were the element arrays allocated, the huge ones would ask for up to 256 GiB: the
@@ -257,21 +254,13 @@ TEST_F(SharedArray, HugeNegativeOrShortQuantitiesFailTheLoad)
                             Case{"zuCore.zuIntArray", -1, 0}, Case{"zuCore.zuIntArray", std::numeric_limits<int>::min(), 0},
                             Case{"zuCore.zuIntArray", 3, 8}, Case{"zuCore.zuIntArray", 1, 0}}) {
         SCOPED_TRACE(std::string(bad.type) + " " + std::to_string(bad.quantity));
-        std::vector<char> bytes = claimedArray(bad.type, bad.quantity, bad.elementBytes);
-        zuBaseStream stream;
-        stream.SetVersion(zuStreamVersion(6, 32));
-        EXPECT_FALSE(stream.Load(bytes.data(), bytes.size()));
-        EXPECT_EQ(stream.GetObjectCount(), 0);
+        expectRefused(claimedArray(bad.type, bad.quantity, bad.elementBytes), zuStreamVersion(6, 32));
     }
 
     // Before 6.0 there is no size field to disagree with: the count check alone refuses it.
     zuBytes old;
     old.str("Top Level").str("zuCore.zuVector4dArray").u64(0x1000).str("").i32(0).i32(0x7fffffff).i32(0);
-    std::vector<char> bytes = old.bytes();
-    zuBaseStream stream;
-    stream.SetVersion(zuStreamVersion(5, 20));
-    EXPECT_FALSE(stream.Load(bytes.data(), bytes.size()));
-    EXPECT_EQ(stream.GetObjectCount(), 0);
+    expectRefused(old.bytes(), zuStreamVersion(5, 20));
 }
 
 TEST_F(SharedArray, AnArrayLeftByAFailedLoadIsEmptyAndDestructible)
@@ -292,9 +281,7 @@ TEST_F(SharedArray, AnArrayLeftByAFailedLoadIsEmptyAndDestructible)
     } loader;
     loader.SetVersion(zuStreamVersion(5, 20));
     loader.run(array, fields);
-    EXPECT_TRUE(loader.isStreamError());
-    EXPECT_EQ(array->GetQuantity(), 0);
-    EXPECT_EQ(array->GetData(), nullptr);
+    EXPECT_TRUE(loader.isStreamError() && array->GetQuantity() == 0 && array->GetData() == nullptr);
 }
 
 } // namespace

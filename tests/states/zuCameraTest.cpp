@@ -2,6 +2,7 @@
 // comparison.
 
 #include "states/zuStateRecords.h"
+#include "support/zuFactoryTest.h"
 #include "support/zuSampleObjects.h"
 
 #include <zuSceneGraph/states/zuCamera.h>
@@ -16,10 +17,7 @@ namespace {
 
 using Vec = Wm4::Vector3<float>;
 
-class Camera : public ::testing::Test {
-protected:
-    zuTestFactories factories;
-};
+using Camera = zuFactoryTest;
 
 // The 18 floats of a camera in their persisted order.
 std::vector<float> getFloats(const zuCamera& camera)

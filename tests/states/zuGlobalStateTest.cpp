@@ -2,6 +2,7 @@
 // outside their enumerations, the name vocabulary, comparison and cloning.
 
 #include "states/zuStateRecords.h"
+#include "support/zuFactoryTest.h"
 #include "support/zuRecordPins.h"
 
 #include <zuSceneGraph/states/zuAlphaState.h>
@@ -22,10 +23,7 @@
 namespace zu::test {
 namespace {
 
-class GlobalStates : public ::testing::Test {
-protected:
-    zuTestFactories factories;
-};
+using GlobalStates = zuFactoryTest;
 
 template <class State>
 std::function<zuGlobalState*()> maker(std::function<void(State&)> change)

@@ -2,6 +2,7 @@
 // range, comparison and cloning.
 
 #include "states/zuStateRecords.h"
+#include "support/zuFactoryTest.h"
 #include "support/zuSampleObjects.h"
 
 #include <zuSceneGraph/states/zuLight.h>
@@ -17,10 +18,7 @@ namespace {
 
 constexpr float PI = 3.14159265358979f;
 
-class Light : public ::testing::Test {
-protected:
-    zuTestFactories factories;
-};
+using Light = zuFactoryTest;
 
 // The 27 floats of a light in their persisted order.
 std::vector<float> getFloats(const zuLight& light)

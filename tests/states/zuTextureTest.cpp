@@ -2,6 +2,7 @@
 // the file container and through an image catalogue, resources.
 
 #include "states/zuStateRecords.h"
+#include "support/zuFactoryTest.h"
 #include "support/zuOutputCapture.h"
 #include "support/zuRecordPins.h"
 
@@ -17,10 +18,7 @@
 namespace zu::test {
 namespace {
 
-class Texture : public ::testing::Test {
-protected:
-    zuTestFactories factories;
-};
+using Texture = zuFactoryTest;
 
 zuImage* makeImage(const std::string& name, char seed)
 {

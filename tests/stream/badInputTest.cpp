@@ -3,6 +3,7 @@
 // everything it built, and name the offset where the data broke. Randomly damaged files are
 // the fuzz targets' work.
 
+#include "support/zuFactoryTest.h"
 #include "support/zuOutputCapture.h"
 #include "support/zuTestObjects.h"
 
@@ -19,11 +20,7 @@
 namespace zu::test {
 namespace {
 
-class BadInput : public ::testing::Test {
-protected:
-    void TearDown() override { EXPECT_EQ(zuTestNode::msLiving, 0) << "a test node leaked or died twice"; }
-    zuTestFactories factories;
-};
+using BadInput = zuLeakCheckedTest;
 
 const char* const corruptPrefix = "zuBaseStream error : corrupt or truncated data at offset ";
 

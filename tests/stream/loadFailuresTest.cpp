@@ -1,6 +1,7 @@
 // What loading does when a class misbehaves or a type is unknown: skipped records, stopped
 // loads and failed post-links.
 
+#include "support/zuFactoryTest.h"
 #include "support/zuOutputCapture.h"
 #include "support/zuTestObjects.h"
 
@@ -15,11 +16,7 @@
 namespace zu::test {
 namespace {
 
-class LoadFailures : public ::testing::Test {
-protected:
-    void TearDown() override { EXPECT_EQ(zuTestNode::msLiving, 0) << "a test node leaked or died twice"; }
-    zuTestFactories factories;
-};
+using LoadFailures = zuLeakCheckedTest;
 
 // root (controller c) with children x and b; b's child is x, x's child is a. x is a
 // zuTestOtherNode, whose type the loading side does not know. Records: root, c, x, a, b.

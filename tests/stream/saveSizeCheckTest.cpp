@@ -1,6 +1,7 @@
 // A save checks that every record writes what it reported, into the stream's own buffer
 // and into one the caller provides.
 
+#include "support/zuFactoryTest.h"
 #include "support/zuOutputCapture.h"
 #include "support/zuTestObjects.h"
 
@@ -9,11 +10,7 @@
 namespace zu::test {
 namespace {
 
-class SaveSizeCheck : public ::testing::Test {
-protected:
-    void TearDown() override { EXPECT_EQ(zuTestNode::msLiving, 0) << "a test node leaked or died twice"; }
-    zuTestFactories factories;
-};
+using SaveSizeCheck = zuLeakCheckedTest;
 
 const std::string explanation = " bytes written regarding bytes to be written\n"
                                 " This is an indication that some class is either incorrectly reporting the number"

@@ -1,6 +1,7 @@
 // Stream loaders, which load bulk data beside a stream, and the custom information that
 // classes attach to their objects for the length of a save or load.
 
+#include "support/zuFactoryTest.h"
 #include "support/zuOutputCapture.h"
 #include "support/zuTestObjects.h"
 
@@ -13,7 +14,7 @@
 namespace zu::test {
 namespace {
 
-class StreamLoaders : public ::testing::Test {
+class StreamLoaders : public zuLeakCheckedTest {
 protected:
     void SetUp() override
     {
@@ -21,9 +22,6 @@ protected:
         mFileBytes = saveToFileBytes({g.root}, zuStreamVersion(6, 32), 16);
         mRecords = saveToBytes({g.root}, zuStreamVersion(6, 32));
     }
-    void TearDown() override { EXPECT_EQ(zuTestNode::msLiving, 0) << "a test node leaked or died twice"; }
-
-    zuTestFactories factories;
     std::vector<char> mFileBytes;
     std::vector<char> mRecords;
 };

@@ -1,5 +1,6 @@
 // Progress reports of saves and loads, and cancellation through the notifier.
 
+#include "support/zuFactoryTest.h"
 #include "support/zuOutputCapture.h"
 #include "support/zuTestObjects.h"
 
@@ -12,11 +13,7 @@
 namespace zu::test {
 namespace {
 
-class StreamProgress : public ::testing::Test {
-protected:
-    void TearDown() override { EXPECT_EQ(zuTestNode::msLiving, 0) << "a test node leaked or died twice"; }
-    zuTestFactories factories;
-};
+using StreamProgress = zuLeakCheckedTest;
 
 TEST_F(StreamProgress, ASaveStepsOncePerRecordAndFailsWhenCancelled)
 {

@@ -1,6 +1,7 @@
 // The stream's list of top-level objects: membership, references, and how it shapes what is
 // saved and what a load hands out.
 
+#include "support/zuFactoryTest.h"
 #include "support/zuRecordPins.h"
 
 #include <gtest/gtest.h>
@@ -8,11 +9,7 @@
 namespace zu::test {
 namespace {
 
-class TopLevelList : public ::testing::Test {
-protected:
-    void TearDown() override { EXPECT_EQ(zuTestNode::msLiving, 0) << "a test node leaked or died twice"; }
-    zuTestFactories factories;
-};
+using TopLevelList = zuLeakCheckedTest;
 
 TEST_F(TopLevelList, EachObjectIsListedOnceAndHoldsOneReference)
 {

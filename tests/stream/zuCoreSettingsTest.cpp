@@ -1,6 +1,7 @@
 // Core settings: the values written from 5.20 on only, the value that is never persisted,
 // hostile counts, and the Equals/Clone/assignment semantics.
 
+#include "support/zuFactoryTest.h"
 #include "support/zuRecordPins.h"
 #include "support/zuSampleObjects.h"
 
@@ -14,10 +15,7 @@
 namespace zu::test {
 namespace {
 
-class CoreSettings : public ::testing::Test {
-protected:
-    zuTestFactories factories;
-};
+using CoreSettings = zuFactoryTest;
 
 // The persisted values: the 6.32 record without the identity (K is never saved).
 std::vector<char> values(zuCoreSettings& settings)

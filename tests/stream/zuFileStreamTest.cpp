@@ -1,6 +1,7 @@
 // The stream container over IO devices: header, block transfer, append mode, devices that
 // fail. (Devices shorter than the header are among the cuts of badInputTest.cpp.)
 
+#include "support/zuFactoryTest.h"
 #include "support/zuOutputCapture.h"
 #include "support/zuTestObjects.h"
 
@@ -20,11 +21,7 @@
 namespace zu::test {
 namespace {
 
-class FileStream : public ::testing::Test {
-protected:
-    void TearDown() override { EXPECT_EQ(zuTestNode::msLiving, 0) << "a test node leaked or died twice"; }
-    zuTestFactories factories;
-};
+using FileStream = zuLeakCheckedTest;
 
 std::vector<char> headerBytes(const char* text)
 {

@@ -14,4 +14,10 @@ protected:
     zuTestFactories factories;
 };
 
+// The same, and no test node outlives the test.
+class zuLeakCheckedTest : public zuFactoryTest {
+protected:
+    void TearDown() override { EXPECT_EQ(zuTestNode::msLiving, 0) << "a test node leaked or died twice"; }
+};
+
 } // namespace zu::test
