@@ -189,6 +189,10 @@ struct FieldSample {
     zuPointer<zuCoreSettings> settings = new zuCoreSettings;
     zuPointer<zuCamera> camera = new zuCamera;
     zuPointer<zuLight> light = new zuLight(zuLight::LT_SPOT);
+    zuPointer<zuDoubleArray> empty = new zuDoubleArray;
+    zuPointer<zuVector3fArray> vectors = new zuVector3fArray(2, new Wm4::Vector3<float>[2]{{0, 0, 0}, {1, -2, 0.125f}});
+    zuPointer<zuPlane3dArray> planes = new zuPlane3dArray(1, new Wm4::Plane3<double>[1]{{{0.0, 0.0, 1.0}, 5.0}});
+    zuPointer<zuMatrix2fArray> matrices = new zuMatrix2fArray(1, new Wm4::Matrix2<float>[1]{{1, 2, 3, 4}});
 
     FieldSample()
     {
@@ -233,7 +237,8 @@ struct FieldSample {
 
     std::vector<zuRttiInterface*> topLevel() const
     {
-        return {alpha.get(), stencil.get(), floats.get(), ints.get(), settings.get(), camera.get(), light.get()};
+        return {alpha.get(), stencil.get(), floats.get(), ints.get(), settings.get(), camera.get(), light.get(),
+                empty.get(), vectors.get(), planes.get(), matrices.get()};
     }
 };
 
@@ -330,12 +335,18 @@ TEST_F(ZusgDumpFields, EveryPrintedClassShowsItsPersistedFieldsAndTheListingStay
               "attenuation: constant 1, linear 0.125, quadratic 0, attenuate true\n"
               "spot: cutoff 0.5, exponent 4\n");
     EXPECT_EQ(listing.fieldsOf("zuTest.zuTestController"), "");  // unknown to the tool: no fields
+    // Arrays: the quantity and the first eight elements.
+    for (const auto& [type, fields] : std::vector<std::pair<std::string, std::string>>{
+             {"zuCore.zuFloatArray", "quantity 3: 1 2.5 -4\n"}, {"zuCore.zuIntArray", "quantity 10: 0 1 2 3 4 5 6 7 ...\n"},
+             {"zuCore.zuDoubleArray", "quantity 0\n"}, {"zuCore.zuVector3fArray", "quantity 2: (0 0 0) (1 -2 0.125)\n"},
+             {"zuCore.zuPlane3dArray", "quantity 1: (0 0 1; 5)\n"}, {"zuCore.zuMatrix2fArray", "quantity 1: (1 2; 3 4)\n"}})
+        EXPECT_EQ(listing.fieldsOf(type), fields);
 
     std::vector<ListedRecord> expected = expectedRecords(sample.topLevel());
     for (ListedRecord& record : expected)
         record.unknown = record.type.rfind("zuTest.", 0) == 0;
     EXPECT_TRUE(parse(r.out).records == expected) << r.out;
-    EXPECT_TRUE(has(r.out, "8 records, 7 top-level; types no registered factory knows: zuTest.zuTestController (1)\n"));
+    EXPECT_TRUE(has(r.out, "12 records, 11 top-level; types no registered factory knows: zuTest.zuTestController (1)\n"));
 
     // --no-fields, before or after the file: the file line, the column header, the records
     // and the summary, nothing else.
@@ -390,28 +401,6 @@ TEST_F(ZusgDumpFields, NodesMeshesAndBuffersShowTransformsBoundsLayoutsAndRefere
                               "(-0.5 -0.5 -0.5) (-0.5 -0.5 0.5) (-0.5 0.5 0.5) (-0.5 0.5 -0.5) ...\n"));
     for (const char* line : {"quantity 36, type INDEX_32\n", "indices 36: 0 1 2 0 2 3 4 5 ...\n"})
         EXPECT_TRUE(has(listing.fieldsOf("zuCore.zuIndexBuffer"), line));
-}
-
-TEST_F(ZusgDumpFields, ArraysShowTheirQuantityAndTheFirstEightElements)
-{
-    FieldSample sample;
-    zuPointer<zuFloatArray> empty = new zuFloatArray;
-    zuPointer<zuVector3fArray> vectors = new zuVector3fArray(2, new Wm4::Vector3<float>[2]);
-    (*vectors)[1] = Wm4::Vector3<float>(1.0f, -2.0f, 0.125f);
-    zuPointer<zuPlane3dArray> planes = new zuPlane3dArray(1, new Wm4::Plane3<double>[1]);
-    (*planes)[0] = Wm4::Plane3<double>(Wm4::Vector3<double>(0.0, 0.0, 1.0), 5.0);
-    zuPointer<zuMatrix2fArray> matrices = new zuMatrix2fArray(1, new Wm4::Matrix2<float>[1]);
-    (*matrices)[0] = Wm4::Matrix2<float>(1.0f, 2.0f, 3.0f, 4.0f);
-    const RunResult r = dump(save("arrays.mvk", {sample.floats.get(), sample.ints.get(), empty.get(), vectors.get(),
-                                                 planes.get(), matrices.get()}));
-    ASSERT_EQ(r.status, 0) << r.err;
-    const std::vector<std::string> fields = parse(r.out).fields;
-    const char* const expected[] = {"quantity 3: 1 2.5 -4\n",          "quantity 10: 0 1 2 3 4 5 6 7 ...\n",
-                                    "quantity 0\n",                    "quantity 2: (0 0 0) (1 -2 0.125)\n",
-                                    "quantity 1: (0 0 1; 5)\n",        "quantity 1: (1 2; 3 4)\n"};
-    ASSERT_EQ(fields.size(), std::size(expected)) << r.out;
-    for (size_t i = 0; i < fields.size(); ++i)
-        EXPECT_EQ(fields[i], expected[i]) << i;
 }
 
 // Enumerations outside their range print UNKNOWN with the value; records that do not load
@@ -511,22 +500,12 @@ TEST_F(ZusgFieldText, EveryRegisteredClassDescribesItsDefaultObjectOnLinesThatNe
         }
     }
 
-    // The transformation: flags, the matrix row by row as stored, translation and scale.
-    zuGenericTransformation<float> rotation;
-    rotation.SetRotate(Wm4::Matrix3<float>(0.0f, -1.0f, 0.0f, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f, 1.0f));
-    rotation.SetTranslate(Wm4::Vector3<float>(1.0f, 2.0f, -3.5f));
-    rotation.SetUniformScale(2.0f);
-    std::ostringstream out;
-    zusg::FieldText(out, nullptr).Transformation("local", rotation);
-    EXPECT_EQ(out.str(), "local: IsIdentity false, IsRSMatrix true, IsUniformScale true, matrix (0 -1 0; 1 0 0; 0 0 1), "
-                         "translate (1 2 -3.5), scale (2 2 2)\n");
 #endif
 }
 
 TEST_F(ZusgFieldText, TextsAreQuotedEscapedAndCut)
 {
 #ifdef ZUSG_PATH
-    EXPECT_EQ(zusg::quotedText("plain"), "\"plain\"");
     EXPECT_EQ(zusg::quotedText(std::string("a\n\0\xE9", 4)), "\"a\\x0A\\x00\\xE9\"");
     EXPECT_EQ(zusg::quotedText(std::string(70, 'x'), 64), "\"" + std::string(64, 'x') + "\"...");
     EXPECT_EQ(zusg::number(1e-7f), "1e-07");
@@ -569,7 +548,7 @@ TEST_F(ZusgDumpBroken, EveryCutIsReportedAtOrBeforeItAfterTheWholeRecordsBeforeI
     }
 }
 
-TEST_F(ZusgDumpBroken, DamagedRecordHeadersAndTrailingBytesAreReportedWhereTheyBreak)
+TEST_F(ZusgDumpBroken, DamagedHeadersAndTrailingBytesAreReportedWhereTheyBreak)
 {
     SampleGraph g;
     const std::vector<char> bytes = readBytes(save("graph.mvk", g.topLevel()));
@@ -590,6 +569,9 @@ TEST_F(ZusgDumpBroken, DamagedRecordHeadersAndTrailingBytesAreReportedWhereTheyB
          records[0].offset, ""},
         {"a negative type name length", [&](std::vector<char>& b) { patchInt32(b, records[1].offset, -5); }, 1,
          records[1].offset, ""},
+        {"text instead of a stream header", [](std::vector<char>& b) { b.assign({'h', 'e', 'l', 'l', 'o', '\n'}); }, 0, 0,
+         "no object-stream header"},
+        {"a cut stream header", [](std::vector<char>& b) { b.resize(5); }, 0, 0, "no object-stream header"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
@@ -601,14 +583,6 @@ TEST_F(ZusgDumpBroken, DamagedRecordHeadersAndTrailingBytesAreReportedWhereTheyB
         EXPECT_TRUE(has(r.err, "at offset " + std::to_string(c.offset) + ":"));
         EXPECT_TRUE(has(r.err, c.errText));
     }
-}
-
-TEST_F(ZusgDumpBroken, FilesWithoutAStreamHeaderAreReportedWithStatus1)
-{
-    const RunResult r = dumpBytes({'h', 'e', 'l', 'l', 'o', '\n'});
-    EXPECT_EQ(r.status, 1);
-    EXPECT_TRUE(has(r.err, "at offset 0: no object-stream header"));
-    EXPECT_EQ(dumpBytes({'M', 'V', 'K', ' ', '6'}).status, 1);
 }
 
 // ---------------------------------------------------------------------------------------
@@ -630,8 +604,8 @@ TEST_F(ZusgDumpLegacy, KnownTopLevelObjectsShowTheirFieldsAndAnUnknownTypeStopsT
     zuPointer<zuFloatArray> floats = new zuFloatArray(2, new float[2]{0.5f, -1.0f});
     RunResult r = dumpBytes(legacyFile({alpha.get(), floats.get()}), "old.mvk");
     EXPECT_EQ(r.status, 0) << r.err;
-    // Each object's line, then its fields under the type column.
     EXPECT_TRUE(has(r.out, "\"MVK 5.20\""));
+    // Each object's line, then its fields under the type column.
     EXPECT_TRUE(has(r.out, "    0  zuCore.zuAlphaState               \"\"\n"
                            "       BlendEnabled false, SrcBlend SBF_SRC_ALPHA, DstBlend DBF_ONE\n"
                            "       TestEnabled false, Test TF_ALWAYS, Reference 0\n"
@@ -689,7 +663,6 @@ TEST_F(ZusgPick, PrintsTheNearestHitOfTheRayAsThePickerFindsItHere)
     expected << "leaf      corner (zuCore.zuTriMesh)\ntriangle  " << hit.triangle << "\npoint     " << hit.point[0]
              << ", " << hit.point[1] << ", " << hit.point[2] << "\nnormal    " << hit.normal[0] << ", " << hit.normal[1]
              << ", " << hit.normal[2] << "\ndistance  " << hit.distance << "\n";
-    EXPECT_LT((hit.normal - Wm4::Vector3<float>(0, 0, -1)).Length(), 1e-6f);
     RunResult r = run({"pick", path.string(), "--eye", "-2,-2,-10", "--dir", "0,0,1"});
     EXPECT_EQ(r.status, 0) << r.err;
     EXPECT_EQ(r.out, expected.str());
