@@ -43,13 +43,14 @@ protected:
     std::string path(const std::string& name) const { return (mFolder / name).string(); }
     void writeFile(const std::string& name, const std::string& text) const { std::ofstream(path(name)) << text; }
 
-    zuPointer<zuNode> read(const std::string& text, int threads = 1, size_t chunk = zuObjReader::DEFAULT_CHUNK_SIZE)
+    zuPointer<zuNode> read(const std::string& text, int threads = 1, size_t chunk = zuObjReader::DEFAULT_CHUNK_SIZE,
+                           zuProgressNotifier* progress = nullptr)
     {
         zuMemoryIoDevice device(std::vector<char>(text.begin(), text.end()));
         zuObjReader reader(mImages);
         reader.SetThreadCount(threads);
         reader.SetChunkSize(chunk);
-        zuPointer<zuNode> root = reader.Read(device, "model", mFolder.string() + "/", nullptr);
+        zuPointer<zuNode> root = reader.Read(device, "model", mFolder.string() + "/", progress);
         mMessages.clear();
         for (const zuObjMessage& message : reader.GetMessages())
             mMessages += std::to_string(message.line) + ": " + message.text + "\n";
@@ -306,15 +307,10 @@ TEST_F(ObjReaderTest, ProgressAndCancel)
         zuProgressNotifier progress;
         if (cancel)
             progress.requestCancel();
-        zuMemoryIoDevice device(std::vector<char>(text.begin(), text.end()));
-        zuObjReader reader(mImages);
-        reader.SetChunkSize(1 << 20);
-        reader.SetThreadCount(2);
-        zuPointer<zuNode> root = reader.Read(device, "big", "", &progress);
-        EXPECT_EQ(bool(root), !cancel);
+        EXPECT_EQ(bool(read(text, 2, 1 << 20, &progress)), !cancel);
         EXPECT_EQ(progress.totalSteps(), cancel ? 1 : 3);
         EXPECT_EQ(progress.groupDepth(), 0);
-        EXPECT_TRUE(reader.GetMessages().empty());
+        EXPECT_EQ(mMessages, "");
     }
 }
 

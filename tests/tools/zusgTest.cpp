@@ -151,16 +151,6 @@ std::vector<ListedRecord> expectedRecords(const std::vector<zuRttiInterface*>& t
     return records;
 }
 
-// The record of `object` in a 6.32 file of these top-level objects.
-ListedRecord recordOf(const std::vector<zuRttiInterface*>& topLevel, const zuRttiInterface* object)
-{
-    for (const ListedRecord& record : expectedRecords(topLevel))
-        if (record.identifier == reinterpret_cast<uintptr_t>(object))
-            return record;
-    ADD_FAILURE() << "no record of " << object->GetType().GetName();
-    return ListedRecord();
-}
-
 // A small graph: root (controller c; children a, b) with b also holding a, and a second
 // top-level node. Records: root, c, a, b, other.
 struct SampleGraph {
@@ -411,18 +401,16 @@ TEST_F(ZusgDumpFields, PatchedRecordsPrintUnknownEnumerationsOrANoteAndTheWalkGo
     const std::vector<zuRttiInterface*> topLevel = {sample.floats.get(), sample.alpha.get(), sample.ints.get(),
                                                     sample.light.get()};
     std::vector<char> bytes = readBytes(save("patched.mvk", topLevel));
-    const auto end = [&](const zuRttiInterface* object) {
-        const ListedRecord record = recordOf(topLevel, object);
-        return record.offset + static_cast<uint64_t>(record.size);
-    };
+    const std::vector<ListedRecord> records = expectedRecords(topLevel);  // one per object, in order
+    const auto end = [&](size_t i) { return records[i].offset + static_cast<uint64_t>(records[i].size); };
     // The float array's quantity (before its 3 elements) claims more than the record holds;
     // the int array's quantity claims less, so its fields do not fill its size.
-    patchInt32(bytes, end(sample.floats.get()) - 3 * 4 - 4, 1000);
-    patchInt32(bytes, end(sample.ints.get()) - 10 * 4 - 4, 9);
-    patchInt32(bytes, end(sample.alpha.get()) - 17, 99);  // SrcBlend
-    patchInt32(bytes, end(sample.alpha.get()) - 8, -1);   // Test
+    patchInt32(bytes, end(0) - 3 * 4 - 4, 1000);
+    patchInt32(bytes, end(2) - 10 * 4 - 4, 9);
+    patchInt32(bytes, end(1) - 17, 99);  // the alpha state's SrcBlend
+    patchInt32(bytes, end(1) - 8, -1);   // and Test
     // The light's type follows its record header and its object part ("spot", no controllers).
-    const ListedRecord light = recordOf(topLevel, sample.light.get());
+    const ListedRecord& light = records[3];
     patchInt32(bytes, light.offset + 4 + light.type.size() + 4 + 8 + 4 + 4 + 4, zuLight::LT_QUANTITY);
 
     const RunResult r = dumpBytes(bytes);
@@ -448,7 +436,7 @@ TEST_F(ZusgDumpFields, EveryByteOfAStateRecordPatchedNeverCrashesTheTool)
     FieldSample sample;
     const std::vector<zuRttiInterface*> topLevel = {sample.light.get()};
     const std::vector<char> bytes = readBytes(save("light.mvk", topLevel));
-    const ListedRecord light = recordOf(topLevel, sample.light.get());
+    const ListedRecord light = expectedRecords(topLevel)[0];
     const uint64_t header = 4 + light.type.size() + 4 + 8;  // the walk checks these bytes itself
     for (uint64_t at = light.offset + header; at < light.offset + static_cast<uint64_t>(light.size); ++at) {
         std::vector<char> patched = bytes;
@@ -467,16 +455,6 @@ TEST_F(ZusgDumpFields, EveryByteOfAStateRecordPatchedNeverCrashesTheTool)
 
 using ZusgFieldText = Zusg;
 
-#ifdef ZUSG_PATH
-std::string described(const zuRttiInterface& object)
-{
-    std::ostringstream out;
-    zusg::FieldText text(out, nullptr);
-    EXPECT_TRUE(zuRttiInterface::Describe(object, text)) << object.GetType().GetName();
-    return out.str();
-}
-#endif
-
 TEST_F(ZusgFieldText, EveryRegisteredClassDescribesItsDefaultObjectOnLinesThatNeverStartWithADigit)
 {
 #ifdef ZUSG_PATH
@@ -488,7 +466,10 @@ TEST_F(ZusgFieldText, EveryRegisteredClassDescribesItsDefaultObjectOnLinesThatNe
         const zuRttiInterface::CreateFunction create = zuRttiInterface::GetCreateFunction(name);
         ASSERT_NE(create, nullptr) << name;
         zuPointer<zuRttiInterface> object(create());
-        const std::string text = described(*object);
+        std::ostringstream out;
+        zusg::FieldText describer(out, nullptr);
+        EXPECT_TRUE(zuRttiInterface::Describe(*object, describer)) << name;
+        const std::string text = out.str();
         ASSERT_FALSE(text.empty()) << name;
         EXPECT_EQ(text.back(), '\n') << name;
         std::istringstream lines(text);
@@ -499,13 +480,7 @@ TEST_F(ZusgFieldText, EveryRegisteredClassDescribesItsDefaultObjectOnLinesThatNe
             EXPECT_FALSE(std::isdigit(static_cast<unsigned char>(line[first]))) << name << ": " << line;
         }
     }
-
-#endif
-}
-
-TEST_F(ZusgFieldText, TextsAreQuotedEscapedAndCut)
-{
-#ifdef ZUSG_PATH
+    // Texts are quoted, escaped and cut; small numbers print in exponent form.
     EXPECT_EQ(zusg::quotedText(std::string("a\n\0\xE9", 4)), "\"a\\x0A\\x00\\xE9\"");
     EXPECT_EQ(zusg::quotedText(std::string(70, 'x'), 64), "\"" + std::string(64, 'x') + "\"...");
     EXPECT_EQ(zusg::number(1e-7f), "1e-07");
