@@ -23,12 +23,9 @@ TEST_F(Catalog, ListsByNameAndKeepsTheFirst)
         // Refused: the same name again, a null, an object without a name. A refused object
         // that nothing references is not freed by the refusal.
         zuPointer<zuTestNode> second = new zuTestNode("wood");
-        EXPECT_FALSE(catalog.Add(second));
-        EXPECT_FALSE(catalog.Add(first));
-        EXPECT_FALSE(catalog.Add(nullptr));
+        EXPECT_FALSE(catalog.Add(second) || catalog.Add(first) || catalog.Add(nullptr));
         zuTestNode* unnamed = new zuTestNode("");
-        EXPECT_FALSE(catalog.Add(unnamed));
-        EXPECT_EQ(0, unnamed->GetReferences());
+        EXPECT_TRUE(!catalog.Add(unnamed) && unnamed->GetReferences() == 0);
         delete unnamed;
         EXPECT_EQ(1, second->GetReferences());
 
@@ -42,10 +39,8 @@ TEST_F(Catalog, ListsByNameAndKeepsTheFirst)
         // Renaming does not move an entry; removing by object needs the listed object.
         stone->SetName("marble");
         EXPECT_EQ(stone, catalog.Find("stone"));
-        EXPECT_FALSE(catalog.Remove(second));
-        EXPECT_FALSE(catalog.Remove(stone));
-        EXPECT_TRUE(catalog.Remove("stone"));
-        EXPECT_EQ(1, stone->GetReferences());
+        EXPECT_FALSE(catalog.Remove(second) || catalog.Remove(stone));
+        EXPECT_TRUE(catalog.Remove("stone") && stone->GetReferences() == 1);
         EXPECT_TRUE(catalog.Remove(first));  // frees it: the catalogue held the only reference
         EXPECT_EQ(0, catalog.GetQuantity());
     }

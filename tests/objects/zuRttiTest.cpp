@@ -17,12 +17,8 @@ TEST(zuRttiTest, IsDerivedFollowsTheBaseLinksAndComparesRecordsByIdentity)
     static const zuRtti leaf("zuTest.Leaf", &middle);
     static const zuRtti rootTwin("zuTest.Root", nullptr);  // same name, another record
 
-    EXPECT_TRUE(leaf.IsDerived(leaf));
-    EXPECT_TRUE(leaf.IsDerived(middle));
-    EXPECT_TRUE(leaf.IsDerived(root));
-    EXPECT_FALSE(root.IsDerived(leaf));
-    EXPECT_FALSE(middle.IsDerived(leaf));
-    EXPECT_FALSE(leaf.IsDerived(rootTwin));
+    EXPECT_TRUE(leaf.IsDerived(leaf) && leaf.IsDerived(middle) && leaf.IsDerived(root));
+    EXPECT_FALSE(root.IsDerived(leaf) || middle.IsDerived(leaf) || leaf.IsDerived(rootTwin));
     EXPECT_FALSE(rootTwin.IsDerived(root));
 }
 
@@ -56,10 +52,9 @@ protected:
 
 TEST_F(FactoryRegistry, TheMapIsCreatedOnceAndANameKeepsItsFirstFactoryUntilUnregistered)
 {
-    EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.Probe"), nullptr);
-    EXPECT_TRUE(zuRttiInterface::GetFactoryNames().empty());
-    EXPECT_TRUE(zuRttiInterface::CreateFactoryMap());
-    EXPECT_TRUE(zuRttiInterface::RegisterFactoryFunction("zuTest.Probe", firstFactory));
+    EXPECT_TRUE(zuRttiInterface::GetFactory("zuTest.Probe") == nullptr && zuRttiInterface::GetFactoryNames().empty());
+    EXPECT_TRUE(zuRttiInterface::CreateFactoryMap()
+                && zuRttiInterface::RegisterFactoryFunction("zuTest.Probe", firstFactory));
     EXPECT_FALSE(zuRttiInterface::CreateFactoryMap());
     EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.Probe"), firstFactory);  // the second call kept it
 
@@ -69,8 +64,8 @@ TEST_F(FactoryRegistry, TheMapIsCreatedOnceAndANameKeepsItsFirstFactoryUntilUnre
     EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.Probe"), nullptr);
 
     // A name keeps its first factory.
-    EXPECT_TRUE(zuRttiInterface::RegisterFactoryFunction("zuTest.Probe", firstFactory));
-    EXPECT_FALSE(zuRttiInterface::RegisterFactoryFunction("zuTest.Probe", secondFactory));
+    EXPECT_TRUE(zuRttiInterface::RegisterFactoryFunction("zuTest.Probe", firstFactory)
+                && !zuRttiInterface::RegisterFactoryFunction("zuTest.Probe", secondFactory));
     EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.Probe"), firstFactory);
     EXPECT_TRUE(zuRttiInterface::RegisterFactoryFunction("zuTest.Probe2", secondFactory));
     EXPECT_EQ(zuRttiInterface::GetFactory("zuTest.Probe2"), secondFactory);

@@ -159,8 +159,7 @@ TEST_F(GlobalStates, EqualsLeavesOutTheDestinationFactorTheZLabelAndMaterialDiff
     zuAlphaState b;
     a.DstBlend = zuAlphaState::DBF_ONE_MINUS_SRC_ALPHA;
     b.DstBlend = zuAlphaState::DBF_ONE;
-    EXPECT_TRUE(a.Equals(&b));
-    EXPECT_TRUE(b.Equals(&a));
+    EXPECT_TRUE(a.Equals(&b) && b.Equals(&a));
     zuMaterialState m;
     zuMaterialState n;
     n.Specular[2] = 5e-7f;

@@ -19,8 +19,7 @@ TEST_F(TopLevelList, EachObjectIsListedOnceAndHoldsOneReference)
     zuBaseStream stream;
     EXPECT_EQ(stream.GetObjectAt(0), nullptr);
     EXPECT_FALSE(stream.InsertTopLevel(nullptr));
-    EXPECT_TRUE(stream.InsertTopLevel(first));
-    EXPECT_TRUE(stream.InsertTopLevel(second));
+    EXPECT_TRUE(stream.InsertTopLevel(first) && stream.InsertTopLevel(second));
     EXPECT_FALSE(stream.InsertTopLevel(first));
     EXPECT_EQ(stream.GetObjectCount(), 2);
     EXPECT_EQ(first->GetReferences(), 2);

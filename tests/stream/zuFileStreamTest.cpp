@@ -124,8 +124,7 @@ TEST_F(FileStream, AppendingWritesRecordsWithoutAHeader)
         ASSERT_TRUE(device.seek(0));
         ASSERT_TRUE(stream.Load(device, "memory"));
         ASSERT_EQ(stream.GetObjectCount(), 2);
-        EXPECT_TRUE(isSmallGraph(stream.GetObjectAt(0)));
-        EXPECT_TRUE(isSmallGraph(stream.GetObjectAt(1)));
+        EXPECT_TRUE(isSmallGraph(stream.GetObjectAt(0)) && isSmallGraph(stream.GetObjectAt(1)));
         EXPECT_NE(stream.GetObjectAt(0), stream.GetObjectAt(1));
     }
 

@@ -79,8 +79,7 @@ TEST(zuStreamVersionTest, VersionsCompareAsOnePackedNumber)
     EXPECT_FALSE(zuStreamVersion(6, 0) < zuStreamVersion(6, 0));
     EXPECT_EQ(zuStreamVersion(6, 32).GetCombined(), (6u << 16) | 32u);
 
-    EXPECT_FALSE(zuStreamVersion().IsValid());
-    EXPECT_FALSE(zuStreamVersion(0, 0).IsValid());
+    EXPECT_FALSE(zuStreamVersion().IsValid() || zuStreamVersion(0, 0).IsValid());
     EXPECT_TRUE(zuStreamVersion(0, 1).IsValid());
     // An unparsed header (0.0) is older than every version gate.
     EXPECT_LT(zuStreamVersion(), zuStreamVersion(6, 0));
