@@ -18,8 +18,7 @@ TEST_F(Catalog, ListsByNameAndKeepsTheFirst)
     {
         zuCatalog<zuTestNode> catalog;
         zuTestNode* first = new zuTestNode("wood");
-        EXPECT_TRUE(catalog.Add(first));
-        EXPECT_EQ(1, first->GetReferences());
+        EXPECT_TRUE(catalog.Add(first) && 1 == first->GetReferences());
         // Refused: the same name again, a null, an object without a name. A refused object
         // that nothing references is not freed by the refusal.
         zuPointer<zuTestNode> second = new zuTestNode("wood");
@@ -29,8 +28,7 @@ TEST_F(Catalog, ListsByNameAndKeepsTheFirst)
         delete unnamed;
         EXPECT_EQ(1, second->GetReferences());
 
-        EXPECT_EQ(first, catalog.Find("wood"));
-        EXPECT_EQ(first, catalog.Share(second));
+        EXPECT_TRUE(first == catalog.Find("wood") && first == catalog.Share(second));
         zuTestNode* stone = new zuTestNode("stone");
         zuPointer<zuTestNode> keepStone = stone;
         EXPECT_EQ(stone, catalog.Share(stone));

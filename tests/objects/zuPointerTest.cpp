@@ -23,16 +23,13 @@ TEST_F(zuPointerTest, AssigningAnObjectOwnedByTheOldOneKeepsItAlive)
     EXPECT_EQ(child->GetReferences(), 1);
 
     holder = child;  // the parent dies and drops its reference only after ours is taken
-    EXPECT_EQ(zuTestNode::msLiving, mLiving + 1);
-    EXPECT_EQ(holder->GetName(), "child");
-    EXPECT_EQ(child->GetReferences(), 1);
+    EXPECT_TRUE(zuTestNode::msLiving == mLiving + 1 && holder->GetName() == "child" && child->GetReferences() == 1);
 
     zuPointer<zuTestNode> parent = new zuTestNode("parent");
     parent->AttachChild(new zuTestNode("child"));
     zuPointer<zuTestNode> grandChildHolder = parent->GetChild(0);
     parent = std::move(grandChildHolder);
-    EXPECT_EQ(parent->GetName(), "child");
-    EXPECT_EQ(parent->GetReferences(), 1);
+    EXPECT_TRUE(parent->GetName() == "child" && parent->GetReferences() == 1);
 }
 
 } // namespace

@@ -46,8 +46,7 @@ TEST_F(Camera, FieldOfViewHelperBuildsTheSymmetricFrustumAndRefusesOthers)
     ASSERT_TRUE(camera.GetFrustum(fov, aspect, dMin, dMax));
     EXPECT_NEAR(fov, 60.0f, 1e-4);
     EXPECT_NEAR(aspect, 1.5f, 1e-6);
-    EXPECT_EQ(dMin, 0.5f);
-    EXPECT_EQ(dMax, 40.0f);
+    EXPECT_TRUE(dMin == 0.5f && dMax == 40.0f);
 
     // Asymmetric in u or r, no near distance, or no window: refused, the outputs left alone.
     fov = aspect = dMin = dMax = -1;

@@ -46,25 +46,21 @@ TEST_F(Texture, TextureStateSlots)
     zuPointer<zuTextureState> state = new zuTextureState;
     EXPECT_EQ(zuGlobalState::TEXTURE, state->GetStateType());
     zuPointer<zuTexture> texture = new zuTexture;
-    EXPECT_EQ(-1, state->AttachTexture(nullptr));
-    EXPECT_EQ(0, state->AttachTexture(texture));
+    EXPECT_TRUE(-1 == state->AttachTexture(nullptr) && 0 == state->AttachTexture(texture));
     state->SetTexture(1, nullptr);      // appends an empty slot
     state->SetTexture(2, texture);      // appends again: one texture in two slots
     state->SetTexture(5, texture);      // beyond the end: ignored
     state->SetTexture(-1, texture);
     ASSERT_EQ(3, state->GetTextureQuantity());
-    EXPECT_EQ(nullptr, state->GetTexture(1));
-    EXPECT_EQ(3, texture->GetReferences());
+    EXPECT_TRUE(nullptr == state->GetTexture(1) && 3 == texture->GetReferences());
 
     std::vector<zuPointer<zuObject>> loaded = throughFile({state.get()});
     ASSERT_EQ(1u, loaded.size());
-    EXPECT_TRUE(loaded[0]->Equals(state));
-    EXPECT_EQ(textureOf(loaded[0], 0), textureOf(loaded[0], 2));
+    EXPECT_TRUE(loaded[0]->Equals(state) && (textureOf(loaded[0], 0)) == (textureOf(loaded[0], 2)));
     EXPECT_EQ(nullptr, textureOf(loaded[0], 1));
 
     state->RemoveAllTextures();
-    EXPECT_EQ(0, state->GetTextureQuantity());
-    EXPECT_EQ(1, texture->GetReferences());
+    EXPECT_TRUE(0 == state->GetTextureQuantity() && 1 == texture->GetReferences());
 }
 
 TEST_F(Texture, ReferencesToOtherKindsAreDroppedInLink)
@@ -117,8 +113,7 @@ TEST_F(Texture, TexturesSharingOneImageStillShareItAfterLoading)
     zuTexture* first = textureOf(loaded[0], 0);
     zuTexture* second = textureOf(loaded[0], 1);
     ASSERT_NE(nullptr, first->GetImage());
-    EXPECT_EQ(first->GetImage(), second->GetImage());
-    EXPECT_TRUE(first->GetImage()->Equals(image));
+    EXPECT_TRUE(first->GetImage() == second->GetImage() && first->GetImage()->Equals(image));
     EXPECT_EQ(42, static_cast<int>(second->GetChannel()));
     EXPECT_EQ(1, second->GetUnit());
 }
@@ -156,8 +151,7 @@ TEST_F(Texture, ImagesOfOneNameAreSharedThroughTheCatalogue)
     // A second load with the same catalogue takes the listed image.
     std::vector<zuPointer<zuObject>> again = throughFile({state.get()}, 16, &catalog);
     ASSERT_EQ(1u, again.size());
-    EXPECT_EQ(listed, textureOf(again[0], 1)->GetImage());
-    EXPECT_EQ(1, catalog.GetQuantity());
+    EXPECT_TRUE(listed == (textureOf(again[0], 1)->GetImage()) && 1 == catalog.GetQuantity());
     catalog.ReleaseAll();
     EXPECT_EQ(6, listed->GetReferences());
 }

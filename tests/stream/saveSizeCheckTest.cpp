@@ -43,8 +43,7 @@ TEST_F(SaveSizeCheck, ARecordOneByteLongerThanItsReportedSizeFailsTheSave)
         EXPECT_FALSE(stream.Save(buffer, size));
         EXPECT_EQ(capturedErr.take(),
                   "The buffer is not exactly filled : " + std::string(c.counts) + explanation);
-        EXPECT_EQ(buffer, nullptr);
-        EXPECT_EQ(size, 12345u);
+        EXPECT_TRUE(buffer == nullptr && size == 12345u);
     }
 }
 
@@ -61,13 +60,11 @@ TEST_F(SaveSizeCheck, WritesTheSameBytesAsSaveIntoABufferOfTheAnnouncedSize)
         std::vector<char> buffer(size);
         zuOutputCapture capturedErr(zuOutputCapture::STDERR);
         EXPECT_TRUE(stream.finalizeClientBufferSave(buffer.data(), static_cast<int>(size)));
-        EXPECT_EQ(capturedErr.take(), "");
-        EXPECT_EQ(buffer, expected);
+        EXPECT_TRUE(capturedErr.take() == "" && buffer == expected);
     }
 
     zuBaseStream empty;
-    EXPECT_EQ(empty.initializeClientBufferSave(), 0u);
-    EXPECT_TRUE(empty.finalizeClientBufferSave(nullptr, 0));
+    EXPECT_TRUE(empty.initializeClientBufferSave() == 0u && empty.finalizeClientBufferSave(nullptr, 0));
 }
 
 TEST_F(SaveSizeCheck, ABufferOfAnotherSizeFailsWithTheFullMessage)

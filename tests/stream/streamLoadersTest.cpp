@@ -41,11 +41,8 @@ TEST_F(StreamLoaders, EveryLoaderHearsOfEveryObjectAndIsWaitedForOnce)
         EXPECT_TRUE(isSmallGraph(stream.GetObjectAt(0)));
     }
     for (const zuTestStreamLoader* loader : {&nodes, &controllers}) {
-        EXPECT_EQ(loader->mObjectLoads, 4);
-        EXPECT_EQ(loader->mWaits, 1);
-        EXPECT_EQ(loader->mWaitProgress, &progress);
-        EXPECT_EQ(loader->mCancels, 0);
-        EXPECT_EQ(loader->mResets, 0);
+        EXPECT_TRUE(loader->mObjectLoads == 4 && loader->mWaits == 1 && loader->mWaitProgress == (&progress));
+        EXPECT_TRUE(loader->mCancels == 0 && loader->mResets == 0);
     }
 
     // A skipped record builds no object.
@@ -57,8 +54,7 @@ TEST_F(StreamLoaders, EveryLoaderHearsOfEveryObjectAndIsWaitedForOnce)
     zuOutputCapture capturedOut(zuOutputCapture::STDOUT);
     ASSERT_TRUE(stream.Load(mRecords.data(), mRecords.size()));
     capturedOut.take();
-    EXPECT_EQ(skipping.mObjectLoads, 3);
-    EXPECT_EQ(skipping.mWaits, 1);
+    EXPECT_TRUE(skipping.mObjectLoads == 3 && skipping.mWaits == 1);
 }
 
 TEST_F(StreamLoaders, ALoaderThatFailsFailsTheLoadAndABrokenStreamCancelsThem)
@@ -72,8 +68,7 @@ TEST_F(StreamLoaders, ALoaderThatFailsFailsTheLoadAndABrokenStreamCancelsThem)
         stream.registerStreamLoader(&zuTestController::TYPE, &fine);
         zuMemoryIoDevice device(mFileBytes);
         EXPECT_FALSE(stream.Load(device, "memory"));
-        EXPECT_TRUE(stream.isStreamError());
-        EXPECT_EQ(failing.mWaits, 1);
+        EXPECT_TRUE(stream.isStreamError() && failing.mWaits == 1);
         EXPECT_EQ(fine.mWaits, 1);  // every loader is waited for
         EXPECT_EQ(failing.mCancels, 0);
     }
@@ -86,9 +81,7 @@ TEST_F(StreamLoaders, ALoaderThatFailsFailsTheLoadAndABrokenStreamCancelsThem)
     zuOutputCapture capturedErr(zuOutputCapture::STDERR);
     EXPECT_FALSE(stream.Load(device, "memory"));
     capturedErr.take();
-    EXPECT_EQ(cancelled.mCancels, 1);
-    EXPECT_EQ(cancelled.mWaits, 1);
-    EXPECT_EQ(stream.GetObjectCount(), 0);
+    EXPECT_TRUE(cancelled.mCancels == 1 && cancelled.mWaits == 1 && stream.GetObjectCount() == 0);
 }
 
 TEST_F(StreamLoaders, TheStreamOwnsCustomInformations)
@@ -100,22 +93,19 @@ TEST_F(StreamLoaders, TheStreamOwnsCustomInformations)
         stream.SetVersion(zuStreamVersion(6, 32));
         auto* first = new zuTestInformation;
         stream.registerInformations(node, first);
-        EXPECT_EQ(stream.getInformations(node), first);
-        EXPECT_EQ(stream.getInformations(other), nullptr);
+        EXPECT_TRUE(stream.getInformations(node) == first && stream.getInformations(other) == nullptr);
         stream.registerInformations(node, first);  // the same again: kept
         EXPECT_EQ(zuTestInformation::msLiving, 1);
         auto* second = new zuTestInformation;
         stream.registerInformations(node, second);  // replaced: the first is deleted
-        EXPECT_EQ(zuTestInformation::msLiving, 1);
-        EXPECT_EQ(stream.getInformations(node), second);
+        EXPECT_TRUE(zuTestInformation::msLiving == 1 && stream.getInformations(node) == second);
 
         // A save starts from none.
         stream.InsertTopLevel(node);
         char* buffer = nullptr;
         unsigned long size = 0;
         ASSERT_TRUE(stream.Save(buffer, size));
-        EXPECT_EQ(zuTestInformation::msLiving, 0);
-        EXPECT_EQ(stream.getInformations(node), nullptr);
+        EXPECT_TRUE(zuTestInformation::msLiving == 0 && stream.getInformations(node) == nullptr);
 
         // So does a load, and it ends with none.
         stream.registerInformations(other, new zuTestInformation);

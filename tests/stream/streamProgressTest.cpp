@@ -30,8 +30,7 @@ TEST_F(StreamProgress, ASaveStepsOncePerRecordAndFailsWhenCancelled)
         zuMemoryIoDevice device;
         EXPECT_EQ(stream.Save(device, "memory", false), cancelAfter < 0);
         ASSERT_EQ(progress.mGroups.size(), 1u);
-        EXPECT_EQ(progress.mGroups[0].second, 4);
-        EXPECT_EQ(progress.mWeights[0], 1.0);
+        EXPECT_TRUE(progress.mGroups[0].second == 4 && progress.mWeights[0] == 1.0);
         EXPECT_EQ(progress.mSteps, std::vector<int64_t>(cancelAfter < 0 ? 4 : cancelAfter, 1));
         EXPECT_EQ(progress.mOpenGroups, 0);
     }
@@ -58,18 +57,14 @@ TEST_F(StreamProgress, ALoadStepsUpToTheStreamSizeAndFailsWhenCancelled)
         stream.SetProgressNotifier(&progress);
         stream.registerStreamLoader(&zuTestNode::TYPE, &loader);
         zuMemoryIoDevice device(fileBytes);
-        EXPECT_EQ(stream.Load(device, "memory"), whole);
-        EXPECT_EQ(stream.isStreamError(), !whole);
-        EXPECT_EQ(stream.GetObjectCount(), whole ? 2 : 0);
-        EXPECT_EQ(zuTestNode::msLiving, whole ? 4 : 0);
+        EXPECT_TRUE((stream.Load(device, "memory")) == whole && stream.isStreamError() == (!whole));
+        EXPECT_TRUE(stream.GetObjectCount() == (whole ? 2 : 0) && zuTestNode::msLiving == (whole ? 4 : 0));
         EXPECT_TRUE(whole || zuTestNode::msPostLinkCalls == 0);
         ASSERT_EQ(progress.mGroups.size(), 1u);
         EXPECT_EQ(progress.mGroups[0].second, size);
         EXPECT_EQ(progress.mSteps.size(), static_cast<size_t>(whole ? 5 : cancelAfter));
-        EXPECT_TRUE(!whole || progress.mStepTotal == size);
-        EXPECT_EQ(progress.mOpenGroups, 0);
-        EXPECT_EQ(loader.mCancels, whole ? 0 : 1);
-        EXPECT_EQ(loader.mWaits, 1);
+        EXPECT_TRUE((!whole || progress.mStepTotal == size) && progress.mOpenGroups == 0);
+        EXPECT_TRUE(loader.mCancels == (whole ? 0 : 1) && loader.mWaits == 1);
     }
     // Skipped records are counted as well.
     zuTestController::UnRegisterFactory();

@@ -21,31 +21,22 @@ TEST_F(TopLevelList, EachObjectIsListedOnceAndHoldsOneReference)
     EXPECT_FALSE(stream.InsertTopLevel(nullptr));
     EXPECT_TRUE(stream.InsertTopLevel(first) && stream.InsertTopLevel(second));
     EXPECT_FALSE(stream.InsertTopLevel(first));
-    EXPECT_EQ(stream.GetObjectCount(), 2);
-    EXPECT_EQ(first->GetReferences(), 2);
-    EXPECT_EQ(stream.GetObjectAt(1), second);
-    EXPECT_EQ(stream.GetObjectAt(-1), nullptr);
-    EXPECT_EQ(stream.GetObjectAt(stream.GetObjectCount()), nullptr);
+    EXPECT_TRUE(stream.GetObjectCount() == 2 && first->GetReferences() == 2 && stream.GetObjectAt(1) == second);
+    EXPECT_TRUE(stream.GetObjectAt(-1) == nullptr && stream.GetObjectAt(stream.GetObjectCount()) == nullptr);
 
     EXPECT_FALSE(stream.RemoveTopLevel(stranger));
-    EXPECT_EQ(stranger->GetReferences(), 1);
-    EXPECT_TRUE(stream.RemoveTopLevel(first));
+    EXPECT_TRUE(stranger->GetReferences() == 1 && stream.RemoveTopLevel(first));
     EXPECT_FALSE(stream.RemoveTopLevel(first));
-    EXPECT_EQ(first->GetReferences(), 1);
-    EXPECT_EQ(stream.GetObjectAt(0), second);
+    EXPECT_TRUE(first->GetReferences() == 1 && stream.GetObjectAt(0) == second);
     EXPECT_FALSE(stream.IsTopLevel(first));
 
     // The list may hold the only reference: removing it destroys the object.
     stream.InsertTopLevel(new zuTestNode("owned"));
-    EXPECT_EQ(zuTestNode::msLiving, 4);
-    EXPECT_TRUE(stream.RemoveTopLevel(stream.GetObjectAt(1)));
-    EXPECT_EQ(zuTestNode::msLiving, 3);
+    EXPECT_TRUE(zuTestNode::msLiving == 4 && stream.RemoveTopLevel(stream.GetObjectAt(1)) && zuTestNode::msLiving == 3);
 
     stream.InsertTopLevel(first);
     stream.RemoveAllToLevel();
-    EXPECT_EQ(stream.GetObjectCount(), 0);
-    EXPECT_EQ(first->GetReferences(), 1);
-    EXPECT_EQ(second->GetReferences(), 1);
+    EXPECT_TRUE(stream.GetObjectCount() == 0 && first->GetReferences() == 1 && second->GetReferences() == 1);
 }
 
 TEST_F(TopLevelList, ATopLevelObjectReachedFromAnotherIsOneRecordWithItsMarker)
@@ -65,8 +56,7 @@ TEST_F(TopLevelList, ATopLevelObjectReachedFromAnotherIsOneRecordWithItsMarker)
     ASSERT_EQ(stream.GetObjectCount(), 2);
     auto* loadedOuter = static_cast<zuTestNode*>(stream.GetObjectAt(0));
     auto* loadedInner = static_cast<zuTestNode*>(stream.GetObjectAt(1));
-    EXPECT_EQ(loadedOuter->GetName(), "outer");
-    EXPECT_EQ(loadedOuter->GetChild(0), loadedInner);
+    EXPECT_TRUE(loadedOuter->GetName() == "outer" && loadedOuter->GetChild(0) == loadedInner);
     EXPECT_EQ(loadedInner->GetReferences(), 2);
 
     // Listed the other way round, the records are too, and so are the loaded objects.
@@ -94,14 +84,12 @@ TEST_F(TopLevelList, TheListIsKeptBetweenSavesAndReplacedByALoad)
     ASSERT_TRUE(stream.Save(second, secondSize));
     EXPECT_EQ(std::vector<char>(first, first + firstSize), std::vector<char>(second, second + secondSize));
     EXPECT_EQ(std::vector<char>(first, first + firstSize), saveToBytes({g.root}, zuStreamVersion(6, 32)));
-    EXPECT_EQ(stream.GetObjectCount(), 1);
-    EXPECT_EQ(g.root->GetReferences(), 2);
+    EXPECT_TRUE(stream.GetObjectCount() == 1 && g.root->GetReferences() == 2);
 
     ASSERT_TRUE(stream.Load(first, firstSize));
     EXPECT_EQ(g.root->GetReferences(), 1);
     ASSERT_EQ(stream.GetObjectCount(), 1);
-    EXPECT_NE(stream.GetObjectAt(0), g.root);
-    EXPECT_TRUE(isSmallGraph(stream.GetObjectAt(0)));
+    EXPECT_TRUE(stream.GetObjectAt(0) != g.root && isSmallGraph(stream.GetObjectAt(0)));
     delete[] first;
     delete[] second;
 
@@ -112,8 +100,7 @@ TEST_F(TopLevelList, TheListIsKeptBetweenSavesAndReplacedByALoad)
     ASSERT_TRUE(empty.Save(buffer, size));
     EXPECT_EQ(size, 0u);
     delete[] buffer;
-    EXPECT_TRUE(empty.Load(nullptr, 0));
-    EXPECT_EQ(empty.GetObjectCount(), 0);
+    EXPECT_TRUE(empty.Load(nullptr, 0) && empty.GetObjectCount() == 0);
 }
 
 // References are resolved after the last record: forward references work, a record saved
@@ -131,8 +118,7 @@ TEST_F(TopLevelList, ReferencesResolveAfterTheLastRecord)
     auto* parent = static_cast<zuTestNode*>(stream.GetObjectAt(0));
     ASSERT_EQ(parent->GetChildQuantity(), 3);
     ASSERT_NE(parent->GetChild(0), nullptr);
-    EXPECT_EQ(parent->GetChild(0)->GetName(), "second");
-    EXPECT_EQ(parent->GetChild(1), parent->GetChild(0));
+    EXPECT_TRUE(parent->GetChild(0)->GetName() == "second" && parent->GetChild(1) == parent->GetChild(0));
     EXPECT_EQ(parent->GetChild(2), nullptr);
     // "first" was referenced by nobody: the load freed it.
     EXPECT_EQ(zuTestNode::msLiving, 2);

@@ -44,8 +44,7 @@ TEST_F(CoreSettings, J3AndJ4AreMissingBefore520AndKIsNeverSaved)
     const std::vector<char> bytes = saveToBytes({settings}, zuStreamVersion(5, 10));
     zuPointer<zuCoreSettings> loaded = loadSettings(bytes, zuStreamVersion(5, 10));
     ASSERT_NE(loaded, nullptr);
-    EXPECT_EQ(loaded->K, 2u);
-    EXPECT_EQ(loadSettings(bytes, zuStreamVersion(5, 20)), nullptr);
+    EXPECT_TRUE(loaded->K == 2u && (loadSettings(bytes, zuStreamVersion(5, 20))) == nullptr);
 }
 
 TEST_F(CoreSettings, HostileListCountsFailTheLoad)
@@ -93,11 +92,8 @@ TEST_F(CoreSettings, AssignmentCopiesEveryValueButNotTheIdentity)
     zuPointer<zuCoreSettings> target = new zuCoreSettings;
     const unsigned int targetID = target->GetID();
     *target = *filled;
-    EXPECT_EQ(values(*target), values(*filled));
-    EXPECT_EQ(target->K, filled->K);
-    EXPECT_EQ(target->GetID(), targetID);
-    EXPECT_EQ(target->GetReferences(), 1);
-    EXPECT_NE(zuCoreSettings(*filled).GetID(), filled->GetID());
+    EXPECT_TRUE(values(*target) == values(*filled) && target->K == filled->K && target->GetID() == targetID);
+    EXPECT_TRUE(target->GetReferences() == 1 && zuCoreSettings(*filled).GetID() != filled->GetID());
 }
 
 } // namespace

@@ -25,23 +25,19 @@ TEST(ReferenceMap, KeepsEveryIdentifierThroughGrowthAndCollisions)
     for (size_t i = 0; i < identifiers.size(); ++i) {
         zuReferenceMap::Entry* entry = map.find(identifiers[i]);
         ASSERT_NE(entry, nullptr) << i;
-        EXPECT_EQ(entry->identifier, identifiers[i]);
-        EXPECT_EQ(entry->pending, i + 1);
+        EXPECT_TRUE(entry->identifier == identifiers[i] && entry->pending == i + 1);
     }
     EXPECT_EQ(map.find(0x1000 + (5000ull << 32)), nullptr);
-    EXPECT_EQ(&map.findOrInsert(identifiers[7]), map.find(identifiers[7]));
-    EXPECT_EQ(map.size(), identifiers.size());
+    EXPECT_TRUE((&map.findOrInsert(identifiers[7])) == map.find(identifiers[7]) && map.size() == identifiers.size());
     map.clear();
-    EXPECT_EQ(map.size(), 0u);
-    EXPECT_EQ(map.find(identifiers[0]), nullptr);
+    EXPECT_TRUE(map.size() == 0u && map.find(identifiers[0]) == nullptr);
 
     // Room made beforehand: no insertion moves an entry.
     map.reserve(identifiers.size());
     zuReferenceMap::Entry* first = &map.findOrInsert(identifiers[0]);
     for (uint64_t identifier : identifiers)
         map.findOrInsert(identifier);
-    EXPECT_EQ(map.find(identifiers[0]), first);
-    EXPECT_EQ(map.size(), identifiers.size());
+    EXPECT_TRUE(map.find(identifiers[0]) == first && map.size() == identifiers.size());
 }
 
 } // namespace
