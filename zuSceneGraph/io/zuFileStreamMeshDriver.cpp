@@ -445,6 +445,18 @@ bool zuFileStreamMeshDriver::saveMeshes(const ObjectList& objects, const std::st
     if (std::filesystem::is_directory(fileName, error))
         return fail(ERROR_FILE, -1, "Cannot save " + fileName + ": it is a directory");
     zuFileStream stream;
+    // Writes the stream into `path`, opened with `mode`; a failed open, write or close is
+    // reported with the system's reason.
+    const auto writeFile = [&](const std::string& path, zuFileIoDevice::OpenMode mode, zuStreamVersion at, bool appending) {
+        zuFileIoDevice device(path, mode);
+        if (!device.isOpen())
+            return fail(ERROR_FILE, -1, device.withSystemReason("Cannot open " + fileName + " for writing"));
+        bool written = writeStream(stream, objects, device, fileName, at, progress, appending, fileName);
+        device.close();
+        if (written && device.isError())
+            written = fail(ERROR_FILE, -1, device.withSystemReason("Cannot save " + fileName + ": the file cannot be written"));
+        return written;
+    };
     const std::uintmax_t previousSize = std::filesystem::file_size(fileName, error);
     if (append && !error && previousSize > 0) {
         const zuStreamVersion fileVersion = headerVersion(fileName);
@@ -453,13 +465,7 @@ bool zuFileStreamMeshDriver::saveMeshes(const ObjectList& objects, const std::st
                                             + ": it is not an object stream of version 6.0 to " + newestVersionText);
         if (options.contains(sOptionStreamVersion) && version != fileVersion)
             return fail(ERROR_OPTION, -1, "Cannot append to " + fileName + ": the file holds another stream version");
-        zuFileIoDevice device(fileName, zuFileIoDevice::Append);
-        if (!device.isOpen())
-            return fail(ERROR_FILE, -1, device.withSystemReason("Cannot open " + fileName + " for writing"));
-        bool saved = writeStream(stream, objects, device, fileName, fileVersion, progress, true, fileName);
-        device.close();
-        if (saved && device.isError())
-            saved = fail(ERROR_FILE, -1, device.withSystemReason("Cannot save " + fileName + ": the file cannot be written"));
+        const bool saved = writeFile(fileName, zuFileIoDevice::Append, fileVersion, true);
         if (!saved) {
             std::filesystem::resize_file(fileName, previousSize, error);
             restoreMovedResources(stream.GetMovedResources());
@@ -473,13 +479,7 @@ bool zuFileStreamMeshDriver::saveMeshes(const ObjectList& objects, const std::st
     if (target.empty())
         target = fileName;
     const std::string temporary = temporaryPath(target);
-    zuFileIoDevice device(temporary, zuFileIoDevice::WriteOnly);
-    if (!device.isOpen())
-        return fail(ERROR_FILE, -1, device.withSystemReason("Cannot open " + fileName + " for writing"));
-    bool saved = writeStream(stream, objects, device, fileName, version, progress, false, fileName);
-    device.close();
-    if (saved && device.isError())
-        saved = fail(ERROR_FILE, -1, device.withSystemReason("Cannot save " + fileName + ": the file cannot be written"));
+    bool saved = writeFile(temporary, zuFileIoDevice::WriteOnly, version, false);
     if (saved && std::rename(temporary.c_str(), target.c_str()) != 0)
         saved = fail(ERROR_FILE, -1, "Cannot save " + fileName + ": the file cannot be replaced: " + std::strerror(errno));
     if (!saved) {

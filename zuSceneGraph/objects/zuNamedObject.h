@@ -1,10 +1,10 @@
 #pragma once
 
+#include <zuSceneGraph/objects/zuLazyVector.h>
 #include <zuSceneGraph/objects/zuObject.h>
 
 #include <memory>
 #include <string>
-#include <vector>
 
 namespace zu {
 
@@ -14,7 +14,7 @@ class zuNamedObject : public zuObject {
 public:
     ~zuNamedObject() override;
 
-    int GetControllerQuantity() const override { return mControllers ? static_cast<int>(mControllers->size()) : 0; }
+    int GetControllerQuantity() const override { return static_cast<int>(mControllers.size()); }
     zuController* GetController(int i) const override;
     void SetControllerQuantity(int quantity) override;
     void SetController(int i, zuController* controller) override;
@@ -35,12 +35,9 @@ private:
     // Made when a name is set: most objects of a large scene carry none, and a string
     // member would cost each of them 32 bytes.
     std::unique_ptr<std::string> mName;
-    using ControllerList = std::vector<zuPointer<zuObject>>;
-    ControllerList& controllers();
-
     // Held as objects so that this layer needs only the controller's declaration. Created on
     // the first attachment: most scene objects never carry a controller.
-    std::unique_ptr<ControllerList> mControllers;
+    zuLazyVector<zuPointer<zuObject>> mControllers;
 };
 
 } // namespace zu

@@ -35,9 +35,6 @@ void toHostOrder(void* values, int size, uint64_t count)
     }
 }
 
-// The factories of the last few types met: a scene's records cycle through a handful of
-// types (a mesh, its vertex buffer, its index buffer, the next mesh), so a name is looked up
-// in the registry about once per run of records, not once per record.
 // Says so when no type has a factory at all: the library was not started.
 void reportEmptyRegistry()
 {
@@ -46,6 +43,9 @@ void reportEmptyRegistry()
                                             "with zu::initializeZuSceneGraph() before a stream is loaded");
 }
 
+// The factories of the last few types met: a scene's records cycle through a handful of
+// types (a mesh, its vertex buffer, its index buffer, the next mesh), so a name is looked up
+// in the registry about once per run of records, not once per record.
 class RecentFactories {
 public:
     zuRttiInterface::FactoryFunction find(const std::string& type)
