@@ -8,10 +8,58 @@
 #include <cstddef>
 #include <cstring>
 #include <limits>
+#include <type_traits>
+
+#include <emmintrin.h>
 
 namespace zu {
 
 namespace {
+
+// Lane `i` of `v` in every lane.
+template <int i>
+inline __m128 broadcast(__m128 v)
+{
+    return _mm_shuffle_ps(v, v, _MM_SHUFFLE(i, i, i, i));
+}
+
+// `row` with lane 3 replaced by lane `i` of `t`.
+template <int i>
+inline __m128 withLane3(__m128 row, __m128 t)
+{
+    const __m128 tail = _mm_shuffle_ps(row, t, _MM_SHUFFLE(i, i, 2, 2));
+    return _mm_shuffle_ps(row, tail, _MM_SHUFFLE(2, 0, 1, 0));
+}
+
+// The matrix and translation of a∘b for two RS transformations where a's scale `s` is
+// uniform: M = A·B and T = (A·Tb)·s + Ta. `a`, `b` and `out` point at the nine matrix
+// entries (row-major), followed by the translation and one more readable float. Each row
+// of the result is the row of A applied to B's rows extended by Tb's components, so that
+// lane 3 carries A·Tb: every number is the sum of the same products in the same order as
+// the scalar Matrix3 and Vector3 expressions, with no fused operation, and comes out with
+// the same bits. Lane 3 of the last store overwrites the float after the translation.
+inline void composeUniformRS(const float* a, const float* b, float s, float* out)
+{
+    const __m128 tb = _mm_loadu_ps(b + 9);
+    const __m128 b0 = withLane3<0>(_mm_loadu_ps(b), tb);
+    const __m128 b1 = withLane3<1>(_mm_loadu_ps(b + 3), tb);
+    const __m128 b2 = withLane3<2>(_mm_loadu_ps(b + 6), tb);
+    const auto row = [&](__m128 ar) {
+        return _mm_add_ps(_mm_add_ps(_mm_mul_ps(broadcast<0>(ar), b0), _mm_mul_ps(broadcast<1>(ar), b1)),
+                          _mm_mul_ps(broadcast<2>(ar), b2));
+    };
+    const __m128 r0 = row(_mm_loadu_ps(a));
+    const __m128 r1 = row(_mm_loadu_ps(a + 3));
+    const __m128 r2 = row(_mm_loadu_ps(a + 6));
+    const __m128 ta = _mm_loadu_ps(a + 9);
+    // (r0[3], r1[3], r2[3], r2[3]): A·Tb.
+    const __m128 at = _mm_shuffle_ps(_mm_unpackhi_ps(r0, r1), r2, _MM_SHUFFLE(3, 3, 3, 2));
+    const __m128 t = _mm_add_ps(_mm_mul_ps(at, _mm_set1_ps(s)), ta);
+    _mm_storeu_ps(out, r0);
+    _mm_storeu_ps(out + 3, r1);
+    _mm_storeu_ps(out + 6, r2);
+    _mm_storeu_ps(out + 9, t);
+}
 
 // The tolerance of the comparisons and of the decomposition of 4x4 matrices, applied in
 // double whatever the Real.
@@ -361,8 +409,6 @@ void zuGenericTransformation<Real>::Product(const zuGenericTransformation& a, co
         // The common case of a scene (rotations and uniform scales), computed into locals
         // (a or b may be *this) and stored once: it runs once per object of an update pass.
         const Real as = a.scale[0];
-        const Matrix3 m = a.matrix * b.matrix;
-        const Vector3 t = (a.matrix * b.translate) * as + a.translate;
         Vector3 s;
         bool uniform = true;
         if (b.isUniformScale) {
@@ -372,8 +418,16 @@ void zuGenericTransformation<Real>::Product(const zuGenericTransformation& a, co
             s = b.scale * as;
             uniform = s[0] == s[1] && s[0] == s[2];
         }
-        matrix = m;
-        translate = t;
+        if constexpr (std::is_same_v<Real, float>) {
+            // The matrix, the translation and the scale are 15 consecutive floats.
+            static_assert(offsetof(zuGenericTransformation, translate) == 9 * sizeof(float)
+                          && offsetof(zuGenericTransformation, scale) == 12 * sizeof(float));
+            composeUniformRS(a.matrix, b.matrix, as, matrix);
+        } else {
+            const Matrix3 m = a.matrix * b.matrix;
+            translate = (a.matrix * b.translate) * as + a.translate;
+            matrix = m;
+        }
         scale = s;
         isIdentity = false;
         isRSMatrix = true;
