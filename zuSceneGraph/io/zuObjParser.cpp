@@ -1,5 +1,6 @@
 #include <zuSceneGraph/io/zuObjParser.h>
 
+#include <bit>
 #include <cfloat>
 #include <charconv>
 #include <cmath>
@@ -57,6 +58,27 @@ std::string quoted(const char* p, const char* end)
     text.append(p, length < 40 ? length : 40);
     text.append(length > 40 ? "...\"" : "\"");
     return text;
+}
+
+// The value of the seven digits of "d.dddddd" (the shape most writers print) in the eight
+// bytes `word` holds in text order, or -1 when they are not that. The point is replaced by
+// the digit before it and a '0' leads, so that the eight bytes are digits; a byte is a digit
+// when its upper half is 3 and stays 3 once 6 is added. They are then combined in pairs,
+// quads and halves.
+inline int64_t fixedPointDigits(uint64_t word)
+{
+    constexpr uint64_t HIGH = 0xF0F0F0F0F0F0F0F0ull;
+    constexpr uint64_t ZEROS = 0x3030303030303030ull;
+    if (((word >> 8) & 0xFF) != '.')
+        return -1;
+    uint64_t digits = ((word & 0xFF) << 8) | (word & 0xFFFFFFFFFFFF0000ull) | '0';
+    if ((digits & HIGH) != ZEROS || ((digits + 0x0606060606060606ull) & HIGH) != ZEROS)
+        return -1;
+    digits -= ZEROS;
+    digits = digits * 10 + (digits >> 8);
+    digits = ((digits & 0x000000FF000000FFull) * (100 + (1000000ull << 32)) +
+              ((digits >> 16) & 0x000000FF000000FFull) * (1 + (10000ull << 32))) >> 32;
+    return static_cast<int64_t>(digits);
 }
 
 constexpr double POWERS_OF_TEN[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
@@ -165,6 +187,14 @@ bool isSkippedKeyword(const char* word, size_t length)
     return false;
 }
 
+// A few values one by one: cheaper than a range insert, which is not inlined.
+template <class T>
+inline void appendValues(std::vector<T>& array, const T* values, int count)
+{
+    for (int i = 0; i < count; ++i)
+        array.push_back(values[i]);
+}
+
 void addVertex(const char* p, const char* end, uint32_t line, zuObjParser::Chunk& chunk)
 {
     float values[7] = {0, 0, 0, 0, 0, 0, 0};
@@ -172,7 +202,7 @@ void addVertex(const char* p, const char* end, uint32_t line, zuObjParser::Chunk
     if (count < 3 || count == 5 || count > 7)
         chunk.errors.push_back({line, "a v statement takes x y z, an optional w or a colour (r g b or r g b a); found " +
                                           std::to_string(count) + " numbers"});
-    chunk.positions.insert(chunk.positions.end(), values, values + 3);
+    appendValues(chunk.positions, values, 3);
     const bool colored = count == 6 || count == 7;
     if (colored && chunk.colors.empty())
         chunk.colors.assign((chunk.positions.size() / 3 - 1) * 4, 1.0f);
@@ -192,7 +222,7 @@ void addTexCoord(const char* p, const char* end, uint32_t line, zuObjParser::Chu
     if (count < 1 || count > 3)
         chunk.errors.push_back(
             {line, "a vt statement takes u [v [w]]; found " + std::to_string(count) + " numbers"});
-    chunk.texCoords.insert(chunk.texCoords.end(), values, values + 2);
+    appendValues(chunk.texCoords, values, 2);
 }
 
 void addNormal(const char* p, const char* end, uint32_t line, zuObjParser::Chunk& chunk)
@@ -201,24 +231,19 @@ void addNormal(const char* p, const char* end, uint32_t line, zuObjParser::Chunk
     const int count = parseNumbers(p, end, values, 3, line, "vn", chunk);
     if (count != 3)
         chunk.errors.push_back({line, "a vn statement takes x y z; found " + std::to_string(count) + " numbers"});
-    chunk.normals.insert(chunk.normals.end(), values, values + 3);
+    appendValues(chunk.normals, values, 3);
 }
 
-// A face, line or point statement. A bad corner drops the whole statement. Corners gather
-// in a small local array and join the chunk's in runs.
+// A face, line or point statement. A bad corner drops the whole statement.
 void addElement(const char* p, const char* end, uint32_t line, zuObjParser::ElementKind kind, const char* keyword,
                 zuObjParser::Chunk& chunk)
 {
-    constexpr int RUN = 48;  // 16 corners
-    int32_t run[RUN];
-    int used = 0;
     const size_t first = chunk.corners.size();
     uint32_t count = 0;
     p = skipSpaces(p, end);
     while (p < end && *p != '#') {
         const char* token = p;
-        int32_t* corner = run + used;
-        corner[1] = corner[2] = 0;
+        int32_t corner[3] = {0, 0, 0};
         bool ok = parseIndex(p, end, corner[0]);
         if (ok && p < end && *p == '/') {
             ++p;
@@ -235,15 +260,10 @@ void addElement(const char* p, const char* end, uint32_t line, zuObjParser::Elem
                                               " statement; the statement is dropped"});
             return;
         }
-        used += 3;
-        if (used == RUN) {
-            chunk.corners.insert(chunk.corners.end(), run, run + used);
-            used = 0;
-        }
+        appendValues(chunk.corners, corner, 3);
         ++count;
         p = skipSpaces(p, end);
     }
-    chunk.corners.insert(chunk.corners.end(), run, run + used);
     const uint32_t least = kind == zuObjParser::FACE ? 3 : kind == zuObjParser::LINE ? 2 : 1;
     if (count < least) {
         chunk.corners.resize(first);
@@ -322,6 +342,29 @@ bool zuObjParser::ParseFloat(const char*& p, const char* end, float& value)
     const bool negative = q < end && *q == '-';
     if (q < end && (*q == '-' || *q == '+'))
         ++q;
+    if constexpr (std::endian::native == std::endian::little) {
+        if (end - q >= 8 && (end - q == 8 || isDelimiter(q[8]))) {
+            uint64_t word;
+            std::memcpy(&word, q, sizeof(word));
+            const int64_t fixed = fixedPointDigits(word);
+            if (fixed == 0) {
+                value = negative ? -0.0f : 0.0f;
+                p = q + 8;
+                return true;
+            }
+            if (fixed > 0) {
+                const double wide = static_cast<double>(fixed) / 1e6;
+                uint64_t bits;
+                std::memcpy(&bits, &wide, sizeof(bits));
+                if ((bits & 0x1FFFFFFFu) != 0x10000000u) {
+                    const float narrow = static_cast<float>(wide);
+                    value = negative ? -narrow : narrow;
+                    p = q + 8;
+                    return true;
+                }
+            }
+        }
+    }
     uint64_t mantissa = 0;
     const char* digits = q;
     q = readDigits(q, end, mantissa);
