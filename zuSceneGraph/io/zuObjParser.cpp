@@ -234,13 +234,63 @@ void addNormal(const char* p, const char* end, uint32_t line, zuObjParser::Chunk
     appendValues(chunk.normals, values, 3);
 }
 
-// A face, line or point statement. A bad corner drops the whole statement.
-void addElement(const char* p, const char* end, uint32_t line, zuObjParser::ElementKind kind, const char* keyword,
-                zuObjParser::Chunk& chunk)
+// A positive index of at most nine digits, its end found by the byte after it not being a
+// digit (no bound to check).
+inline bool readPlainIndex(const char*& p, int32_t& index)
 {
-    const size_t first = chunk.corners.size();
+    const char* q = p;
+    unsigned digit = static_cast<unsigned char>(*q) - unsigned('0');
+    if (digit > 9)
+        return false;
+    uint32_t value = digit;
+    while ((digit = static_cast<unsigned char>(*++q) - unsigned('0')) <= 9 && q - p < 9)
+        value = value * 10 + digit;
+    if (digit <= 9 || value == 0)
+        return false;
+    index = static_cast<int32_t>(value);
+    p = q;
+    return true;
+}
+
+// The corners of an element in the shape nearly every file has (positive indices, corners
+// v, v/vt, v//vn or v/vt/vn separated by spaces or tabs), read without the general loop's
+// bound and sign checks: the byte at `end` must be readable and not a digit. Appends them and
+// returns how many; 0, with nothing appended, for any other shape, which the general loop
+// then reads and reports on.
+uint32_t readPlainCorners(const char* p, const char* end, std::vector<int32_t>& corners)
+{
+    const size_t first = corners.size();
     uint32_t count = 0;
     p = skipSpaces(p, end);
+    while (p < end) {
+        int32_t corner[3] = {0, 0, 0};
+        bool ok = readPlainIndex(p, corner[0]);
+        if (ok && p < end && *p == '/') {
+            ++p;
+            if (p < end && *p == '/')
+                ok = readPlainIndex(++p, corner[2]);
+            else if ((ok = readPlainIndex(p, corner[1])) && p < end && *p == '/')
+                ok = readPlainIndex(++p, corner[2]);
+        }
+        if (!ok || (p < end && !isSpace(*p))) {
+            corners.resize(first);
+            return 0;
+        }
+        appendValues(corners, corner, 3);
+        ++count;
+        p = skipSpaces(p, end);
+    }
+    return count;
+}
+
+// A face, line or point statement. A bad corner drops the whole statement. `terminated`:
+// the byte at `end` is readable and not a digit.
+void addElement(const char* p, const char* end, bool terminated, uint32_t line, zuObjParser::ElementKind kind,
+                const char* keyword, zuObjParser::Chunk& chunk)
+{
+    const size_t first = chunk.corners.size();
+    uint32_t count = terminated ? readPlainCorners(p, end, chunk.corners) : 0;
+    p = count > 0 ? end : skipSpaces(p, end);
     while (p < end && *p != '#') {
         const char* token = p;
         int32_t corner[3] = {0, 0, 0};
@@ -284,7 +334,7 @@ void addStatement(zuObjParser::StatementKind kind, const char* p, const char* en
     chunk.statements.push_back({kind, static_cast<uint32_t>(chunk.elements.size()), line, restAsName(p, end)});
 }
 
-void parseLine(const char* p, const char* end, uint32_t line, zuObjParser::Chunk& chunk)
+void parseLine(const char* p, const char* end, bool terminated, uint32_t line, zuObjParser::Chunk& chunk)
 {
     p = skipSpaces(p, end);
     if (p == end || *p == '#')
@@ -296,9 +346,9 @@ void parseLine(const char* p, const char* end, uint32_t line, zuObjParser::Chunk
     if (length == 1) {
         switch (word[0]) {
         case 'v': return addVertex(p, end, line, chunk);
-        case 'f': return addElement(p, end, line, zuObjParser::FACE, "f", chunk);
-        case 'l': return addElement(p, end, line, zuObjParser::LINE, "l", chunk);
-        case 'p': return addElement(p, end, line, zuObjParser::POINT, "p", chunk);
+        case 'f': return addElement(p, end, terminated, line, zuObjParser::FACE, "f", chunk);
+        case 'l': return addElement(p, end, terminated, line, zuObjParser::LINE, "l", chunk);
+        case 'p': return addElement(p, end, terminated, line, zuObjParser::POINT, "p", chunk);
         case 'g': return addStatement(zuObjParser::GROUP, p, end, line, chunk);
         case 'o': return addStatement(zuObjParser::OBJECT, p, end, line, chunk);
         default: break;
@@ -433,8 +483,11 @@ size_t zuObjParser::WholeLinesLength(const char* text, size_t size)
 void zuObjParser::Parse(const char* text, size_t size, Chunk& chunk)
 {
     chunk.clear();
-    chunk.lineCount = ForEachLine(text, size, [&chunk](const char* begin, const char* end, uint32_t line) {
-        parseLine(begin, end, line, chunk);
+    // A line ends before its line end, or at the end of the text, or is a joined line held in
+    // a string (which ends with a null character): only the last is not followed by a byte.
+    const char* const textEnd = text + size;
+    chunk.lineCount = ForEachLine(text, size, [&chunk, textEnd](const char* begin, const char* end, uint32_t line) {
+        parseLine(begin, end, end != textEnd, line, chunk);
     });
 }
 
