@@ -111,6 +111,36 @@ bool parseFloatSlow(const char* p, const char* end, float& value)
     return true;
 }
 
+// "d.dddddd" with an optional sign, correctly rounded (as zuObjParser::ParseFloat), inlined
+// into the number loop; false, with `p` unchanged, for every other token.
+inline bool parseFixedPoint(const char*& p, const char* end, float& value)
+{
+    if constexpr (std::endian::native == std::endian::little) {
+        const bool negative = p < end && *p == '-';
+        const char* q = p < end && (*p == '-' || *p == '+') ? p + 1 : p;
+        if (end - q < 8 || (end - q > 8 && !isDelimiter(q[8])))
+            return false;
+        uint64_t word;
+        std::memcpy(&word, q, sizeof(word));
+        const int64_t fixed = fixedPointDigits(word);
+        if (fixed < 0)
+            return false;
+        // A mantissa below 2^53 divided by an exact power of ten is correctly rounded;
+        // rounding that double to a float is too unless it lies halfway between two floats.
+        const double wide = static_cast<double>(fixed) / 1e6;
+        uint64_t bits;
+        std::memcpy(&bits, &wide, sizeof(bits));
+        if ((bits & 0x1FFFFFFFu) == 0x10000000u)
+            return false;
+        const float narrow = static_cast<float>(wide);
+        value = negative ? -narrow : narrow;
+        p = q + 8;
+        return true;
+    } else {
+        return false;
+    }
+}
+
 // A positive index as written (1-based) or a negative (relative) one; 0 and numbers beyond
 // 32 bits are refused.
 inline bool parseIndex(const char*& p, const char* end, int32_t& index)
@@ -139,7 +169,7 @@ int parseNumbers(const char* p, const char* end, float* values, int capacity, ui
     p = skipSpaces(p, end);
     while (p < end && *p != '#') {
         float value = 0.0f;
-        if (!zuObjParser::ParseFloat(p, end, value)) {
+        if (!parseFixedPoint(p, end, value) && !zuObjParser::ParseFloat(p, end, value)) {
             if (!reported)
                 chunk.errors.push_back({line, "bad number " + quoted(p, end) + " in a " + keyword + " statement"});
             reported = true;
@@ -401,33 +431,12 @@ bool zuObjParser::ParseFloat(const char*& p, const char* end, float& value)
     // A mantissa of at most 2^53 scaled by an exact power of ten is one correctly rounded
     // double operation; rounding that double to a float is then correct unless the double
     // lies exactly halfway between two floats, which goes to the slow path.
+    if (parseFixedPoint(p, end, value))
+        return true;
     const char* q = p;
     const bool negative = q < end && *q == '-';
     if (q < end && (*q == '-' || *q == '+'))
         ++q;
-    if constexpr (std::endian::native == std::endian::little) {
-        if (end - q >= 8 && (end - q == 8 || isDelimiter(q[8]))) {
-            uint64_t word;
-            std::memcpy(&word, q, sizeof(word));
-            const int64_t fixed = fixedPointDigits(word);
-            if (fixed == 0) {
-                value = negative ? -0.0f : 0.0f;
-                p = q + 8;
-                return true;
-            }
-            if (fixed > 0) {
-                const double wide = static_cast<double>(fixed) / 1e6;
-                uint64_t bits;
-                std::memcpy(&bits, &wide, sizeof(bits));
-                if ((bits & 0x1FFFFFFFu) != 0x10000000u) {
-                    const float narrow = static_cast<float>(wide);
-                    value = negative ? -narrow : narrow;
-                    p = q + 8;
-                    return true;
-                }
-            }
-        }
-    }
     uint64_t mantissa = 0;
     const char* digits = q;
     q = readDigits(q, end, mantissa);
