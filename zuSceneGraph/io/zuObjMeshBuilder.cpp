@@ -216,7 +216,7 @@ void zuObjMeshBuilder::growTable()
     }
 }
 
-uint32_t zuObjMeshBuilder::vertexOf(const int32_t* corner)
+inline uint32_t zuObjMeshBuilder::vertexOf(const int32_t* corner)
 {
     if (uint64_t(mVertexCount) * 4 >= uint64_t(mTable.size()) * 3)
         growTable();
