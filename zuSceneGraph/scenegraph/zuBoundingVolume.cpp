@@ -50,7 +50,7 @@ struct zuBoundingVolume::Lanes {
     static __m128 center(const zuBoundingVolume& bv)
     {
         const float* c = bv.mCenter;
-        const __m128 xy = _mm_castpd_ps(_mm_load_sd(reinterpret_cast<const double*>(c)));
+        const __m128 xy = _mm_loadl_pi(_mm_setzero_ps(), reinterpret_cast<const __m64*>(c));
         const __m128 xyz = _mm_movelh_ps(xy, _mm_load_ss(c + 2));
         return _mm_shuffle_ps(xyz, xyz, _MM_SHUFFLE(2, 1, 0, 0));
     }
@@ -58,7 +58,7 @@ struct zuBoundingVolume::Lanes {
     {
         float* c = bv.mCenter;
         const __m128 xyz = _mm_shuffle_ps(center, center, _MM_SHUFFLE(3, 3, 2, 1));
-        _mm_store_sd(reinterpret_cast<double*>(c), _mm_castps_pd(xyz));
+        _mm_storel_pi(reinterpret_cast<__m64*>(c), xyz);
         _mm_store_ss(c + 2, _mm_movehl_ps(xyz, xyz));
     }
     // Stores both with the radius that updateRadius gives.
