@@ -23,42 +23,42 @@ inline __m128 broadcast(__m128 v)
     return _mm_shuffle_ps(v, v, _MM_SHUFFLE(i, i, i, i));
 }
 
-// `row` with lane 3 replaced by lane `i` of `t`.
-template <int i>
-inline __m128 withLane3(__m128 row, __m128 t)
+template <int i0, int i1, int i2, int i3>
+inline __m128 shuffle(__m128 low, __m128 high)
 {
-    const __m128 tail = _mm_shuffle_ps(row, t, _MM_SHUFFLE(i, i, 2, 2));
-    return _mm_shuffle_ps(row, tail, _MM_SHUFFLE(2, 0, 1, 0));
+    return _mm_shuffle_ps(low, high, _MM_SHUFFLE(i3, i2, i1, i0));
 }
 
 // The matrix and translation of a∘b for two RS transformations where a's scale `s` is
 // uniform: M = A·B and T = (A·Tb)·s + Ta. `a`, `b` and `out` point at the nine matrix
-// entries (row-major), followed by the translation and one more readable float. Each row
-// of the result is the row of A applied to B's rows extended by Tb's components, so that
-// lane 3 carries A·Tb: every number is the sum of the same products in the same order as
-// the scalar Matrix3 and Vector3 expressions, with no fused operation, and comes out with
-// the same bits. Lane 3 of the last store overwrites the float after the translation.
+// entries (row-major) followed by the translation, read and written as three runs of four
+// floats: a transformation is read as it was written, so the processor hands each load the
+// value of its store without waiting for the store to reach the cache.
+//
+// Each row of the result is the row of A applied to B's rows extended by Tb's components,
+// so that lane 3 carries A·Tb: every number is the sum of the same products in the same
+// order as the scalar Matrix3 and Vector3 expressions, with no fused operation, and comes
+// out with the same bits.
 inline void composeUniformRS(const float* a, const float* b, float s, float* out)
 {
-    const __m128 tb = _mm_loadu_ps(b + 9);
-    const __m128 b0 = withLane3<0>(_mm_loadu_ps(b), tb);
-    const __m128 b1 = withLane3<1>(_mm_loadu_ps(b + 3), tb);
-    const __m128 b2 = withLane3<2>(_mm_loadu_ps(b + 6), tb);
-    const auto row = [&](__m128 ar) {
-        return _mm_add_ps(_mm_add_ps(_mm_mul_ps(broadcast<0>(ar), b0), _mm_mul_ps(broadcast<1>(ar), b1)),
-                          _mm_mul_ps(broadcast<2>(ar), b2));
+    // (m00 m01 m02 m10) (m11 m12 m20 m21) (m22 t0 t1 t2)
+    const __m128 a0 = _mm_loadu_ps(a), a1 = _mm_loadu_ps(a + 4), a2 = _mm_loadu_ps(a + 8);
+    const __m128 b0 = _mm_loadu_ps(b), b1 = _mm_loadu_ps(b + 4), b2 = _mm_loadu_ps(b + 8);
+    const __m128 row0 = shuffle<0, 1, 0, 2>(b0, shuffle<2, 2, 1, 1>(b0, b2));
+    const __m128 row1 = shuffle<0, 2, 0, 2>(shuffle<3, 3, 0, 0>(b0, b1), shuffle<1, 1, 2, 2>(b1, b2));
+    const __m128 row2 = shuffle<2, 3, 0, 3>(b1, b2);
+    const auto combine = [&](__m128 x, __m128 y, __m128 z) {
+        return _mm_add_ps(_mm_add_ps(_mm_mul_ps(x, row0), _mm_mul_ps(y, row1)), _mm_mul_ps(z, row2));
     };
-    const __m128 r0 = row(_mm_loadu_ps(a));
-    const __m128 r1 = row(_mm_loadu_ps(a + 3));
-    const __m128 r2 = row(_mm_loadu_ps(a + 6));
-    const __m128 ta = _mm_loadu_ps(a + 9);
-    // (r0[3], r1[3], r2[3], r2[3]): A·Tb.
-    const __m128 at = _mm_shuffle_ps(_mm_unpackhi_ps(r0, r1), r2, _MM_SHUFFLE(3, 3, 3, 2));
-    const __m128 t = _mm_add_ps(_mm_mul_ps(at, _mm_set1_ps(s)), ta);
-    _mm_storeu_ps(out, r0);
-    _mm_storeu_ps(out + 3, r1);
-    _mm_storeu_ps(out + 6, r2);
-    _mm_storeu_ps(out + 9, t);
+    const __m128 p0 = combine(broadcast<0>(a0), broadcast<1>(a0), broadcast<2>(a0));
+    const __m128 p1 = combine(broadcast<3>(a0), broadcast<0>(a1), broadcast<1>(a1));
+    const __m128 p2 = combine(broadcast<2>(a1), broadcast<3>(a1), broadcast<0>(a2));
+    // A·Tb in lanes 1-3, as the translation lies in a2 and in the third run of the result.
+    const __m128 q = shuffle<3, 3, 2, 3>(p0, _mm_unpackhi_ps(p1, p2));
+    const __m128 t = _mm_add_ps(_mm_mul_ps(q, _mm_set1_ps(s)), a2);
+    _mm_storeu_ps(out, shuffle<0, 1, 0, 2>(p0, shuffle<2, 2, 0, 0>(p0, p1)));
+    _mm_storeu_ps(out + 4, shuffle<1, 2, 0, 1>(p1, p2));
+    _mm_storeu_ps(out + 8, _mm_move_ss(t, broadcast<2>(p2)));
 }
 
 // The tolerance of the comparisons and of the decomposition of 4x4 matrices, applied in

@@ -9,10 +9,10 @@ namespace zu {
 // application allocates between them (a mesh's buffers, their data): the update and culling
 // walks then read a scene in long runs of memory instead of one object per page.
 //
-// Freed blocks go to their size class's list and are reused by the next object of that
-// size; chunks are kept for the life of the process. Blocks above MAX_POOLED_SIZE come from
-// the global operator new. Thread-safe. Sanitizer builds use the global operator new for
-// every block, so that their checks see each object.
+// A freed block is reused by the next object of its size; a chunk whose blocks are all free
+// goes back to the global operator delete (but the last one with room in its size class).
+// Blocks above MAX_POOLED_SIZE come from the global operator new. Thread-safe. Sanitizer
+// builds use the global operator new for every block, so that their checks see each object.
 class zuObjectPool {
 public:
     static constexpr size_t MAX_POOLED_SIZE = 1024;

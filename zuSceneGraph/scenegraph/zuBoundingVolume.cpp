@@ -39,20 +39,44 @@ inline __m128 absolute(__m128 v)
 
 } // namespace
 
-// The bound's vectors are handled in lanes 1-3 of SSE registers: its seven floats (radius,
-// extents, centre) are read as (radius, extents) and (extents.z, centre) without reading
-// beyond the object, and written back in the reverse order, so that lane 0 of the centre
-// store is overwritten by the extents store. Every result is computed with the same
+// The bound's vectors are handled in lanes 1-3 of SSE registers, where the extents lie when
+// the radius and the extents are read as one run of four floats. The centre is read and
+// written as two floats and one, so that every load matches the store that wrote it and the
+// processor hands over the value without waiting for the store to reach the cache (the update
+// pass reads each bound right after writing it). Every result is computed with the same
 // operations in the same order as the scalar formulas, so it carries the same bits.
 struct zuBoundingVolume::Lanes {
     static __m128 extents(const zuBoundingVolume& bv) { return _mm_loadu_ps(&bv.mRadius); }
-    static __m128 center(const zuBoundingVolume& bv) { return _mm_loadu_ps(static_cast<const float*>(bv.mExtents) + 2); }
-    // Stores both and recomputes the radius.
+    static __m128 center(const zuBoundingVolume& bv)
+    {
+        const float* c = bv.mCenter;
+        const __m128 xy = _mm_loadl_pi(_mm_setzero_ps(), reinterpret_cast<const __m64*>(c));
+        const __m128 xyz = _mm_movelh_ps(xy, _mm_load_ss(c + 2));
+        return _mm_shuffle_ps(xyz, xyz, _MM_SHUFFLE(2, 1, 0, 0));
+    }
+    static void setCenter(zuBoundingVolume& bv, __m128 center)
+    {
+        float* c = bv.mCenter;
+        const __m128 xyz = _mm_shuffle_ps(center, center, _MM_SHUFFLE(3, 3, 2, 1));
+        _mm_storel_pi(reinterpret_cast<__m64*>(c), xyz);
+        _mm_store_ss(c + 2, _mm_movehl_ps(xyz, xyz));
+    }
+    // Stores both with the radius that updateRadius gives.
     static void setBox(zuBoundingVolume& bv, __m128 center, __m128 extents)
     {
-        _mm_storeu_ps(&bv.mExtents[2], center);
-        _mm_storeu_ps(&bv.mRadius, extents);
-        bv.updateRadius();
+        const float largest = std::numeric_limits<float>::max();
+        // Lanes 1-3 within [0, largest] (a NaN fails both comparisons).
+        const __m128 inRange = _mm_and_ps(_mm_cmpge_ps(extents, _mm_setzero_ps()), _mm_cmple_ps(extents, _mm_set1_ps(largest)));
+        float radius = -1.0f;
+        if ((_mm_movemask_ps(inRange) & 0xE) == 0xE) {
+            const __m128 squares = _mm_mul_ps(extents, extents);
+            const __m128 sum = _mm_add_ss(_mm_add_ss(broadcast<1>(squares), broadcast<2>(squares)), broadcast<3>(squares));
+            const float length = _mm_cvtss_f32(_mm_sqrt_ss(sum));
+            if (length <= largest)
+                radius = length;
+        }
+        _mm_storeu_ps(&bv.mRadius, _mm_move_ss(extents, _mm_set_ss(radius)));
+        setCenter(bv, center);
     }
 };
 
@@ -75,8 +99,10 @@ void zuBoundingVolume::invalidate()
 
 void zuBoundingVolume::copyFrom(const zuBoundingVolume& bv)
 {
-    if (bv.isValid())
-        *this = bv;
+    if (bv.isValid()) {
+        _mm_storeu_ps(&mRadius, Lanes::extents(bv));
+        Lanes::setCenter(*this, Lanes::center(bv));
+    }
 }
 
 void zuBoundingVolume::assign(const zuLegacyBoundingVolume* legacy)
@@ -121,19 +147,20 @@ void zuBoundingVolume::transformBoxBy(const zuGenericTransformation<float>& tran
     // the linear part times e_j; so the min/max box of the eight mapped corners has
     // half-size Σ_j |a_j| in each coordinate and the mapped centre as its centre. This is
     // the corner box without mapping eight points, once per object in the bound pass.
-    // The transformation holds its matrix (row-major), translation and scale as 15
-    // consecutive floats.
+    // The transformation holds its matrix (row-major) and translation as 12 consecutive
+    // floats, read as the product wrote them: (m00 m01 m02 m10) (m11 m12 m20 m21)
+    // (m22 t0 t1 t2).
     const float* m = transformation.GetMatrix();
-    const __m128 row0 = _mm_loadu_ps(m), row1 = _mm_loadu_ps(m + 3), row2 = _mm_loadu_ps(m + 6);
+    const __m128 m0 = _mm_loadu_ps(m), m1 = _mm_loadu_ps(m + 4), translate = _mm_loadu_ps(m + 8);
     // Column j of the matrix in lanes 1-3.
-    const __m128 column0 = _mm_shuffle_ps(row0, row1, _MM_SHUFFLE(3, 0, 0, 0));
-    const __m128 column1 = _mm_shuffle_ps(row0, _mm_shuffle_ps(row1, row2, _MM_SHUFFLE(1, 1, 1, 1)), _MM_SHUFFLE(2, 0, 1, 1));
-    const __m128 column2 = _mm_shuffle_ps(row0, _mm_shuffle_ps(row1, row2, _MM_SHUFFLE(2, 2, 2, 2)), _MM_SHUFFLE(2, 0, 2, 2));
-    const __m128 translate = _mm_loadu_ps(m + 8);
+    const __m128 column0 = _mm_shuffle_ps(m0, _mm_shuffle_ps(m0, m1, _MM_SHUFFLE(2, 2, 3, 3)), _MM_SHUFFLE(2, 0, 0, 0));
+    const __m128 column1 = _mm_shuffle_ps(m0, m1, _MM_SHUFFLE(3, 0, 1, 1));
+    const __m128 column2 = _mm_shuffle_ps(m0, _mm_shuffle_ps(m1, translate, _MM_SHUFFLE(0, 0, 1, 1)), _MM_SHUFFLE(2, 0, 2, 2));
     __m128 extents = Lanes::extents(*this);
     __m128 center = Lanes::center(*this);
     if (transformation.IsRSMatrix()) {
-        const __m128 scale = _mm_loadu_ps(m + 11);
+        const Wm4::Vector3<float>& s = transformation.GetScale();
+        const __m128 scale = _mm_set_ps(s[2], s[1], s[0], 1.0f);
         extents = _mm_mul_ps(scale, extents);
         center = _mm_mul_ps(scale, center);
     }
