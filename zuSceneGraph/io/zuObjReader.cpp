@@ -109,7 +109,7 @@ private:
 
     Pipeline(ChunkSource& source, int workerCount) : mSource(source)
     {
-        const size_t slots = workerCount > 0 ? 2 * size_t(workerCount) + 2 : 1;
+        const size_t slots = workerCount > 0 ? size_t(workerCount) + 2 : 1;
         mSlots.resize(slots);
         for (int i = 0; i < workerCount; ++i) {
             try {

@@ -3,7 +3,6 @@
 #include <zuSceneGraph/math/zuGenericTransformation.h>
 #include <zuSceneGraph/objects/zuLazyVector.h>
 #include <zuSceneGraph/objects/zuNamedObject.h>
-#include <zuSceneGraph/objects/zuObjectPool.h>
 #include <zuSceneGraph/scenegraph/zuBoundingVolume.h>
 #include <zuSceneGraph/scenegraph/zuMetadataInterface.h>
 
@@ -57,10 +56,6 @@ public:
     static constexpr uint8_t FLAG_BOUND_FROM_BOX = 0x10;
 
     ~zuSpatial() override;
-
-    // Scene objects come from the object pool, so that a tree lies compactly in memory.
-    static void* operator new(size_t size) { return zuObjectPool::allocate(size); }
-    static void operator delete(void* object, size_t size) { zuObjectPool::release(object, size); }
 
     // Clears both change masks.
     virtual void Clean_Flags();
