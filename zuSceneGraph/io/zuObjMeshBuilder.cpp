@@ -194,7 +194,7 @@ inline size_t zuObjMeshBuilder::slotOf(const int32_t* corner) const
     const int64_t normalOffset = corner[2] < 0 ? 0 : int64_t(corner[2]) - corner[0];
     if (texCoordOffset != 0 || normalOffset != 0)
         hash += mix(((uint64_t(uint32_t(texCoordOffset)) << 32) | uint32_t(normalOffset)) ^ ~mSeed);
-    return static_cast<size_t>(hash) & (mTable.size() - 1);
+    return static_cast<size_t>(hash) & mMask;
 }
 
 void zuObjMeshBuilder::growTable()
@@ -205,7 +205,8 @@ void zuObjMeshBuilder::growTable()
     mTable.reserve(size_t(1) << mTableBits);
     adviseHugePages(mTable.data(), mTable.capacity() * sizeof(Entry));
     mTable.assign(size_t(1) << mTableBits, Entry{-1, -1, -1, 0});
-    const size_t mask = mTable.size() - 1;
+    const size_t mask = mMask = mTable.size() - 1;
+    mGrowAt = uint32_t(std::min<uint64_t>(uint64_t(mTable.size()) * 3 / 4, UINT32_MAX));
     for (const Entry& entry : old) {
         if (entry.position < 0)
             continue;
@@ -218,10 +219,9 @@ void zuObjMeshBuilder::growTable()
 
 inline uint32_t zuObjMeshBuilder::vertexOf(const int32_t* corner)
 {
-    if (uint64_t(mVertexCount) * 4 >= uint64_t(mTable.size()) * 3)
+    if (mVertexCount >= mGrowAt)
         growTable();
-    const size_t mask = mTable.size() - 1;
-    for (size_t slot = slotOf(corner);; slot = (slot + 1) & mask) {
+    for (size_t slot = slotOf(corner);; slot = (slot + 1) & mMask) {
         Entry& entry = mTable[slot];
         if (entry.position < 0) {
             entry = Entry{corner[0], corner[1], corner[2], mVertexCount};
@@ -345,6 +345,8 @@ zuPointer<zuBaseGeometry> zuObjMeshBuilder::Finish(const zuObjVertexData& data)
     mIndices.clear();
     std::vector<Entry>().swap(mTable);
     mTableBits = 0;
+    mMask = 0;
+    mGrowAt = 0;
     mVertexCount = 0;
     return leaf;
 }
