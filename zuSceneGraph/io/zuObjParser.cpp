@@ -2,7 +2,9 @@
 
 #include <bit>
 #include <cfloat>
+#include <algorithm>
 #include <charconv>
+#include <climits>
 #include <cmath>
 #include <cstring>
 
@@ -111,6 +113,36 @@ bool parseFloatSlow(const char* p, const char* end, float& value)
     return true;
 }
 
+// "d.dddddd" with an optional sign, correctly rounded (as zuObjParser::ParseFloat), inlined
+// into the number loop; false, with `p` unchanged, for every other token.
+inline bool parseFixedPoint(const char*& p, const char* end, float& value)
+{
+    if constexpr (std::endian::native == std::endian::little) {
+        const bool negative = p < end && *p == '-';
+        const char* q = p < end && (*p == '-' || *p == '+') ? p + 1 : p;
+        if (end - q < 8 || (end - q > 8 && !isDelimiter(q[8])))
+            return false;
+        uint64_t word;
+        std::memcpy(&word, q, sizeof(word));
+        const int64_t fixed = fixedPointDigits(word);
+        if (fixed < 0)
+            return false;
+        // A mantissa below 2^53 divided by an exact power of ten is correctly rounded;
+        // rounding that double to a float is too unless it lies halfway between two floats.
+        const double wide = static_cast<double>(fixed) / 1e6;
+        uint64_t bits;
+        std::memcpy(&bits, &wide, sizeof(bits));
+        if ((bits & 0x1FFFFFFFu) == 0x10000000u)
+            return false;
+        const float narrow = static_cast<float>(wide);
+        value = negative ? -narrow : narrow;
+        p = q + 8;
+        return true;
+    } else {
+        return false;
+    }
+}
+
 // A positive index as written (1-based) or a negative (relative) one; 0 and numbers beyond
 // 32 bits are refused.
 inline bool parseIndex(const char*& p, const char* end, int32_t& index)
@@ -139,7 +171,7 @@ int parseNumbers(const char* p, const char* end, float* values, int capacity, ui
     p = skipSpaces(p, end);
     while (p < end && *p != '#') {
         float value = 0.0f;
-        if (!zuObjParser::ParseFloat(p, end, value)) {
+        if (!parseFixedPoint(p, end, value) && !zuObjParser::ParseFloat(p, end, value)) {
             if (!reported)
                 chunk.errors.push_back({line, "bad number " + quoted(p, end) + " in a " + keyword + " statement"});
             reported = true;
@@ -195,6 +227,25 @@ inline void appendValues(std::vector<T>& array, const T* values, int count)
         array.push_back(values[i]);
 }
 
+// The largest index of each kind of an element and its smallest, as written.
+struct Extent {
+    int32_t highest[3] = {0, 0, 0};
+    int32_t lowest = 0;
+};
+
+// A corner as the chunk keeps it: each index less one (see Chunk::corners). `positive`:
+// no index is negative.
+inline void appendCorner(std::vector<int32_t>& corners, const int32_t* corner, Extent& extent, bool positive)
+{
+    for (int k = 0; k < 3; ++k) {
+        extent.highest[k] = std::max(extent.highest[k], corner[k]);
+        if (!positive)
+            extent.lowest = std::min(extent.lowest, corner[k]);
+    }
+    for (int k = 0; k < 3; ++k)
+        corners.push_back(corner[k] - 1);
+}
+
 void addVertex(const char* p, const char* end, uint32_t line, zuObjParser::Chunk& chunk)
 {
     float values[7] = {0, 0, 0, 0, 0, 0, 0};
@@ -234,13 +285,79 @@ void addNormal(const char* p, const char* end, uint32_t line, zuObjParser::Chunk
     appendValues(chunk.normals, values, 3);
 }
 
-// A face, line or point statement. A bad corner drops the whole statement.
-void addElement(const char* p, const char* end, uint32_t line, zuObjParser::ElementKind kind, const char* keyword,
-                zuObjParser::Chunk& chunk)
+// A positive index of at most nine digits, its end found by the byte after it not being a
+// digit (no bound to check). Where four digits lead (the indices of a large file have 5 to
+// 7), they are taken in one 32-bit word.
+inline bool readPlainIndex(const char*& p, const char* end, int32_t& index)
+{
+    const char* q = p;
+    uint32_t value = 0;
+    if constexpr (std::endian::native == std::endian::little) {
+        if (end - q >= 4) {
+            uint32_t word;
+            std::memcpy(&word, q, sizeof(word));
+            // Every byte a digit: its upper half 3, and still 3 once 6 is added to it.
+            if ((word & 0xF0F0F0F0u) == 0x30303030u && ((word + 0x06060606u) & 0xF0F0F0F0u) == 0x30303030u) {
+                const uint32_t pairs = (word - 0x30303030u) * 10 + ((word - 0x30303030u) >> 8);
+                value = (pairs & 0xFF) * 100 + ((pairs >> 16) & 0xFF);
+                q += 4;
+            }
+        }
+    }
+    unsigned digit;
+    while ((digit = static_cast<unsigned char>(*q) - unsigned('0')) <= 9 && q - p < 9) {
+        value = value * 10 + digit;
+        ++q;
+    }
+    if (digit <= 9 || value == 0)
+        return false;
+    index = static_cast<int32_t>(value);
+    p = q;
+    return true;
+}
+
+// The corners of an element in the shape nearly every file has (positive indices, corners
+// v, v/vt, v//vn or v/vt/vn separated by spaces or tabs), read without the general loop's
+// bound and sign checks: the byte at `end` must be readable and not a digit. Appends them and
+// returns how many; 0, with nothing appended, for any other shape, which the general loop
+// then reads and reports on.
+uint32_t readPlainCorners(const char* p, const char* end, std::vector<int32_t>& corners, Extent& extent)
+{
+    const size_t first = corners.size();
+    uint32_t count = 0;
+    Extent local;  // not `extent`, which the corners' stores could alias
+    p = skipSpaces(p, end);
+    while (p < end) {
+        int32_t corner[3] = {0, 0, 0};
+        bool ok = readPlainIndex(p, end, corner[0]);
+        if (ok && p < end && *p == '/') {
+            ++p;
+            if (p < end && *p == '/')
+                ok = readPlainIndex(++p, end, corner[2]);
+            else if ((ok = readPlainIndex(p, end, corner[1])) && p < end && *p == '/')
+                ok = readPlainIndex(++p, end, corner[2]);
+        }
+        if (!ok || (p < end && !isSpace(*p))) {
+            corners.resize(first);
+            return 0;
+        }
+        appendCorner(corners, corner, local, true);
+        ++count;
+        p = skipSpaces(p, end);
+    }
+    extent = local;
+    return count;
+}
+
+// A face, line or point statement. A bad corner drops the whole statement. `terminated`:
+// the byte at `end` is readable and not a digit.
+void addElement(const char* p, const char* end, bool terminated, uint32_t line, zuObjParser::ElementKind kind,
+                const char* keyword, zuObjParser::Chunk& chunk)
 {
     const size_t first = chunk.corners.size();
-    uint32_t count = 0;
-    p = skipSpaces(p, end);
+    Extent extent;
+    uint32_t count = terminated ? readPlainCorners(p, end, chunk.corners, extent) : 0;
+    p = count > 0 ? end : skipSpaces(p, end);
     while (p < end && *p != '#') {
         const char* token = p;
         int32_t corner[3] = {0, 0, 0};
@@ -260,7 +377,7 @@ void addElement(const char* p, const char* end, uint32_t line, zuObjParser::Elem
                                               " statement; the statement is dropped"});
             return;
         }
-        appendValues(chunk.corners, corner, 3);
+        appendCorner(chunk.corners, corner, extent, false);
         ++count;
         p = skipSpaces(p, end);
     }
@@ -272,10 +389,13 @@ void addElement(const char* p, const char* end, uint32_t line, zuObjParser::Elem
                                           "; the statement is dropped"});
         return;
     }
-    chunk.elements.push_back({static_cast<uint32_t>(first / 3), count, line, kind,
-                              static_cast<int32_t>(chunk.positions.size() / 3),
+    const int32_t above[3] = {static_cast<int32_t>(chunk.positions.size() / 3),
                               static_cast<int32_t>(chunk.texCoords.size() / 2),
-                              static_cast<int32_t>(chunk.normals.size() / 3)});
+                              static_cast<int32_t>(chunk.normals.size() / 3)};
+    chunk.elements.push_back({static_cast<uint32_t>(first / 3), count, line, kind, above[0], above[1], above[2]});
+    chunk.relative |= extent.lowest < 0;
+    for (int k = 0; k < 3; ++k)
+        chunk.reach[k] = std::max(chunk.reach[k], int64_t(extent.highest[k]) - 1 - above[k]);
 }
 
 void addStatement(zuObjParser::StatementKind kind, const char* p, const char* end, uint32_t line,
@@ -284,7 +404,7 @@ void addStatement(zuObjParser::StatementKind kind, const char* p, const char* en
     chunk.statements.push_back({kind, static_cast<uint32_t>(chunk.elements.size()), line, restAsName(p, end)});
 }
 
-void parseLine(const char* p, const char* end, uint32_t line, zuObjParser::Chunk& chunk)
+void parseLine(const char* p, const char* end, bool terminated, uint32_t line, zuObjParser::Chunk& chunk)
 {
     p = skipSpaces(p, end);
     if (p == end || *p == '#')
@@ -296,9 +416,9 @@ void parseLine(const char* p, const char* end, uint32_t line, zuObjParser::Chunk
     if (length == 1) {
         switch (word[0]) {
         case 'v': return addVertex(p, end, line, chunk);
-        case 'f': return addElement(p, end, line, zuObjParser::FACE, "f", chunk);
-        case 'l': return addElement(p, end, line, zuObjParser::LINE, "l", chunk);
-        case 'p': return addElement(p, end, line, zuObjParser::POINT, "p", chunk);
+        case 'f': return addElement(p, end, terminated, line, zuObjParser::FACE, "f", chunk);
+        case 'l': return addElement(p, end, terminated, line, zuObjParser::LINE, "l", chunk);
+        case 'p': return addElement(p, end, terminated, line, zuObjParser::POINT, "p", chunk);
         case 'g': return addStatement(zuObjParser::GROUP, p, end, line, chunk);
         case 'o': return addStatement(zuObjParser::OBJECT, p, end, line, chunk);
         default: break;
@@ -330,6 +450,8 @@ void zuObjParser::Chunk::clear()
     errors.clear();
     lineCount = 0;
     hasAlpha = false;
+    relative = false;
+    std::fill(std::begin(reach), std::end(reach), INT64_MIN);
 }
 
 bool zuObjParser::ParseFloat(const char*& p, const char* end, float& value)
@@ -338,33 +460,12 @@ bool zuObjParser::ParseFloat(const char*& p, const char* end, float& value)
     // A mantissa of at most 2^53 scaled by an exact power of ten is one correctly rounded
     // double operation; rounding that double to a float is then correct unless the double
     // lies exactly halfway between two floats, which goes to the slow path.
+    if (parseFixedPoint(p, end, value))
+        return true;
     const char* q = p;
     const bool negative = q < end && *q == '-';
     if (q < end && (*q == '-' || *q == '+'))
         ++q;
-    if constexpr (std::endian::native == std::endian::little) {
-        if (end - q >= 8 && (end - q == 8 || isDelimiter(q[8]))) {
-            uint64_t word;
-            std::memcpy(&word, q, sizeof(word));
-            const int64_t fixed = fixedPointDigits(word);
-            if (fixed == 0) {
-                value = negative ? -0.0f : 0.0f;
-                p = q + 8;
-                return true;
-            }
-            if (fixed > 0) {
-                const double wide = static_cast<double>(fixed) / 1e6;
-                uint64_t bits;
-                std::memcpy(&bits, &wide, sizeof(bits));
-                if ((bits & 0x1FFFFFFFu) != 0x10000000u) {
-                    const float narrow = static_cast<float>(wide);
-                    value = negative ? -narrow : narrow;
-                    p = q + 8;
-                    return true;
-                }
-            }
-        }
-    }
     uint64_t mantissa = 0;
     const char* digits = q;
     q = readDigits(q, end, mantissa);
@@ -433,8 +534,11 @@ size_t zuObjParser::WholeLinesLength(const char* text, size_t size)
 void zuObjParser::Parse(const char* text, size_t size, Chunk& chunk)
 {
     chunk.clear();
-    chunk.lineCount = ForEachLine(text, size, [&chunk](const char* begin, const char* end, uint32_t line) {
-        parseLine(begin, end, line, chunk);
+    // A line ends before its line end, or at the end of the text, or is a joined line held in
+    // a string (which ends with a null character): only the last is not followed by a byte.
+    const char* const textEnd = text + size;
+    chunk.lineCount = ForEachLine(text, size, [&chunk, textEnd](const char* begin, const char* end, uint32_t line) {
+        parseLine(begin, end, end != textEnd, line, chunk);
     });
 }
 
