@@ -171,12 +171,6 @@ void zuNode::Clean_Flags()
             child->Clean_Flags();
 }
 
-zuNode* zuNode::childNode(int i) const
-{
-    zuSpatial* child = i < mChildCount ? mChildren[i].get() : nullptr;
-    return child && child->hasSlots() ? static_cast<zuNode*>(child) : nullptr;
-}
-
 void zuNode::GetVisibleSet(zuCuller& culler, bool noCull, bool flag)
 {
     // The children lie apart in memory: their bounds are asked for all at once. Below a

@@ -146,7 +146,11 @@ private:
     // ahead of its visit.
     static constexpr int PREFETCHED_GRANDCHILDREN = 16;
     // The child in slot i when it is a node (a node has slots), else null; i may be count or more.
-    zuNode* childNode(int i) const;
+    zuNode* childNode(int i) const
+    {
+        zuSpatial* child = i < mChildCount ? mChildren[i].get() : nullptr;
+        return child && child->hasSlots() ? static_cast<zuNode*>(child) : nullptr;
+    }
 
     // Reallocates the array to exactly n slots, moving the first min(n, count) children.
     void resizeSlots(int n);
