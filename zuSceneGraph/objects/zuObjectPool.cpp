@@ -10,10 +10,11 @@ namespace zu {
 
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+// Address and memory checks must see each object; the thread checker sees the pool's lock.
+#if defined(__SANITIZE_ADDRESS__)
 constexpr bool POOLED = false;
 #elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer) || __has_feature(memory_sanitizer)
+#if __has_feature(address_sanitizer) || __has_feature(memory_sanitizer)
 constexpr bool POOLED = false;
 #else
 constexpr bool POOLED = true;

@@ -11,8 +11,9 @@ namespace zu {
 //
 // A freed block is reused by the next object of its size; a chunk whose blocks are all free
 // gives its memory back to the system (but the last one with room in its size class).
-// Blocks above MAX_POOLED_SIZE come from the global operator new. Thread-safe. Sanitizer
-// builds use the global operator new for every block, so that their checks see each object.
+// Blocks above MAX_POOLED_SIZE come from the global operator new. Thread-safe. Address and
+// memory sanitizer builds use the global operator new for every block, so that their checks
+// see each object.
 class zuObjectPool {
 public:
     static constexpr size_t MAX_POOLED_SIZE = 1024;
