@@ -1,5 +1,6 @@
 #include <zuSceneGraph/resources/zuBlockResourceHandler.h>
 
+#include <zuSceneGraph/objects/zuObjectPool.h>
 #include <zuSceneGraph/resources/zuBlockReader.h>
 #include <zuSceneGraph/resources/zuDynamicLoadingResource.h>
 
@@ -60,7 +61,7 @@ char* zuBlockResourceHandler::AllocateBlock(uint64_t size)
 {
     if (size > std::numeric_limits<size_t>::max())
         return nullptr;
-    return new (std::nothrow) char[static_cast<size_t>(size)];
+    return static_cast<char*>(zuObjectPool::allocateBlock(static_cast<size_t>(size)));
 }
 
 char* zuBlockResourceHandler::NewBlock(int64_t size, bool zeroed)
@@ -79,7 +80,7 @@ char* zuBlockResourceHandler::NewBlock(int64_t size, bool zeroed)
 
 void zuBlockResourceHandler::FreeBlock(char* block)
 {
-    delete[] block;
+    zuObjectPool::releaseBlock(block);
 }
 
 } // namespace zu

@@ -66,7 +66,8 @@ public:
     static zuBlockResourceHandler* CloneFrom(const zuDynamicLoadingResourceHandler* handler);
     // The resource's own handler as a block handler (the caller owns it), or null.
     static zuBlockResourceHandler* CreateFor(const zuDynamicLoadingResource* resource);
-    // new char[size] that never throws: null when the memory is not there.
+    // A block that never throws: null when the memory is not there. Small blocks come from
+    // the object pool's block chunks (no allocation header each).
     static char* AllocateBlock(uint64_t size);
     static void FreeBlock(char* block);
     // A block for the constructors and resizes of a kind: null for a size of 0 or less,
