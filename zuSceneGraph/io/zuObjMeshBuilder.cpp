@@ -8,6 +8,7 @@
 
 #include <sys/mman.h>
 
+#include <algorithm>
 #include <climits>
 #include <cmath>
 #include <cstring>
@@ -215,7 +216,7 @@ void zuObjMeshBuilder::growTable()
     }
 }
 
-uint32_t zuObjMeshBuilder::vertexOf(const int32_t* corner)
+inline uint32_t zuObjMeshBuilder::vertexOf(const int32_t* corner)
 {
     if (uint64_t(mVertexCount) * 4 >= uint64_t(mTable.size()) * 3)
         growTable();
@@ -313,13 +314,14 @@ zuPointer<zuBaseGeometry> zuObjMeshBuilder::Finish(const zuObjVertexData& data)
         const bool narrow = mVertexCount <= 65536;
         zuPointer<zuIndexBuffer> indices(
             new zuIndexBuffer(indexCount, narrow ? zuIndexBuffer::INDEX_16 : zuIndexBuffer::INDEX_32));
-        for (int i = 0; i < indexCount; ++i) {
-            const uint32_t index = *mIndices[static_cast<size_t>(i)];
+        size_t copied = 0;
+        mIndices.forEachBlock([&](const uint32_t* values, size_t count) {
             if (narrow)
-                indices->GetIndices16()[i] = static_cast<unsigned short>(index);
+                std::copy(values, values + count, indices->GetIndices16() + copied);
             else
-                indices->GetIndices32()[i] = index;
-        }
+                std::memcpy(indices->GetIndices32() + copied, values, count * sizeof(uint32_t));
+            copied += count;
+        });
         mIndices.clear();
 
         zuPointer<zuVertexBuffer> vertices(new zuVertexBuffer(layout, static_cast<int>(mVertexCount)));

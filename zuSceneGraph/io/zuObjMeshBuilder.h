@@ -58,7 +58,7 @@ private:
         uint32_t vertex;
     };
 
-    uint32_t vertexOf(const int32_t* corner);
+    [[gnu::always_inline]] uint32_t vertexOf(const int32_t* corner);
     [[gnu::always_inline]] size_t slotOf(const int32_t* corner) const;
     void growTable();
     [[gnu::always_inline]] void emit(uint32_t index) { mIndices.push_back(&index); }

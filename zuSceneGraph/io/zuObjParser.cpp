@@ -1,5 +1,6 @@
 #include <zuSceneGraph/io/zuObjParser.h>
 
+#include <bit>
 #include <cfloat>
 #include <charconv>
 #include <cmath>
@@ -59,6 +60,27 @@ std::string quoted(const char* p, const char* end)
     return text;
 }
 
+// The value of the seven digits of "d.dddddd" (the shape most writers print) in the eight
+// bytes `word` holds in text order, or -1 when they are not that. The point is replaced by
+// the digit before it and a '0' leads, so that the eight bytes are digits; a byte is a digit
+// when its upper half is 3 and stays 3 once 6 is added. They are then combined in pairs,
+// quads and halves.
+inline int64_t fixedPointDigits(uint64_t word)
+{
+    constexpr uint64_t HIGH = 0xF0F0F0F0F0F0F0F0ull;
+    constexpr uint64_t ZEROS = 0x3030303030303030ull;
+    if (((word >> 8) & 0xFF) != '.')
+        return -1;
+    uint64_t digits = ((word & 0xFF) << 8) | (word & 0xFFFFFFFFFFFF0000ull) | '0';
+    if ((digits & HIGH) != ZEROS || ((digits + 0x0606060606060606ull) & HIGH) != ZEROS)
+        return -1;
+    digits -= ZEROS;
+    digits = digits * 10 + (digits >> 8);
+    digits = ((digits & 0x000000FF000000FFull) * (100 + (1000000ull << 32)) +
+              ((digits >> 16) & 0x000000FF000000FFull) * (1 + (10000ull << 32))) >> 32;
+    return static_cast<int64_t>(digits);
+}
+
 constexpr double POWERS_OF_TEN[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
                                     1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 
@@ -89,6 +111,36 @@ bool parseFloatSlow(const char* p, const char* end, float& value)
     return true;
 }
 
+// "d.dddddd" with an optional sign, correctly rounded (as zuObjParser::ParseFloat), inlined
+// into the number loop; false, with `p` unchanged, for every other token.
+inline bool parseFixedPoint(const char*& p, const char* end, float& value)
+{
+    if constexpr (std::endian::native == std::endian::little) {
+        const bool negative = p < end && *p == '-';
+        const char* q = p < end && (*p == '-' || *p == '+') ? p + 1 : p;
+        if (end - q < 8 || (end - q > 8 && !isDelimiter(q[8])))
+            return false;
+        uint64_t word;
+        std::memcpy(&word, q, sizeof(word));
+        const int64_t fixed = fixedPointDigits(word);
+        if (fixed < 0)
+            return false;
+        // A mantissa below 2^53 divided by an exact power of ten is correctly rounded;
+        // rounding that double to a float is too unless it lies halfway between two floats.
+        const double wide = static_cast<double>(fixed) / 1e6;
+        uint64_t bits;
+        std::memcpy(&bits, &wide, sizeof(bits));
+        if ((bits & 0x1FFFFFFFu) == 0x10000000u)
+            return false;
+        const float narrow = static_cast<float>(wide);
+        value = negative ? -narrow : narrow;
+        p = q + 8;
+        return true;
+    } else {
+        return false;
+    }
+}
+
 // A positive index as written (1-based) or a negative (relative) one; 0 and numbers beyond
 // 32 bits are refused.
 inline bool parseIndex(const char*& p, const char* end, int32_t& index)
@@ -117,7 +169,7 @@ int parseNumbers(const char* p, const char* end, float* values, int capacity, ui
     p = skipSpaces(p, end);
     while (p < end && *p != '#') {
         float value = 0.0f;
-        if (!zuObjParser::ParseFloat(p, end, value)) {
+        if (!parseFixedPoint(p, end, value) && !zuObjParser::ParseFloat(p, end, value)) {
             if (!reported)
                 chunk.errors.push_back({line, "bad number " + quoted(p, end) + " in a " + keyword + " statement"});
             reported = true;
@@ -165,6 +217,14 @@ bool isSkippedKeyword(const char* word, size_t length)
     return false;
 }
 
+// A few values one by one: cheaper than a range insert, which is not inlined.
+template <class T>
+inline void appendValues(std::vector<T>& array, const T* values, int count)
+{
+    for (int i = 0; i < count; ++i)
+        array.push_back(values[i]);
+}
+
 void addVertex(const char* p, const char* end, uint32_t line, zuObjParser::Chunk& chunk)
 {
     float values[7] = {0, 0, 0, 0, 0, 0, 0};
@@ -172,7 +232,7 @@ void addVertex(const char* p, const char* end, uint32_t line, zuObjParser::Chunk
     if (count < 3 || count == 5 || count > 7)
         chunk.errors.push_back({line, "a v statement takes x y z, an optional w or a colour (r g b or r g b a); found " +
                                           std::to_string(count) + " numbers"});
-    chunk.positions.insert(chunk.positions.end(), values, values + 3);
+    appendValues(chunk.positions, values, 3);
     const bool colored = count == 6 || count == 7;
     if (colored && chunk.colors.empty())
         chunk.colors.assign((chunk.positions.size() / 3 - 1) * 4, 1.0f);
@@ -192,7 +252,7 @@ void addTexCoord(const char* p, const char* end, uint32_t line, zuObjParser::Chu
     if (count < 1 || count > 3)
         chunk.errors.push_back(
             {line, "a vt statement takes u [v [w]]; found " + std::to_string(count) + " numbers"});
-    chunk.texCoords.insert(chunk.texCoords.end(), values, values + 2);
+    appendValues(chunk.texCoords, values, 2);
 }
 
 void addNormal(const char* p, const char* end, uint32_t line, zuObjParser::Chunk& chunk)
@@ -201,24 +261,82 @@ void addNormal(const char* p, const char* end, uint32_t line, zuObjParser::Chunk
     const int count = parseNumbers(p, end, values, 3, line, "vn", chunk);
     if (count != 3)
         chunk.errors.push_back({line, "a vn statement takes x y z; found " + std::to_string(count) + " numbers"});
-    chunk.normals.insert(chunk.normals.end(), values, values + 3);
+    appendValues(chunk.normals, values, 3);
 }
 
-// A face, line or point statement. A bad corner drops the whole statement. Corners gather
-// in a small local array and join the chunk's in runs.
-void addElement(const char* p, const char* end, uint32_t line, zuObjParser::ElementKind kind, const char* keyword,
-                zuObjParser::Chunk& chunk)
+// A positive index of at most nine digits, its end found by the byte after it not being a
+// digit (no bound to check). Where four digits lead (the indices of a large file have 5 to
+// 7), they are taken in one 32-bit word.
+inline bool readPlainIndex(const char*& p, const char* end, int32_t& index)
 {
-    constexpr int RUN = 48;  // 16 corners
-    int32_t run[RUN];
-    int used = 0;
-    const size_t first = chunk.corners.size();
+    const char* q = p;
+    uint32_t value = 0;
+    if constexpr (std::endian::native == std::endian::little) {
+        if (end - q >= 4) {
+            uint32_t word;
+            std::memcpy(&word, q, sizeof(word));
+            // Every byte a digit: its upper half 3, and still 3 once 6 is added to it.
+            if ((word & 0xF0F0F0F0u) == 0x30303030u && ((word + 0x06060606u) & 0xF0F0F0F0u) == 0x30303030u) {
+                const uint32_t pairs = (word - 0x30303030u) * 10 + ((word - 0x30303030u) >> 8);
+                value = (pairs & 0xFF) * 100 + ((pairs >> 16) & 0xFF);
+                q += 4;
+            }
+        }
+    }
+    unsigned digit;
+    while ((digit = static_cast<unsigned char>(*q) - unsigned('0')) <= 9 && q - p < 9) {
+        value = value * 10 + digit;
+        ++q;
+    }
+    if (digit <= 9 || value == 0)
+        return false;
+    index = static_cast<int32_t>(value);
+    p = q;
+    return true;
+}
+
+// The corners of an element in the shape nearly every file has (positive indices, corners
+// v, v/vt, v//vn or v/vt/vn separated by spaces or tabs), read without the general loop's
+// bound and sign checks: the byte at `end` must be readable and not a digit. Appends them and
+// returns how many; 0, with nothing appended, for any other shape, which the general loop
+// then reads and reports on.
+uint32_t readPlainCorners(const char* p, const char* end, std::vector<int32_t>& corners)
+{
+    const size_t first = corners.size();
     uint32_t count = 0;
     p = skipSpaces(p, end);
+    while (p < end) {
+        int32_t corner[3] = {0, 0, 0};
+        bool ok = readPlainIndex(p, end, corner[0]);
+        if (ok && p < end && *p == '/') {
+            ++p;
+            if (p < end && *p == '/')
+                ok = readPlainIndex(++p, end, corner[2]);
+            else if ((ok = readPlainIndex(p, end, corner[1])) && p < end && *p == '/')
+                ok = readPlainIndex(++p, end, corner[2]);
+        }
+        if (!ok || (p < end && !isSpace(*p))) {
+            corners.resize(first);
+            return 0;
+        }
+        appendValues(corners, corner, 3);
+        ++count;
+        p = skipSpaces(p, end);
+    }
+    return count;
+}
+
+// A face, line or point statement. A bad corner drops the whole statement. `terminated`:
+// the byte at `end` is readable and not a digit.
+void addElement(const char* p, const char* end, bool terminated, uint32_t line, zuObjParser::ElementKind kind,
+                const char* keyword, zuObjParser::Chunk& chunk)
+{
+    const size_t first = chunk.corners.size();
+    uint32_t count = terminated ? readPlainCorners(p, end, chunk.corners) : 0;
+    p = count > 0 ? end : skipSpaces(p, end);
     while (p < end && *p != '#') {
         const char* token = p;
-        int32_t* corner = run + used;
-        corner[1] = corner[2] = 0;
+        int32_t corner[3] = {0, 0, 0};
         bool ok = parseIndex(p, end, corner[0]);
         if (ok && p < end && *p == '/') {
             ++p;
@@ -235,15 +353,10 @@ void addElement(const char* p, const char* end, uint32_t line, zuObjParser::Elem
                                               " statement; the statement is dropped"});
             return;
         }
-        used += 3;
-        if (used == RUN) {
-            chunk.corners.insert(chunk.corners.end(), run, run + used);
-            used = 0;
-        }
+        appendValues(chunk.corners, corner, 3);
         ++count;
         p = skipSpaces(p, end);
     }
-    chunk.corners.insert(chunk.corners.end(), run, run + used);
     const uint32_t least = kind == zuObjParser::FACE ? 3 : kind == zuObjParser::LINE ? 2 : 1;
     if (count < least) {
         chunk.corners.resize(first);
@@ -264,7 +377,7 @@ void addStatement(zuObjParser::StatementKind kind, const char* p, const char* en
     chunk.statements.push_back({kind, static_cast<uint32_t>(chunk.elements.size()), line, restAsName(p, end)});
 }
 
-void parseLine(const char* p, const char* end, uint32_t line, zuObjParser::Chunk& chunk)
+void parseLine(const char* p, const char* end, bool terminated, uint32_t line, zuObjParser::Chunk& chunk)
 {
     p = skipSpaces(p, end);
     if (p == end || *p == '#')
@@ -276,9 +389,9 @@ void parseLine(const char* p, const char* end, uint32_t line, zuObjParser::Chunk
     if (length == 1) {
         switch (word[0]) {
         case 'v': return addVertex(p, end, line, chunk);
-        case 'f': return addElement(p, end, line, zuObjParser::FACE, "f", chunk);
-        case 'l': return addElement(p, end, line, zuObjParser::LINE, "l", chunk);
-        case 'p': return addElement(p, end, line, zuObjParser::POINT, "p", chunk);
+        case 'f': return addElement(p, end, terminated, line, zuObjParser::FACE, "f", chunk);
+        case 'l': return addElement(p, end, terminated, line, zuObjParser::LINE, "l", chunk);
+        case 'p': return addElement(p, end, terminated, line, zuObjParser::POINT, "p", chunk);
         case 'g': return addStatement(zuObjParser::GROUP, p, end, line, chunk);
         case 'o': return addStatement(zuObjParser::OBJECT, p, end, line, chunk);
         default: break;
@@ -318,6 +431,8 @@ bool zuObjParser::ParseFloat(const char*& p, const char* end, float& value)
     // A mantissa of at most 2^53 scaled by an exact power of ten is one correctly rounded
     // double operation; rounding that double to a float is then correct unless the double
     // lies exactly halfway between two floats, which goes to the slow path.
+    if (parseFixedPoint(p, end, value))
+        return true;
     const char* q = p;
     const bool negative = q < end && *q == '-';
     if (q < end && (*q == '-' || *q == '+'))
@@ -390,8 +505,11 @@ size_t zuObjParser::WholeLinesLength(const char* text, size_t size)
 void zuObjParser::Parse(const char* text, size_t size, Chunk& chunk)
 {
     chunk.clear();
-    chunk.lineCount = ForEachLine(text, size, [&chunk](const char* begin, const char* end, uint32_t line) {
-        parseLine(begin, end, line, chunk);
+    // A line ends before its line end, or at the end of the text, or is a joined line held in
+    // a string (which ends with a null character): only the last is not followed by a byte.
+    const char* const textEnd = text + size;
+    chunk.lineCount = ForEachLine(text, size, [&chunk, textEnd](const char* begin, const char* end, uint32_t line) {
+        parseLine(begin, end, end != textEnd, line, chunk);
     });
 }
 

@@ -16,7 +16,6 @@
 #include <chrono>
 #include <climits>
 #include <condition_variable>
-#include <deque>
 #include <functional>
 #include <map>
 #include <memory>
@@ -82,8 +81,12 @@ private:
     bool mFailed = false;
 };
 
-// Parses the chunks of a source on worker threads and hands them, in file order, to
-// `consume` on the calling thread. Without workers the calling thread parses too.
+// Reads and parses the chunks of a source on worker threads and hands them, in file order,
+// to `consume` on the calling thread. A worker takes the source (one at a time: chunks are
+// cut where the previous one ended), reads the next chunk into a free slot, lets the source
+// go and parses; so the calling thread only merges. While the chunk it needs next is not
+// ready, the calling thread reads and parses one itself when a slot is free, rather than
+// wait for a worker the system may not be running. Without workers it does all of it.
 class Pipeline {
 public:
     using Consume = std::function<bool(const zuObjParser::Chunk& chunk, size_t bytes)>;
@@ -96,7 +99,7 @@ public:
     }
 
 private:
-    enum State { FREE, QUEUED, PARSED, FAILED };
+    enum State { FREE, BUSY, PARSED, FAILED };
     struct Slot {
         std::vector<char> text;
         size_t size = 0;
@@ -106,14 +109,15 @@ private:
 
     Pipeline(ChunkSource& source, int workerCount) : mSource(source)
     {
+        const size_t slots = workerCount > 0 ? size_t(workerCount) + 2 : 1;
+        mSlots.resize(slots);
         for (int i = 0; i < workerCount; ++i) {
             try {
                 mWorkers.emplace_back([this] { work(); });
             } catch (const std::system_error&) {
-                break;  // fewer workers, or none: the calling thread parses
+                break;  // fewer workers, or none: the calling thread reads and parses
             }
         }
-        mSlots.resize(mWorkers.empty() ? 1 : 2 * mWorkers.size() + 2);
     }
 
     ~Pipeline()
@@ -121,102 +125,96 @@ private:
         {
             std::lock_guard<std::mutex> lock(mMutex);
             mStop = true;
-            mQueue.clear();
         }
-        mQueued.notify_all();
+        mChanged.notify_all();
         for (std::thread& worker : mWorkers)
             worker.join();
     }
 
-    static State parse(Slot& slot)
+    // Reads the next chunk into its slot and parses it. Called with `lock` held, the source
+    // not taken and the next slot free; returns with `lock` held.
+    void produce(std::unique_lock<std::mutex>& lock)
     {
+        Slot& slot = mSlots[mRead % mSlots.size()];
+        slot.state = BUSY;
+        mSourceTaken = true;
+        lock.unlock();
+        State state = PARSED;
+        bool read = true;
         try {
-            zuObjParser::Parse(slot.text.data(), slot.size, slot.chunk);
-            return PARSED;
+            read = mSource.next(slot.text, slot.size);
         } catch (const std::bad_alloc&) {
-            slot.chunk.clear();
-            return FAILED;
+            state = FAILED;
         }
+        lock.lock();
+        mSourceTaken = false;
+        mEnd = !read || state == FAILED;
+        mChanged.notify_all();
+        if (!read) {
+            slot.state = FREE;
+            return;
+        }
+        ++mRead;
+        if (state == PARSED) {
+            lock.unlock();
+            try {
+                zuObjParser::Parse(slot.text.data(), slot.size, slot.chunk);
+            } catch (const std::bad_alloc&) {
+                slot.chunk.clear();
+                state = FAILED;
+            }
+            lock.lock();
+        }
+        slot.state = state;
+        mChanged.notify_all();
     }
+
+    bool canRead() const { return !mEnd && !mSourceTaken && mSlots[mRead % mSlots.size()].state == FREE; }
 
     void work()
     {
+        std::unique_lock<std::mutex> lock(mMutex);
         for (;;) {
-            std::unique_lock<std::mutex> lock(mMutex);
-            mQueued.wait(lock, [this] { return mStop || !mQueue.empty(); });
-            if (mQueue.empty())
+            mChanged.wait(lock, [this] { return mStop || mEnd || canRead(); });
+            if (mStop || mEnd)
                 return;
-            Slot& slot = mSlots[mQueue.front()];
-            mQueue.pop_front();
-            lock.unlock();
-            const State state = parse(slot);
-            lock.lock();
-            slot.state = state;
-            mParsed.notify_all();
+            produce(lock);
         }
-    }
-
-    // Reads the chunk of sequence number `sequence` into its slot and queues it.
-    bool fill(size_t sequence)
-    {
-        Slot& slot = mSlots[sequence % mSlots.size()];
-        if (!mSource.next(slot.text, slot.size))
-            return false;
-        if (mWorkers.empty()) {
-            slot.state = parse(slot);
-            return true;
-        }
-        {
-            std::lock_guard<std::mutex> lock(mMutex);
-            slot.state = QUEUED;
-            mQueue.push_back(sequence % mSlots.size());
-        }
-        mQueued.notify_one();
-        return true;
     }
 
     bool run(const Consume& consume)
     {
-        size_t filled = 0;
-        while (filled < mSlots.size() && fill(filled))
-            ++filled;
-        for (size_t consumed = 0; consumed < filled; ++consumed) {
+        for (size_t consumed = 0;; ++consumed) {
             Slot& slot = mSlots[consumed % mSlots.size()];
-            {
-                // While the chunk it needs is not parsed yet, the calling thread parses queued
-                // chunks itself rather than wait for a worker the system may not be running.
-                std::unique_lock<std::mutex> lock(mMutex);
-                while (slot.state == QUEUED) {
-                    if (mQueue.empty()) {
-                        mParsed.wait(lock);
-                        continue;
-                    }
-                    Slot& queued = mSlots[mQueue.front()];
-                    mQueue.pop_front();
-                    lock.unlock();
-                    const State state = parse(queued);
-                    lock.lock();
-                    queued.state = state;
-                }
+            std::unique_lock<std::mutex> lock(mMutex);
+            while (slot.state != PARSED && slot.state != FAILED) {
+                if (mEnd && consumed >= mRead)
+                    return !mSource.failed();
+                // The chunk needed next is not read yet and no worker is reading: do it here.
+                if (consumed == mRead && canRead())
+                    produce(lock);
+                else
+                    mChanged.wait(lock);
             }
             if (slot.state == FAILED)
-                throw std::bad_alloc();  // a worker ran out of memory: the caller reports it
+                throw std::bad_alloc();  // reading or parsing ran out of memory: the caller reports it
+            lock.unlock();
             if (!consume(slot.chunk, slot.size))
                 return false;
+            lock.lock();
             slot.state = FREE;
-            if (fill(filled))
-                ++filled;
+            mChanged.notify_all();
         }
-        return !mSource.failed();
     }
 
     ChunkSource& mSource;
     std::vector<Slot> mSlots;
     std::vector<std::thread> mWorkers;
     std::mutex mMutex;
-    std::condition_variable mQueued;
-    std::condition_variable mParsed;
-    std::deque<size_t> mQueue;
+    std::condition_variable mChanged;
+    size_t mRead = 0;           // chunks read so far: the next one goes to slot mRead % slots
+    bool mSourceTaken = false;  // a thread is reading
+    bool mEnd = false;          // the source has no more chunks, or reading ran out of memory
     bool mStop = false;
 };
 

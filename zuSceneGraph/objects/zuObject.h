@@ -1,5 +1,6 @@
 #pragma once
 
+#include <zuSceneGraph/objects/zuObjectPool.h>
 #include <zuSceneGraph/objects/zuPointer.h>
 #include <zuSceneGraph/objects/zuRttiInterface.h>
 
@@ -24,6 +25,11 @@ public:
     using UnlockFunction = void (*)();
 
     ~zuObject() override = default;
+
+    // Objects come from the object pool: the objects of a scene lie compactly in memory, and
+    // the many small ones (spatial objects, buffers) cost no allocation header.
+    static void* operator new(size_t size) { return zuObjectPool::allocate(size); }
+    static void operator delete(void* object, size_t size) { zuObjectPool::release(object, size); }
 
     const zuRtti& GetType() const override { return TYPE; }
     void IncrementReferences() const override { ++mReferences; }

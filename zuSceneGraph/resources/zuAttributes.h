@@ -1,6 +1,8 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 namespace zu {
@@ -20,6 +22,11 @@ class zuFieldVisitor;
 //
 // An absent group has offset -1 and 0 channels. Every setter recomputes the offsets and
 // the stride (UpdateOffsets): they are derived from the channel counts alone.
+//
+// A value holds one pointer to an immutable layout record shared by every equal value
+// (interned): a model has a handful of distinct layouts and very many buffers. A setter
+// makes (or finds) the record of the changed layout. Copies share the record; values may be
+// made, copied and dropped on several threads at once.
 class zuAttributes {
 public:
     // Every group, in layout order. COLOR, TCOORD and the USER_ families have units
@@ -45,12 +52,18 @@ public:
     };
 
     // Stride 0, no group.
-    zuAttributes();
+    zuAttributes() = default;
+    zuAttributes(const zuAttributes& other) : mLayout(other.mLayout) { retain(mLayout); }
+    zuAttributes(zuAttributes&& other) noexcept : mLayout(other.mLayout) { other.mLayout = &msEmpty; }
+    zuAttributes& operator=(const zuAttributes& other);
+    zuAttributes& operator=(zuAttributes&& other) noexcept;
+    ~zuAttributes() { release(mLayout); }
 
-    // Resets every offset, then gives each present group (unit) in layout order the running
-    // stride as its offset and adds its bytes (channels × component size).
-    void UpdateOffsets();
-    int GetStride() const { return mStride; }
+    // Each present group (unit) in layout order has the running stride as its offset and adds
+    // its bytes (channels × component size). Every setter lays the groups out so; this
+    // call finds them laid out already and changes nothing.
+    void UpdateOffsets() {}
+    int GetStride() const { return mLayout->stride; }
 
     // The generic forms, for code that walks every group. `unit` is ignored by the single
     // groups. The channel count is 0 and the offset -1 (all ones as an unsigned value) for
@@ -59,8 +72,9 @@ public:
     unsigned int GetOffsetByte(Group group, int unit = 0) const
     {
         // Inline for the single groups: the vertex accessors ask once per element.
-        if (const Slot* single = slot(group))
-            return static_cast<unsigned int>(single->offset);
+        const int single = singleIndex(group);
+        if (single >= 0)
+            return static_cast<unsigned int>(mLayout->singles[single].offset);
         return unitOffsetByte(group, unit);
     }
     bool Has(Group group, int unit = 0) const { return GetChannels(group, unit) > 0; }
@@ -148,27 +162,46 @@ private:
         int offset = -1;
         int channels = 0;
     };
+    static constexpr int SINGLE_COUNT = 8;  // the groups without units
     static constexpr int FAMILY_COUNT = 8;  // COLOR, TCOORD, USER_BYTE ... USER_UINT
 
-    Slot* slot(Group group)
+    // One distinct layout. The channel counts are its identity; the offsets and the stride
+    // follow from them (layOut). Records in use are never changed.
+    struct Layout {
+        mutable std::atomic<uint32_t> references{0};
+        int stride = 0;
+        Slot singles[SINGLE_COUNT];
+        int unitCount[FAMILY_COUNT] = {};
+        // The units of every family, family after family in layout order (colour, texture
+        // coordinates, the six user families).
+        std::vector<Slot> units;
+
+        Layout() = default;
+        Layout(const Layout& other);
+        size_t firstUnit(int familyIndex) const;
+        void layOut();
+        void setChannels(Group group, int unit, int channels);
+        void setUnitChannels(Group group, const std::vector<int>& channels);
+    };
+
+    // The index of a single group in Layout::singles, -1 for a unit family.
+    static constexpr int singleIndex(Group group)
     {
         switch (group) {
-        case POSITION: return &mPosition;
-        case BLEND_WEIGHT: return &mBlendWeight;
-        case NORMAL: return &mNormal;
-        case FOG: return &mFog;
-        case PSIZE: return &mPSize;
-        case BLEND_INDICES: return &mBlendIndices;
-        case TANGENT: return &mTangent;
-        case BITANGENT: return &mBitangent;
-        default: return nullptr;
+        case POSITION: return 0;
+        case BLEND_WEIGHT: return 1;
+        case NORMAL: return 2;
+        case FOG: return 3;
+        case PSIZE: return 4;
+        case BLEND_INDICES: return 5;
+        case TANGENT: return 6;
+        case BITANGENT: return 7;
+        default: return -1;
         }
     }
-    const Slot* slot(Group group) const { return const_cast<zuAttributes*>(this)->slot(group); }
     // The offset of a unit of a unit family.
     unsigned int unitOffsetByte(Group group, int unit) const;
-    // The index of a unit family in mUnitCount (-1 for a single group) and the position of
-    // its first unit in mUnits.
+    // The index of a unit family in Layout::unitCount (-1 for a single group).
     static constexpr int family(Group group)
     {
         if (group == COLOR)
@@ -177,26 +210,29 @@ private:
             return 1;
         return group >= USER_BYTE && group <= USER_UINT ? 2 + (group - USER_BYTE) : -1;
     }
-    size_t firstUnit(int familyIndex) const;
-    // The count setters without the offset pass, for a stream load that sets every count
-    // and then runs UpdateOffsets once.
-    void setChannelsOnly(Group group, int unit, int channels);
-    void setUnitChannelsOnly(Group group, const std::vector<int>& channels);
+    // A copy of the current record's counts to change; adopt lays it out and makes it this
+    // value's layout (a stream load sets every count of one draft, then adopts it once).
+    Layout draft() const { return Layout(*mLayout); }
+    void adopt(Layout&& draft);
 
-    int mStride = 0;
-    Slot mPosition;
-    Slot mBlendWeight;
-    Slot mNormal;
-    Slot mFog;
-    Slot mPSize;
-    Slot mBlendIndices;
-    Slot mTangent;
-    Slot mBitangent;
-    // The units of every family, family after family in layout order (colour, texture
-    // coordinates, the six user families): one small vector rather than one per family,
-    // because most layouts have a unit or two and the buffers that hold them are many.
-    std::vector<Slot> mUnits;
-    int mUnitCount[FAMILY_COUNT] = {};
+    static void retain(const Layout* layout)
+    {
+        if (layout != &msEmpty)
+            layout->references.fetch_add(1, std::memory_order_relaxed);
+    }
+    static void release(const Layout* layout);
+    struct LayoutHash;
+    struct SameCounts;
+    struct LayoutTable;
+    struct LastRecord;
+    // The shared record equal to `draft` (laid out), made when there is none; with a
+    // reference taken for the caller.
+    static const Layout* intern(Layout&& draft);
+    static const Layout* internShared(Layout&& draft);
+
+    // The layout of a default value: no group, never counted or freed.
+    static const Layout msEmpty;
+    const Layout* mLayout = &msEmpty;
 };
 
 } // namespace zu

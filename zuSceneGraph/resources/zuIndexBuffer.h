@@ -60,7 +60,7 @@ public:
     ~zuIndexBuffer() override;
 
     int GetIndexQuantity() const { return mIndexQuantity; }
-    IndexBufferType GetIndexType() const { return mIndexType; }
+    IndexBufferType GetIndexType() const { return static_cast<IndexBufferType>(mIndexType); }
     // Bytes per index in memory: 4 or 2.
     int GetIndexSize() const { return mIndexType == INDEX_32 ? 4 : 2; }
     // The array, or null while the buffer is not resident; the typed forms are null for
@@ -155,10 +155,11 @@ private:
 
     char* mData = nullptr;
     int mIndexQuantity = 0;
-    IndexBufferType mIndexType = INDEX_32;
-    // The delta width of the packed data at the recorded offset (read or written there), 0
-    // when unknown: what GetDiskUsed needs while the indices are not resident.
-    mutable int mFileDeltaWidth = 0;
+    // An IndexBufferType, and the delta width of the packed data at the recorded offset (read
+    // or written there; 0 when unknown: what GetDiskUsed needs while the indices are not
+    // resident), in a byte each: index buffers are many.
+    int8_t mIndexType = INDEX_32;
+    mutable int8_t mFileDeltaWidth = 0;
 };
 
 } // namespace zu

@@ -436,7 +436,7 @@ void zuVertexBuffer::Load(zuBaseStream& stream, zuLink* link)
         clearContents();
         return;
     }
-    mAttributes = layout;
+    mAttributes.swapAttributes(layout);
 }
 
 // vertexSize, vertexQuantity and dataSize, checked against each other and against the bytes
@@ -473,22 +473,22 @@ bool zuVertexBuffer::readSizes(zuBaseStream& stream)
     return true;
 }
 
-// The mirror of writeLayout. The counts are set without the offset pass, which runs once at
-// the end. False, with the stream marked corrupt, on a negative count or a unit count the
+// The mirror of writeLayout. The counts are set in one draft, laid out once at the end. False, with the stream marked corrupt, on a negative count or a unit count the
 // data cannot hold.
 bool zuVertexBuffer::readLayout(zuBaseStream& stream, zuAttributes& layout)
 {
-    auto readGroup = [&stream, &layout](Group group) {
+    zuAttributes::Layout draft = layout.draft();
+    auto readGroup = [&stream, &draft](Group group) {
         int channels = 0;
         stream.Read(channels);
         if (channels < 0) {
             stream.setCorrupt("a negative channel count");
             return false;
         }
-        layout.setChannelsOnly(group, 0, channels);
+        draft.setChannels(group, 0, channels);
         return !stream.isStreamError();
     };
-    auto readUnits = [&stream, &layout](Group family) {
+    auto readUnits = [&stream, &draft](Group family) {
         int count = 0;
         stream.Read(count);
         // Most families have no unit: nothing to check or allocate.
@@ -502,7 +502,7 @@ bool zuVertexBuffer::readLayout(zuBaseStream& stream, zuAttributes& layout)
             stream.setCorrupt("a negative channel count");
             return false;
         }
-        layout.setUnitChannelsOnly(family, channels);
+        draft.setUnitChannels(family, channels);
         return !stream.isStreamError();
     };
     const zuStreamVersion& version = stream.GetVersion();
@@ -520,7 +520,7 @@ bool zuVertexBuffer::readLayout(zuBaseStream& stream, zuAttributes& layout)
                 valid = readUnits(static_cast<Group>(family));
         }
     }
-    layout.UpdateOffsets();
+    layout.adopt(std::move(draft));
     return valid;
 }
 

@@ -20,7 +20,65 @@
 #include <limits>
 #include <type_traits>
 
+#include <emmintrin.h>
+
 namespace zu {
+
+namespace {
+
+template <int i>
+inline __m128 broadcast(__m128 v)
+{
+    return _mm_shuffle_ps(v, v, _MM_SHUFFLE(i, i, i, i));
+}
+
+inline __m128 absolute(__m128 v)
+{
+    return _mm_andnot_ps(_mm_set1_ps(-0.0f), v);
+}
+
+} // namespace
+
+// The bound's vectors are handled in lanes 1-3 of SSE registers, where the extents lie when
+// the radius and the extents are read as one run of four floats. The centre is read and
+// written as two floats and one, so that every load matches the store that wrote it and the
+// processor hands over the value without waiting for the store to reach the cache (the update
+// pass reads each bound right after writing it). Every result is computed with the same
+// operations in the same order as the scalar formulas, so it carries the same bits.
+struct zuBoundingVolume::Lanes {
+    static __m128 extents(const zuBoundingVolume& bv) { return _mm_loadu_ps(&bv.mRadius); }
+    static __m128 center(const zuBoundingVolume& bv)
+    {
+        const float* c = bv.mCenter;
+        const __m128 xy = _mm_loadl_pi(_mm_setzero_ps(), reinterpret_cast<const __m64*>(c));
+        const __m128 xyz = _mm_movelh_ps(xy, _mm_load_ss(c + 2));
+        return _mm_shuffle_ps(xyz, xyz, _MM_SHUFFLE(2, 1, 0, 0));
+    }
+    static void setCenter(zuBoundingVolume& bv, __m128 center)
+    {
+        float* c = bv.mCenter;
+        const __m128 xyz = _mm_shuffle_ps(center, center, _MM_SHUFFLE(3, 3, 2, 1));
+        _mm_storel_pi(reinterpret_cast<__m64*>(c), xyz);
+        _mm_store_ss(c + 2, _mm_movehl_ps(xyz, xyz));
+    }
+    // Stores both with the radius that updateRadius gives.
+    static void setBox(zuBoundingVolume& bv, __m128 center, __m128 extents)
+    {
+        const float largest = std::numeric_limits<float>::max();
+        // Lanes 1-3 within [0, largest] (a NaN fails both comparisons).
+        const __m128 inRange = _mm_and_ps(_mm_cmpge_ps(extents, _mm_setzero_ps()), _mm_cmple_ps(extents, _mm_set1_ps(largest)));
+        float radius = -1.0f;
+        if ((_mm_movemask_ps(inRange) & 0xE) == 0xE) {
+            const __m128 squares = _mm_mul_ps(extents, extents);
+            const __m128 sum = _mm_add_ss(_mm_add_ss(broadcast<1>(squares), broadcast<2>(squares)), broadcast<3>(squares));
+            const float length = _mm_cvtss_f32(_mm_sqrt_ss(sum));
+            if (length <= largest)
+                radius = length;
+        }
+        _mm_storeu_ps(&bv.mRadius, _mm_move_ss(extents, _mm_set_ss(radius)));
+        setCenter(bv, center);
+    }
+};
 
 zuBoundingVolume::zuBoundingVolume(const Wm4::Vector3<float>& center, const Wm4::Vector3<float>& extents)
     : mExtents(extents), mCenter(center)
@@ -41,8 +99,10 @@ void zuBoundingVolume::invalidate()
 
 void zuBoundingVolume::copyFrom(const zuBoundingVolume& bv)
 {
-    if (bv.isValid())
-        *this = bv;
+    if (bv.isValid()) {
+        _mm_storeu_ps(&mRadius, Lanes::extents(bv));
+        Lanes::setCenter(*this, Lanes::center(bv));
+    }
 }
 
 void zuBoundingVolume::assign(const zuLegacyBoundingVolume* legacy)
@@ -87,22 +147,31 @@ void zuBoundingVolume::transformBoxBy(const zuGenericTransformation<float>& tran
     // the linear part times e_j; so the min/max box of the eight mapped corners has
     // half-size Σ_j |a_j| in each coordinate and the mapped centre as its centre. This is
     // the corner box without mapping eight points, once per object in the bound pass.
-    const Wm4::Matrix3<float>& m = transformation.GetMatrix();
-    float column[3];
+    // The transformation holds its matrix (row-major) and translation as 12 consecutive
+    // floats, read as the product wrote them: (m00 m01 m02 m10) (m11 m12 m20 m21)
+    // (m22 t0 t1 t2).
+    const float* m = transformation.GetMatrix();
+    const __m128 m0 = _mm_loadu_ps(m), m1 = _mm_loadu_ps(m + 4), translate = _mm_loadu_ps(m + 8);
+    // Column j of the matrix in lanes 1-3.
+    const __m128 column0 = _mm_shuffle_ps(m0, _mm_shuffle_ps(m0, m1, _MM_SHUFFLE(2, 2, 3, 3)), _MM_SHUFFLE(2, 0, 0, 0));
+    const __m128 column1 = _mm_shuffle_ps(m0, m1, _MM_SHUFFLE(3, 0, 1, 1));
+    const __m128 column2 = _mm_shuffle_ps(m0, _mm_shuffle_ps(m1, translate, _MM_SHUFFLE(0, 0, 1, 1)), _MM_SHUFFLE(2, 0, 2, 2));
+    __m128 extents = Lanes::extents(*this);
+    __m128 center = Lanes::center(*this);
     if (transformation.IsRSMatrix()) {
         const Wm4::Vector3<float>& s = transformation.GetScale();
-        for (int j = 0; j < 3; ++j)
-            column[j] = s[j] * mExtents[j];
-    } else {
-        for (int j = 0; j < 3; ++j)
-            column[j] = mExtents[j];
+        const __m128 scale = _mm_set_ps(s[2], s[1], s[0], 1.0f);
+        extents = _mm_mul_ps(scale, extents);
+        center = _mm_mul_ps(scale, center);
     }
-    Wm4::Vector3<float> extents;
-    for (int i = 0; i < 3; ++i)
-        extents[i] = Wm4::Math<float>::FAbs(m(i, 0) * column[0]) + Wm4::Math<float>::FAbs(m(i, 1) * column[1])
-            + Wm4::Math<float>::FAbs(m(i, 2) * column[2]);
-    out.mCenter = transformation.ApplyForward(mCenter);
-    out.setExtents(extents);
+    const __m128 mappedExtents = _mm_add_ps(_mm_add_ps(absolute(_mm_mul_ps(column0, broadcast<1>(extents))),
+                                                       absolute(_mm_mul_ps(column1, broadcast<2>(extents)))),
+                                            absolute(_mm_mul_ps(column2, broadcast<3>(extents))));
+    const __m128 mappedCenter = _mm_add_ps(_mm_add_ps(_mm_add_ps(_mm_mul_ps(column0, broadcast<1>(center)),
+                                                                 _mm_mul_ps(column1, broadcast<2>(center))),
+                                                      _mm_mul_ps(column2, broadcast<3>(center))),
+                                           translate);
+    Lanes::setBox(out, mappedCenter, mappedExtents);
 }
 
 bool zuBoundingVolume::testIntersectionBox(const Wm4::Vector3<float>& origin, const Wm4::Vector3<float>& direction,
@@ -140,18 +209,19 @@ void zuBoundingVolume::growToContainBox(const zuBoundingVolume& bv)
     // two identity orientations), centres the result at the mean of the centres and fits
     // the sixteen corners along the axes. That is computed here directly, with the same
     // operations, since the bound pass merges once per child: the corners of box k along
-    // axis i are c_k ± e_k, and each one is measured from the mean centre.
-    Wm4::Vector3<float> center, extents;
-    for (int i = 0; i < 3; ++i) {
-        const float mid = (mCenter[i] + bv.mCenter[i]) * 0.5f;
-        const float a0 = (mCenter[i] - mExtents[i]) - mid, a1 = (mCenter[i] + mExtents[i]) - mid;
-        const float b0 = (bv.mCenter[i] - bv.mExtents[i]) - mid, b1 = (bv.mCenter[i] + bv.mExtents[i]) - mid;
-        const float low = std::min(std::min(a0, a1), std::min(b0, b1));
-        const float high = std::max(std::max(a0, a1), std::max(b0, b1));
-        center[i] = mid + 0.5f * (low + high);
-        extents[i] = 0.5f * (high - low);
-    }
-    setBox(center, extents);
+    // axis i are c_k ± e_k, and each one is measured from the mean centre. The minimum and
+    // maximum take their operands in the order that gives std::min and std::max's results
+    // (the first operand when they compare equal or unordered).
+    const __m128 extents = Lanes::extents(*this), center = Lanes::center(*this);
+    const __m128 otherExtents = Lanes::extents(bv), otherCenter = Lanes::center(bv);
+    const __m128 half = _mm_set1_ps(0.5f);
+    const __m128 mid = _mm_mul_ps(_mm_add_ps(center, otherCenter), half);
+    const __m128 a0 = _mm_sub_ps(_mm_sub_ps(center, extents), mid), a1 = _mm_sub_ps(_mm_add_ps(center, extents), mid);
+    const __m128 b0 = _mm_sub_ps(_mm_sub_ps(otherCenter, otherExtents), mid);
+    const __m128 b1 = _mm_sub_ps(_mm_add_ps(otherCenter, otherExtents), mid);
+    const __m128 low = _mm_min_ps(_mm_min_ps(b1, b0), _mm_min_ps(a1, a0));
+    const __m128 high = _mm_max_ps(_mm_max_ps(b1, b0), _mm_max_ps(a1, a0));
+    Lanes::setBox(*this, _mm_add_ps(mid, _mm_mul_ps(half, _mm_add_ps(low, high))), _mm_mul_ps(half, _mm_sub_ps(high, low)));
 }
 
 bool zuBoundingVolume::containsBox(const Wm4::Vector3<float>& point) const

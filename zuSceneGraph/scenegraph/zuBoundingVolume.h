@@ -138,6 +138,9 @@ public:
     bool operator!=(const zuBoundingVolume& other) const { return !(*this == other); }
 
 private:
+    // The vector form of the box operations, in the source.
+    struct Lanes;
+
     // The sphere through the box corners; -1 (invalid) for a negative or non-finite extent
     // or length. Inline: the update pass sets a bound per object.
     void updateRadius()

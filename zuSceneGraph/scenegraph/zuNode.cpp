@@ -4,6 +4,7 @@
 #include <zuSceneGraph/objects/zuFieldVisitor.h>
 
 #include <algorithm>
+#include <memory>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -19,6 +20,29 @@ namespace {
 // The children that the outermost node destructor of this thread still has to release,
 // or null when no node is being destroyed.
 thread_local std::vector<zuPointer<zuSpatial>>* releaseQueue = nullptr;
+
+using Slot = zuPointer<zuSpatial>;
+
+// The slot arrays come from the object pool too, so that the arrays of nodes made one after
+// another lie together, as the nodes do: the update walk then finds them in the cache.
+Slot* allocateSlots(int n)
+{
+    if (n <= 0)
+        return nullptr;
+    Slot* slots = static_cast<Slot*>(zuObjectPool::allocate(static_cast<size_t>(n) * sizeof(Slot)));
+    std::uninitialized_value_construct_n(slots, n);
+    return slots;
+}
+
+// Releases what the slots still hold, the last slot first, then the array.
+void releaseSlots(Slot* slots, int n)
+{
+    if (!slots)
+        return;
+    for (int i = n; i-- > 0;)
+        slots[i].~Slot();
+    zuObjectPool::release(slots, static_cast<size_t>(n) * sizeof(Slot));
+}
 
 } // namespace
 
@@ -62,14 +86,14 @@ zuNode::~zuNode()
         for (int i = 0; i < mChildCount; ++i)
             if (mChildren[i])
                 releaseQueue->push_back(std::move(mChildren[i]));
-        delete[] mChildren;
+        releaseSlots(mChildren, mChildCount);
         return;
     }
     std::vector<zuPointer<zuSpatial>> queue;
     for (int i = 0; i < mChildCount; ++i)
         if (mChildren[i])
             queue.push_back(std::move(mChildren[i]));
-    delete[] mChildren;
+    releaseSlots(mChildren, mChildCount);
     releaseQueue = &queue;
     while (!queue.empty()) {
         // Released at the end of the iteration; a node freed here queues its own children.
@@ -82,12 +106,12 @@ zuNode::~zuNode()
 void zuNode::resizeSlots(int n)
 {
     n = std::max(n, 0);
-    zuPointer<zuSpatial>* slots = n > 0 ? new zuPointer<zuSpatial>[static_cast<size_t>(n)] : nullptr;
+    Slot* slots = allocateSlots(n);
     const int kept = std::min(n, mChildCount);
     for (int i = 0; i < kept; ++i)
         slots[i] = std::move(mChildren[i]);
     // The slots beyond n release their children here.
-    delete[] mChildren;
+    releaseSlots(mChildren, mChildCount);
     mChildren = slots;
     mChildCount = n;
 }
@@ -360,12 +384,12 @@ int zuNode::removeNullChildren(bool recursive, bool flag)
             ++kept;
     if (kept == mChildCount)
         return removed;
-    zuPointer<zuSpatial>* slots = kept > 0 ? new zuPointer<zuSpatial>[static_cast<size_t>(kept)] : nullptr;
+    Slot* slots = allocateSlots(kept);
     for (int i = 0, j = 0; i < mChildCount; ++i)
         if (mChildren[i])
             slots[j++] = std::move(mChildren[i]);
     removed += mChildCount - kept;
-    delete[] mChildren;
+    releaseSlots(mChildren, mChildCount);
     mChildren = slots;
     mChildCount = kept;
     return removed;

@@ -204,6 +204,7 @@ protected:
         if (!object)
             return;
         const char* bytes = reinterpret_cast<const char*>(&object->mWorldBound);
+        __builtin_prefetch(object);
         __builtin_prefetch(bytes);
         __builtin_prefetch(bytes + sizeof(zuBoundingVolume) + 2 * sizeof(uint32_t));
     }

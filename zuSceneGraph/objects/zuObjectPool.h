@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstddef>
+
+namespace zu {
+
+// Memory for the objects of a scene tree, in size classes of 16 bytes carved from large
+// chunks, so that objects made one after another lie next to one another whatever else the
+// application allocates between them (a mesh's buffers, their data): the update and culling
+// walks then read a scene in long runs of memory instead of one object per page.
+//
+// A freed block is reused by the next object of its size; a chunk whose blocks are all free
+// goes back to the global operator delete (but the last one with room in its size class).
+// Blocks above MAX_POOLED_SIZE come from the global operator new. Thread-safe. Sanitizer
+// builds use the global operator new for every block, so that their checks see each object.
+class zuObjectPool {
+public:
+    static constexpr size_t MAX_POOLED_SIZE = 1024;
+
+    static void* allocate(size_t size);
+    // `size` is the one given to allocate.
+    static void release(void* block, size_t size) noexcept;
+};
+
+} // namespace zu
