@@ -2,7 +2,9 @@
 
 #include <bit>
 #include <cfloat>
+#include <algorithm>
 #include <charconv>
+#include <climits>
 #include <cmath>
 #include <cstring>
 
@@ -225,6 +227,25 @@ inline void appendValues(std::vector<T>& array, const T* values, int count)
         array.push_back(values[i]);
 }
 
+// The largest index of each kind of an element and its smallest, as written.
+struct Extent {
+    int32_t highest[3] = {0, 0, 0};
+    int32_t lowest = 0;
+};
+
+// A corner as the chunk keeps it: each index less one (see Chunk::corners). `positive`:
+// no index is negative.
+inline void appendCorner(std::vector<int32_t>& corners, const int32_t* corner, Extent& extent, bool positive)
+{
+    for (int k = 0; k < 3; ++k) {
+        extent.highest[k] = std::max(extent.highest[k], corner[k]);
+        if (!positive)
+            extent.lowest = std::min(extent.lowest, corner[k]);
+    }
+    for (int k = 0; k < 3; ++k)
+        corners.push_back(corner[k] - 1);
+}
+
 void addVertex(const char* p, const char* end, uint32_t line, zuObjParser::Chunk& chunk)
 {
     float values[7] = {0, 0, 0, 0, 0, 0, 0};
@@ -300,10 +321,11 @@ inline bool readPlainIndex(const char*& p, const char* end, int32_t& index)
 // bound and sign checks: the byte at `end` must be readable and not a digit. Appends them and
 // returns how many; 0, with nothing appended, for any other shape, which the general loop
 // then reads and reports on.
-uint32_t readPlainCorners(const char* p, const char* end, std::vector<int32_t>& corners)
+uint32_t readPlainCorners(const char* p, const char* end, std::vector<int32_t>& corners, Extent& extent)
 {
     const size_t first = corners.size();
     uint32_t count = 0;
+    Extent local;  // not `extent`, which the corners' stores could alias
     p = skipSpaces(p, end);
     while (p < end) {
         int32_t corner[3] = {0, 0, 0};
@@ -319,10 +341,11 @@ uint32_t readPlainCorners(const char* p, const char* end, std::vector<int32_t>& 
             corners.resize(first);
             return 0;
         }
-        appendValues(corners, corner, 3);
+        appendCorner(corners, corner, local, true);
         ++count;
         p = skipSpaces(p, end);
     }
+    extent = local;
     return count;
 }
 
@@ -332,7 +355,8 @@ void addElement(const char* p, const char* end, bool terminated, uint32_t line, 
                 const char* keyword, zuObjParser::Chunk& chunk)
 {
     const size_t first = chunk.corners.size();
-    uint32_t count = terminated ? readPlainCorners(p, end, chunk.corners) : 0;
+    Extent extent;
+    uint32_t count = terminated ? readPlainCorners(p, end, chunk.corners, extent) : 0;
     p = count > 0 ? end : skipSpaces(p, end);
     while (p < end && *p != '#') {
         const char* token = p;
@@ -353,7 +377,7 @@ void addElement(const char* p, const char* end, bool terminated, uint32_t line, 
                                               " statement; the statement is dropped"});
             return;
         }
-        appendValues(chunk.corners, corner, 3);
+        appendCorner(chunk.corners, corner, extent, false);
         ++count;
         p = skipSpaces(p, end);
     }
@@ -365,10 +389,13 @@ void addElement(const char* p, const char* end, bool terminated, uint32_t line, 
                                           "; the statement is dropped"});
         return;
     }
-    chunk.elements.push_back({static_cast<uint32_t>(first / 3), count, line, kind,
-                              static_cast<int32_t>(chunk.positions.size() / 3),
+    const int32_t above[3] = {static_cast<int32_t>(chunk.positions.size() / 3),
                               static_cast<int32_t>(chunk.texCoords.size() / 2),
-                              static_cast<int32_t>(chunk.normals.size() / 3)});
+                              static_cast<int32_t>(chunk.normals.size() / 3)};
+    chunk.elements.push_back({static_cast<uint32_t>(first / 3), count, line, kind, above[0], above[1], above[2]});
+    chunk.relative |= extent.lowest < 0;
+    for (int k = 0; k < 3; ++k)
+        chunk.reach[k] = std::max(chunk.reach[k], int64_t(extent.highest[k]) - 1 - above[k]);
 }
 
 void addStatement(zuObjParser::StatementKind kind, const char* p, const char* end, uint32_t line,
@@ -423,6 +450,8 @@ void zuObjParser::Chunk::clear()
     errors.clear();
     lineCount = 0;
     hasAlpha = false;
+    relative = false;
+    std::fill(std::begin(reach), std::end(reach), INT64_MIN);
 }
 
 bool zuObjParser::ParseFloat(const char*& p, const char* end, float& value)

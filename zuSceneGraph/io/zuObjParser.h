@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <climits>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -57,12 +58,19 @@ public:
         std::vector<float> colors;     // r g b a per vertex statement, or empty when none has one
         std::vector<float> texCoords;  // u v
         std::vector<float> normals;    // x y z
-        std::vector<int32_t> corners;  // v vt vn per corner as written; 0 when absent
+        // v vt vn per corner, each as written less one: a positive index becomes the 0-based
+        // one, an absent one -1, a negative one stays below -1.
+        std::vector<int32_t> corners;
         std::vector<Element> elements;
         std::vector<Statement> statements;
         std::vector<Error> errors;
         uint32_t lineCount = 0;        // physical lines, line numbers count from 1 in the chunk
         bool hasAlpha = false;         // a vertex colour came with an alpha
+        // Whether an element has a negative index, and per kind how far the non-negative
+        // corners reach past the vertex statements above their element in the chunk: when
+        // the statements above the chunk outnumber every reach, each index is in range.
+        bool relative = false;
+        int64_t reach[3] = {INT64_MIN, INT64_MIN, INT64_MIN};
 
         // Empties every array, keeping their capacity.
         void clear();

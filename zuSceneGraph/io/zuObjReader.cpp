@@ -248,11 +248,19 @@ public:
         for (const zuObjParser::Error& error : chunk.errors)
             report(mLineBase + error.line, error.text);
 
+        // When every index of the chunk is known to be in range, its corners go to the
+        // builders as they are.
+        const bool checked = !chunk.relative && chunk.reach[0] < int64_t(positionBase) &&
+                             chunk.reach[1] < int64_t(texCoordBase) && chunk.reach[2] < int64_t(normalBase);
         size_t next = 0;
         for (size_t i = 0; i < chunk.elements.size(); ++i) {
             for (; next < chunk.statements.size() && chunk.statements[next].element <= i; ++next)
                 apply(chunk.statements[next]);
-            addElement(chunk, chunk.elements[i], positionBase, texCoordBase, normalBase);
+            const zuObjParser::Element& element = chunk.elements[i];
+            if (checked)
+                build(element, &chunk.corners[3 * size_t(element.firstCorner)]);
+            else
+                addElement(chunk, element, positionBase, texCoordBase, normalBase);
         }
         for (; next < chunk.statements.size(); ++next)
             apply(chunk.statements[next]);
@@ -430,10 +438,10 @@ private:
         static const char* const KINDS[] = {"v", "vt", "vn"};
         static const char* const STATEMENTS[] = {"f", "l", "p"};
         mCorners.resize(3 * size_t(element.cornerCount));
-        const int32_t* written = &chunk.corners[3 * size_t(element.firstCorner)];
+        const int32_t* stored = &chunk.corners[3 * size_t(element.firstCorner)];
         for (size_t i = 0; i < mCorners.size(); i += 3) {
             for (int kind = 0; kind < 3; ++kind) {
-                const int32_t index = written[i + kind];
+                const int32_t index = stored[i + kind] + 1;  // as written
                 if (index == 0 && kind > 0) {
                     mCorners[i + kind] = -1;
                     continue;
@@ -449,14 +457,20 @@ private:
                 mCorners[i + kind] = static_cast<int32_t>(resolved);
             }
         }
+        build(element, mCorners.data());
+    }
+
+    // Adds an element of resolved corners to the builder of its kind.
+    void build(const zuObjParser::Element& element, const int32_t* corners)
+    {
         zuObjMeshBuilder& target = builder(element.kind);
         const int count = static_cast<int>(element.cornerCount);
         if (element.kind == zuObjParser::FACE)
-            target.AddFace(mCorners.data(), count, mData);
+            target.AddFace(corners, count, mData);
         else if (element.kind == zuObjParser::LINE)
-            target.AddLine(mCorners.data(), count);
+            target.AddLine(corners, count);
         else
-            target.AddPoints(mCorners.data(), count);
+            target.AddPoints(corners, count);
     }
 
     const std::string& mFolder;

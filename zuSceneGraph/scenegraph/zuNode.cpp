@@ -13,7 +13,10 @@ namespace zu {
 
 const zuRtti zuNode::TYPE("zuCore.zuNode", &zuSpatial::TYPE);
 
-zuNode::zuNode() = default;
+zuNode::zuNode()
+{
+    setHasSlots();
+}
 
 namespace {
 
@@ -168,14 +171,31 @@ void zuNode::Clean_Flags()
             child->Clean_Flags();
 }
 
+zuNode* zuNode::childNode(int i) const
+{
+    zuSpatial* child = i < mChildCount ? mChildren[i].get() : nullptr;
+    return child && child->hasSlots() ? static_cast<zuNode*>(child) : nullptr;
+}
+
 void zuNode::GetVisibleSet(zuCuller& culler, bool noCull, bool flag)
 {
-    // The children lie apart in memory: their bounds are asked for all at once.
+    // The children lie apart in memory: their bounds are asked for all at once. Below a
+    // child node the walk would wait on three fetches one after another (the node's slot
+    // pointer, its slot array, its children's bounds): they are asked for three, two and one
+    // children ahead, while the children before are walked.
     for (int i = 0; i < mChildCount; ++i)
         prefetchBound(mChildren[i].get());
-    for (int i = 0; i < mChildCount; ++i)
+    for (int i = 0; i < mChildCount; ++i) {
+        if (const zuNode* node = childNode(i + 3))
+            __builtin_prefetch(&node->mChildren);
+        if (const zuNode* node = childNode(i + 2))
+            __builtin_prefetch(node->mChildren);
+        if (const zuNode* node = childNode(i + 1))
+            for (int j = 0; j < node->mChildCount && j < PREFETCHED_GRANDCHILDREN; ++j)
+                prefetchBound(node->mChildren[j].get());
         if (zuSpatial* child = mChildren[i].get())
             child->OnGetVisibleSet(culler, noCull, flag);
+    }
 }
 
 bool zuNode::UpdateSubtreeControllers(double time)

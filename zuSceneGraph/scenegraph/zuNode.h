@@ -142,6 +142,12 @@ private:
     };
     class NodeStack;
 
+    // The culling walk fetches the bounds of at most this many children of a child node
+    // ahead of its visit.
+    static constexpr int PREFETCHED_GRANDCHILDREN = 16;
+    // The child in slot i when it is a node (a node has slots), else null; i may be count or more.
+    zuNode* childNode(int i) const;
+
     // Reallocates the array to exactly n slots, moving the first min(n, count) children.
     void resizeSlots(int n);
 

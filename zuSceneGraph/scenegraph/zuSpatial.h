@@ -161,6 +161,8 @@ public:
     void holdWorldTransform(bool hold) { setFlag(FLAG_WORLD_HELD, hold); }
     // Whether the last bound read from a stream was a box (a legacy sphere clears it).
     bool isBoundFromBox() const { return (mSpatialFlags & FLAG_BOUND_FROM_BOX) != 0; }
+    // Whether the object is a node, with a slot array of children.
+    bool hasSlots() const { return mHasSlots; }
     uint8_t GetSpatialFlags() const { return mSpatialFlags; }
     void SetSpatialFlags(uint8_t flags) { mSpatialFlags = flags; }
 
@@ -220,6 +222,7 @@ protected:
         else
             mWorldTransform = mLocalTransform;
     }
+    void setHasSlots() { mHasSlots = true; }
     void setFlag(uint8_t flag, bool on)
     {
         mSpatialFlags = static_cast<uint8_t>(on ? mSpatialFlags | flag : mSpatialFlags & ~flag);
@@ -232,6 +235,8 @@ private:
     // reads these bytes alone.
     zuBoundingVolume mWorldBound;
     uint8_t mSpatialFlags = 0;
+    // Set by zuNode: the object has a slot array that the walks may fetch ahead.
+    bool mHasSlots = false;
     uint32_t mDirtyMask = 0;
     uint32_t mUpdateMask = 0;
     zuGenericTransformation<float> mLocalTransform;
