@@ -1,12 +1,11 @@
 #include <zuSceneGraph/io/zuObjMeshBuilder.h>
 
+#include <zuSceneGraph/resources/zuBlockResourceHandler.h>
 #include <zuSceneGraph/resources/zuIndexBuffer.h>
 #include <zuSceneGraph/resources/zuVertexBuffer.h>
 #include <zuSceneGraph/scenegraph/zuLine.h>
 #include <zuSceneGraph/scenegraph/zuPoint.h>
 #include <zuSceneGraph/scenegraph/zuTriMesh.h>
-
-#include <sys/mman.h>
 
 #include <algorithm>
 #include <climits>
@@ -23,19 +22,6 @@ constexpr int FIRST_TABLE_BITS = 4;
 // Concave polygons up to this many corners are split by ear clipping (quadratic in the
 // corners); larger ones, which real files hardly have, as a fan.
 constexpr int MAX_CLIPPED_CORNERS = 256;
-
-// Asks for huge pages over the whole 2 MB pages of a large block about to be filled: a
-// table of millions of entries then costs a few page faults instead of thousands (W2: 45.8
-// to 32.5 thousand faults per load, system time 0.11 to 0.08 s). Only advice: the kernel
-// may decline.
-void adviseHugePages(const void* block, size_t bytes)
-{
-    constexpr uintptr_t HUGE_PAGE = uintptr_t(2) << 20;
-    const uintptr_t start = (reinterpret_cast<uintptr_t>(block) + HUGE_PAGE - 1) & ~(HUGE_PAGE - 1);
-    const uintptr_t stop = (reinterpret_cast<uintptr_t>(block) + bytes) & ~(HUGE_PAGE - 1);
-    if (stop > start)
-        ::madvise(reinterpret_cast<void*>(start), stop - start, MADV_HUGEPAGE);
-}
 
 inline uint64_t mix(uint64_t z)
 {
@@ -194,7 +180,7 @@ inline size_t zuObjMeshBuilder::slotOf(const int32_t* corner) const
     const int64_t normalOffset = corner[2] < 0 ? 0 : int64_t(corner[2]) - corner[0];
     if (texCoordOffset != 0 || normalOffset != 0)
         hash += mix(((uint64_t(uint32_t(texCoordOffset)) << 32) | uint32_t(normalOffset)) ^ ~mSeed);
-    return static_cast<size_t>(hash) & (mTable.size() - 1);
+    return static_cast<size_t>(hash) & mMask;
 }
 
 void zuObjMeshBuilder::growTable()
@@ -203,9 +189,11 @@ void zuObjMeshBuilder::growTable()
     old.swap(mTable);
     mTableBits = old.empty() ? FIRST_TABLE_BITS : mTableBits + 1;
     mTable.reserve(size_t(1) << mTableBits);
-    adviseHugePages(mTable.data(), mTable.capacity() * sizeof(Entry));
+    // A table of millions of entries then costs a few page faults instead of thousands.
+    zuBlockResourceHandler::AdviseHugePages(mTable.data(), mTable.capacity() * sizeof(Entry));
     mTable.assign(size_t(1) << mTableBits, Entry{-1, -1, -1, 0});
-    const size_t mask = mTable.size() - 1;
+    const size_t mask = mMask = mTable.size() - 1;
+    mGrowAt = uint32_t(std::min<uint64_t>(uint64_t(mTable.size()) * 3 / 4, UINT32_MAX));
     for (const Entry& entry : old) {
         if (entry.position < 0)
             continue;
@@ -218,10 +206,9 @@ void zuObjMeshBuilder::growTable()
 
 inline uint32_t zuObjMeshBuilder::vertexOf(const int32_t* corner)
 {
-    if (uint64_t(mVertexCount) * 4 >= uint64_t(mTable.size()) * 3)
+    if (mVertexCount >= mGrowAt)
         growTable();
-    const size_t mask = mTable.size() - 1;
-    for (size_t slot = slotOf(corner);; slot = (slot + 1) & mask) {
+    for (size_t slot = slotOf(corner);; slot = (slot + 1) & mMask) {
         Entry& entry = mTable[slot];
         if (entry.position < 0) {
             entry = Entry{corner[0], corner[1], corner[2], mVertexCount};
@@ -345,6 +332,8 @@ zuPointer<zuBaseGeometry> zuObjMeshBuilder::Finish(const zuObjVertexData& data)
     mIndices.clear();
     std::vector<Entry>().swap(mTable);
     mTableBits = 0;
+    mMask = 0;
+    mGrowAt = 0;
     mVertexCount = 0;
     return leaf;
 }

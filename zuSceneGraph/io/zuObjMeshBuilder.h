@@ -70,6 +70,8 @@ private:
     uint64_t mSeed;
     std::vector<Entry> mTable;
     int mTableBits = 0;
+    size_t mMask = 0;          // table size - 1
+    uint32_t mGrowAt = 0;      // the vertex count that grows the table (3/4 full)
     uint32_t mVertexCount = 0;
     zuObjBlockArray<uint32_t, 1> mIndices;
     bool mHasTexCoords = false;

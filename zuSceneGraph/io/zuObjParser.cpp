@@ -185,6 +185,21 @@ int parseNumbers(const char* p, const char* end, float* values, int capacity, ui
     return count;
 }
 
+// Exactly `count` numbers of the "d.dddddd" shape, each after spaces or tabs, and nothing
+// after them: the vertex statements most files have, without the general loop's counting and
+// reporting. False, with nothing read, for anything else.
+inline bool readFixedPoints(const char* p, const char* end, float* values, int count)
+{
+    for (int i = 0; i < count; ++i) {
+        if (p == end || !isSpace(*p))
+            return false;
+        p = skipSpaces(p, end);
+        if (!parseFixedPoint(p, end, values[i]))
+            return false;
+    }
+    return p == end;
+}
+
 // The rest of a line as a name: spaces around it and a comment after it are dropped.
 std::string restAsName(const char* p, const char* end)
 {
@@ -249,7 +264,7 @@ inline void appendCorner(std::vector<int32_t>& corners, const int32_t* corner, E
 void addVertex(const char* p, const char* end, uint32_t line, zuObjParser::Chunk& chunk)
 {
     float values[7] = {0, 0, 0, 0, 0, 0, 0};
-    const int count = parseNumbers(p, end, values, 7, line, "v", chunk);
+    const int count = readFixedPoints(p, end, values, 3) ? 3 : parseNumbers(p, end, values, 7, line, "v", chunk);
     if (count < 3 || count == 5 || count > 7)
         chunk.errors.push_back({line, "a v statement takes x y z, an optional w or a colour (r g b or r g b a); found " +
                                           std::to_string(count) + " numbers"});
@@ -269,7 +284,7 @@ void addVertex(const char* p, const char* end, uint32_t line, zuObjParser::Chunk
 void addTexCoord(const char* p, const char* end, uint32_t line, zuObjParser::Chunk& chunk)
 {
     float values[3] = {0, 0, 0};
-    const int count = parseNumbers(p, end, values, 3, line, "vt", chunk);
+    const int count = readFixedPoints(p, end, values, 2) ? 2 : parseNumbers(p, end, values, 3, line, "vt", chunk);
     if (count < 1 || count > 3)
         chunk.errors.push_back(
             {line, "a vt statement takes u [v [w]]; found " + std::to_string(count) + " numbers"});
@@ -279,7 +294,7 @@ void addTexCoord(const char* p, const char* end, uint32_t line, zuObjParser::Chu
 void addNormal(const char* p, const char* end, uint32_t line, zuObjParser::Chunk& chunk)
 {
     float values[3] = {0, 0, 0};
-    const int count = parseNumbers(p, end, values, 3, line, "vn", chunk);
+    const int count = readFixedPoints(p, end, values, 3) ? 3 : parseNumbers(p, end, values, 3, line, "vn", chunk);
     if (count != 3)
         chunk.errors.push_back({line, "a vn statement takes x y z; found " + std::to_string(count) + " numbers"});
     appendValues(chunk.normals, values, 3);

@@ -6,9 +6,10 @@
 
 namespace zu {
 
+const std::vector<zuPointer<zuObject>> zuNamedObject::msNoObjects;
+
 zuNamedObject::~zuNamedObject()
 {
-    // Controllers point back to this object: tell them it is gone.
     DetachAllControllers();
 }
 
@@ -23,39 +24,62 @@ zuNamedObject& zuNamedObject::operator=(const zuNamedObject& other)
     return *this;
 }
 
+zuNamedObject::Rare& zuNamedObject::rare()
+{
+    if (!mRare)
+        mRare = std::make_unique<Rare>();
+    return *mRare;
+}
+
+void zuNamedObject::dropRareWhenEmpty()
+{
+    if (mRare && mRare->name.empty() && mRare->controllers.empty() && mRare->attached.empty())
+        mRare.reset();
+}
+
 void zuNamedObject::SetName(const std::string& name)
 {
-    if (name.empty())
-        mName.reset();
-    else if (mName)
-        *mName = name;
-    else
-        mName = std::make_unique<std::string>(name);
+    if (name.empty() && !mRare)
+        return;
+    rare().name = name;
+    dropRareWhenEmpty();
+}
+
+void zuNamedObject::clearAttachedObjects()
+{
+    if (!mRare)
+        return;
+    // Moved out first: releasing an object may reach back into this one.
+    const std::vector<zuPointer<zuObject>> dropped = std::move(mRare->attached);
+    mRare->attached.clear();
+    dropRareWhenEmpty();
 }
 
 zuController* zuNamedObject::GetController(int i) const
 {
     if (i < 0 || i >= GetControllerQuantity())
         return nullptr;
-    return static_cast<zuController*>(mControllers[static_cast<size_t>(i)].get());
+    return static_cast<zuController*>(mRare->controllers[static_cast<size_t>(i)].get());
 }
 
 void zuNamedObject::SetControllerQuantity(int quantity)
 {
     const size_t size = static_cast<size_t>(std::max(quantity, 0));
-    // Controllers dropped from the list may live on elsewhere: they no longer control this.
-    for (size_t i = size; i < mControllers.size(); ++i)
-        if (mControllers[i])
-            static_cast<zuController*>(mControllers[i].get())->SetObject(nullptr);
-    mControllers.resize(size);
+    if (size == 0 && !mRare)
+        return;
+    std::vector<zuPointer<zuObject>>& controllers = rare().controllers;
+    for (size_t i = size; i < controllers.size(); ++i)
+        if (controllers[i])
+            static_cast<zuController*>(controllers[i].get())->SetObject(nullptr);
+    controllers.resize(size);
+    dropRareWhenEmpty();
 }
 
 void zuNamedObject::SetController(int i, zuController* controller)
 {
     if (i < 0 || i >= GetControllerQuantity())
         return;
-    zuPointer<zuObject>& slot = mControllers[static_cast<size_t>(i)];
-    // The replaced controller may outlive this object: it must not keep pointing at it.
+    zuPointer<zuObject>& slot = mRare->controllers[static_cast<size_t>(i)];
     if (slot && slot.get() != controller)
         static_cast<zuController*>(slot.get())->SetObject(nullptr);
     if (controller)
@@ -67,30 +91,38 @@ bool zuNamedObject::AttachController(zuController* controller)
 {
     if (!controller)
         return false;
-    for (const auto& attached : mControllers)
-        if (attached.get() == controller)
-            return false;
+    if (mRare)
+        for (const auto& attached : mRare->controllers)
+            if (attached.get() == controller)
+                return false;
     controller->SetObject(this);
-    mControllers.insert(mControllers.end(), controller);
+    rare().controllers.emplace_back(controller);
     return true;
 }
 
 void zuNamedObject::DetachController(zuController* controller)
 {
-    const auto* found = std::find_if(mControllers.begin(), mControllers.end(),
-                                     [controller](const auto& attached) { return attached.get() == controller; });
-    if (found == mControllers.end())
+    if (!mRare)
+        return;
+    std::vector<zuPointer<zuObject>>& controllers = mRare->controllers;
+    const auto found = std::find_if(controllers.begin(), controllers.end(),
+                                    [controller](const auto& attached) { return attached.get() == controller; });
+    if (found == controllers.end())
         return;
     controller->SetObject(nullptr);
-    mControllers.erase(found);
+    controllers.erase(found);
+    dropRareWhenEmpty();
 }
 
 void zuNamedObject::DetachAllControllers()
 {
-    for (const auto& controller : mControllers)
+    if (!mRare)
+        return;
+    for (const auto& controller : mRare->controllers)
         if (controller)
             static_cast<zuController*>(controller.get())->SetObject(nullptr);
-    mControllers.clear();
+    mRare->controllers.clear();
+    dropRareWhenEmpty();
 }
 
 } // namespace zu

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <zuSceneGraph/objects/zuLazyVector.h>
 #include <zuSceneGraph/objects/zuObject.h>
 
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace zu {
 
@@ -14,7 +14,7 @@ class zuNamedObject : public zuObject {
 public:
     ~zuNamedObject() override;
 
-    int GetControllerQuantity() const override { return static_cast<int>(mControllers.size()); }
+    int GetControllerQuantity() const override { return mRare ? static_cast<int>(mRare->controllers.size()) : 0; }
     zuController* GetController(int i) const override;
     void SetControllerQuantity(int quantity) override;
     void SetController(int i, zuController* controller) override;
@@ -23,7 +23,7 @@ public:
     void DetachController(zuController* controller) override;
     void DetachAllControllers() override;
     void SetName(const std::string& name) override;
-    const std::string& GetName() const override { return mName ? *mName : zuEmptyName(); }
+    const std::string& GetName() const override { return mRare ? mRare->name : zuEmptyName(); }
 
 protected:
     zuNamedObject() = default;
@@ -31,13 +31,27 @@ protected:
     zuNamedObject(const zuNamedObject& other);
     zuNamedObject& operator=(const zuNamedObject& other);
 
+    // Objects a derived class attaches beside the name and the controllers (a spatial
+    // object's metadata), in its order. The writable form makes the record.
+    std::vector<zuPointer<zuObject>>& attachedObjects() { return rare().attached; }
+    const std::vector<zuPointer<zuObject>>& attachedObjects() const { return mRare ? mRare->attached : msNoObjects; }
+    // Drops every attached object.
+    void clearAttachedObjects();
+
 private:
-    // Made when a name is set: most objects of a large scene carry none, and a string
-    // member would cost each of them 32 bytes.
-    std::unique_ptr<std::string> mName;
-    // Held as objects so that this layer needs only the controller's declaration. Created on
-    // the first attachment: most scene objects never carry a controller.
-    zuLazyVector<zuPointer<zuObject>> mControllers;
+    // What most objects of a large scene never carry, made on first use and dropped when
+    // empty again: each object then holds one pointer instead of a string and two lists.
+    // Controllers are held as objects so that this layer needs only their declaration.
+    struct Rare {
+        std::string name;
+        std::vector<zuPointer<zuObject>> controllers;
+        std::vector<zuPointer<zuObject>> attached;
+    };
+    Rare& rare();
+    void dropRareWhenEmpty();
+
+    std::unique_ptr<Rare> mRare;
+    static const std::vector<zuPointer<zuObject>> msNoObjects;
 };
 
 } // namespace zu

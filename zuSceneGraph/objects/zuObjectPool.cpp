@@ -4,6 +4,8 @@
 #include <mutex>
 #include <new>
 
+#include <sys/mman.h>
+
 namespace zu {
 
 namespace {
@@ -42,6 +44,59 @@ struct alignas(GRANULE) Chunk {
     char* end() { return reinterpret_cast<char*>(this) + CHUNK_SIZE; }
 };
 
+// Chunks come from the system in batches of 2 MB, mapped once and trimmed to the chunk
+// alignment: an aligned heap allocation per chunk would leave a gap of up to a chunk beside
+// each one (W1 at depth 6: 64 bytes per leaf). A chunk that falls empty gives its pages back
+// to the system (all but the first, which links it) and waits for reuse.
+class ChunkSource {
+public:
+    void* take()
+    {
+        if (mSpare) {
+            void* chunk = mSpare;
+            mSpare = *static_cast<void**>(chunk);
+            return chunk;
+        }
+        if (mNext == mEnd && !mapBatch())
+            throw std::bad_alloc();
+        void* chunk = mNext;
+        mNext += CHUNK_SIZE;
+        return chunk;
+    }
+    void give(void* chunk) noexcept
+    {
+        ::madvise(static_cast<char*>(chunk) + PAGE_SIZE, CHUNK_SIZE - PAGE_SIZE, MADV_DONTNEED);
+        *static_cast<void**>(chunk) = mSpare;
+        mSpare = chunk;
+    }
+
+private:
+    static constexpr size_t BATCH_SIZE = 32 * CHUNK_SIZE;
+    static constexpr size_t PAGE_SIZE = 4096;
+
+    bool mapBatch()
+    {
+        const size_t length = BATCH_SIZE + CHUNK_SIZE;
+        void* mapped = ::mmap(nullptr, length, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        if (mapped == MAP_FAILED)
+            return false;
+        const uintptr_t begin = reinterpret_cast<uintptr_t>(mapped);
+        const uintptr_t start = (begin + CHUNK_SIZE - 1) & ~(uintptr_t(CHUNK_SIZE) - 1);
+        const size_t head = start - begin;
+        if (head != 0)
+            ::munmap(mapped, head);
+        if (length - head > BATCH_SIZE)
+            ::munmap(reinterpret_cast<char*>(start + BATCH_SIZE), length - head - BATCH_SIZE);
+        mNext = reinterpret_cast<char*>(start);
+        mEnd = mNext + BATCH_SIZE;
+        return true;
+    }
+
+    char* mNext = nullptr;
+    char* mEnd = nullptr;
+    void* mSpare = nullptr;
+};
+
 class Pool {
 public:
     void* allocate(size_t index)
@@ -50,7 +105,7 @@ public:
         const std::lock_guard<std::mutex> lock(mMutex);
         Chunk* chunk = mRoomy[index];
         if (!chunk) {
-            chunk = new (::operator new(CHUNK_SIZE, std::align_val_t(CHUNK_SIZE))) Chunk;
+            chunk = new (mChunks.take()) Chunk;
             chunk->unused = reinterpret_cast<char*>(chunk + 1);
             link(index, chunk);
         }
@@ -82,7 +137,7 @@ public:
         if (chunk->live == 0 && (chunk->previous || chunk->next)) {
             unlink(index, chunk);
             chunk->~Chunk();
-            ::operator delete(chunk, std::align_val_t(CHUNK_SIZE));
+            mChunks.give(chunk);
         }
     }
 
@@ -112,6 +167,7 @@ private:
 
     std::mutex mMutex;
     Chunk* mRoomy[CLASS_QUANTITY] = {};
+    ChunkSource mChunks;
 };
 
 // Never destroyed: objects may be released while static objects are torn down.

@@ -10,7 +10,7 @@ namespace zu {
 // walks then read a scene in long runs of memory instead of one object per page.
 //
 // A freed block is reused by the next object of its size; a chunk whose blocks are all free
-// goes back to the global operator delete (but the last one with room in its size class).
+// gives its memory back to the system (but the last one with room in its size class).
 // Blocks above MAX_POOLED_SIZE come from the global operator new. Thread-safe. Sanitizer
 // builds use the global operator new for every block, so that their checks see each object.
 class zuObjectPool {

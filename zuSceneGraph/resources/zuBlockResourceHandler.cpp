@@ -3,6 +3,8 @@
 #include <zuSceneGraph/resources/zuBlockReader.h>
 #include <zuSceneGraph/resources/zuDynamicLoadingResource.h>
 
+#include <sys/mman.h>
+
 #include <cstddef>
 #include <cstring>
 #include <limits>
@@ -60,7 +62,19 @@ char* zuBlockResourceHandler::AllocateBlock(uint64_t size)
 {
     if (size > std::numeric_limits<size_t>::max())
         return nullptr;
-    return new (std::nothrow) char[static_cast<size_t>(size)];
+    char* block = new (std::nothrow) char[static_cast<size_t>(size)];
+    if (block && size >= (uint64_t(4) << 20))
+        AdviseHugePages(block, size);
+    return block;
+}
+
+void zuBlockResourceHandler::AdviseHugePages(const void* block, uint64_t bytes)
+{
+    constexpr uintptr_t HUGE_PAGE = uintptr_t(2) << 20;
+    const uintptr_t start = (reinterpret_cast<uintptr_t>(block) + HUGE_PAGE - 1) & ~(HUGE_PAGE - 1);
+    const uintptr_t stop = (reinterpret_cast<uintptr_t>(block) + bytes) & ~(HUGE_PAGE - 1);
+    if (stop > start)
+        ::madvise(reinterpret_cast<void*>(start), stop - start, MADV_HUGEPAGE);
 }
 
 char* zuBlockResourceHandler::NewBlock(int64_t size, bool zeroed)

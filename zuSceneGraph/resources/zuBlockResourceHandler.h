@@ -66,8 +66,13 @@ public:
     static zuBlockResourceHandler* CloneFrom(const zuDynamicLoadingResourceHandler* handler);
     // The resource's own handler as a block handler (the caller owns it), or null.
     static zuBlockResourceHandler* CreateFor(const zuDynamicLoadingResource* resource);
-    // new char[size] that never throws: null when the memory is not there.
+    // new char[size] that never throws: null when the memory is not there. A block of 4 MB
+    // or more is advised to the kernel as huge pages before anything touches it.
     static char* AllocateBlock(uint64_t size);
+    // Asks for huge pages over the whole 2 MB pages of `bytes` from `block` (allocated, not
+    // yet written): a large block is then filled with a few page faults instead of one per
+    // 4 KB. Only advice: the kernel may decline, and nothing depends on it.
+    static void AdviseHugePages(const void* block, uint64_t bytes);
     static void FreeBlock(char* block);
     // A block for the constructors and resizes of a kind: null for a size of 0 or less,
     // zero-filled on request. A block the memory cannot hold, or one too large for the int

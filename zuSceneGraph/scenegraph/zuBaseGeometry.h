@@ -155,13 +155,15 @@ protected:
     zuBaseGeometry(zuVertexBuffer* vertices, zuIndexBuffer* indices);
 
 private:
-    zuPointer<zuVertexBuffer> mVertices;
-    zuPointer<zuIndexBuffer> mIndices;
-    zuBoundingVolume mModelBound;
-    zuPointer<zuGlobalState> mTextureState;   // a zuTextureState
-    zuPointer<zuGlobalState> mMaterialState;  // a zuMaterialState
+    // The bytes first, in the padding at the end of the renderable part, and the bound after
+    // the pointers: a leaf is then 8 bytes smaller (leaves are many).
     uint8_t mModeByte = DEFAULT_MODE;
     bool mGeometryFlags[2] = {false, false};
+    zuPointer<zuVertexBuffer> mVertices;
+    zuPointer<zuIndexBuffer> mIndices;
+    zuPointer<zuGlobalState> mTextureState;   // a zuTextureState
+    zuPointer<zuGlobalState> mMaterialState;  // a zuMaterialState
+    zuBoundingVolume mModelBound;
 };
 
 } // namespace zu

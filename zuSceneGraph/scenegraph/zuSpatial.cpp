@@ -8,6 +8,7 @@
 #include <zuSceneGraph/stream/zuBaseStream.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace zu {
 
@@ -143,34 +144,41 @@ void zuSpatial::setMetadata(zuMetadataInterface* metadata)
     if (!metadata)
         return;
     const uint32_t key = metadata->getTypeKey();
+    std::vector<zuPointer<zuObject>>& list = attachedObjects();
     size_t position = 0;
-    for (size_t i = 0; i < mMetadata.size(); ++i) {
-        const zuMetadataInterface* entry = mMetadata[i];
+    for (size_t i = 0; i < list.size(); ++i) {
+        const zuMetadataInterface* entry = asMetadata(list[i]);
         if (!entry)
             continue;
         if (entry->getTypeKey() == key) {
-            mMetadata[i] = metadata;
+            list[i] = metadata;
             return;
         }
         if (entry->getTypeKey() < key)
             position = i + 1;
     }
-    mMetadata.insert(mMetadata.begin() + static_cast<std::ptrdiff_t>(position), zuPointer<zuMetadataInterface>(metadata));
+    list.insert(list.begin() + static_cast<std::ptrdiff_t>(position), zuPointer<zuObject>(metadata));
 }
 
 zuMetadataInterface* zuSpatial::getMetadata(uint32_t typeKey) const
 {
-    for (const auto& entry : mMetadata)
-        if (entry && entry->getTypeKey() == typeKey)
-            return entry;
+    for (const auto& entry : attachedObjects())
+        if (entry && asMetadata(entry)->getTypeKey() == typeKey)
+            return asMetadata(entry);
     return nullptr;
 }
 
 bool zuSpatial::removeMetadata(uint32_t typeKey)
 {
-    for (auto entry = mMetadata.begin(); entry != mMetadata.end(); ++entry) {
-        if (*entry && (*entry)->getTypeKey() == typeKey) {
-            mMetadata.erase(entry);
+    const auto& list = std::as_const(*this).attachedObjects();
+    for (size_t i = 0; i < list.size(); ++i) {
+        if (list[i] && asMetadata(list[i])->getTypeKey() == typeKey) {
+            if (list.size() == 1) {
+                clearAttachedObjects();
+            } else {
+                std::vector<zuPointer<zuObject>>& writable = attachedObjects();
+                writable.erase(writable.begin() + static_cast<std::ptrdiff_t>(i));
+            }
             return true;
         }
     }
@@ -202,7 +210,7 @@ bool zuSpatial::Register(zuBaseStream& stream) const
         const int count = hasLegacyMetadataSlots(stream) ? std::min(getMetadataQuantity(), LEGACY_METADATA_SLOTS)
                                                          : getMetadataQuantity();
         for (int i = 0; i < count; ++i)
-            if (const zuMetadataInterface* metadata = mMetadata[static_cast<size_t>(i)])
+            if (const zuMetadataInterface* metadata = getMetadataAt(i))
                 metadata->Register(stream);
     }
     return true;
@@ -257,7 +265,7 @@ void zuSpatial::Save(zuBaseStream& stream) const
     }
     if (version > zuStreamVersion(5, 12)) {
         stream.Write(static_cast<unsigned int>(getMetadataQuantity()));
-        for (const auto& metadata : mMetadata)
+        for (const auto& metadata : attachedObjects())
             stream.Write(static_cast<const zuRttiInterface*>(metadata.get()));
     }
 }
@@ -301,9 +309,9 @@ void zuSpatial::Load(zuBaseStream& stream, zuLink* link)
         float dropped = 0.0f;
         stream.Read(dropped);
     }
-    mMetadata.clear();
+    clearAttachedObjects();
     if (hasLegacyMetadataSlots(stream)) {
-        mMetadata.resize(LEGACY_METADATA_SLOTS);
+        attachedObjects().resize(LEGACY_METADATA_SLOTS);
         for (int i = 0; i < LEGACY_METADATA_SLOTS; ++i)
             stream.ReadLink(link);
     } else if (version > zuStreamVersion(5, 12)) {
@@ -311,7 +319,8 @@ void zuSpatial::Load(zuBaseStream& stream, zuLink* link)
         stream.Read(count);
         if (!stream.CheckCount(count, 8))
             return;
-        mMetadata.resize(count);
+        if (count > 0)
+            attachedObjects().resize(count);
         for (unsigned int i = 0; i < count; ++i)
             stream.ReadLink(link);
     }
@@ -337,19 +346,21 @@ void zuSpatial::Link(zuBaseStream& stream, zuLink* link)
                 setGlobalState(static_cast<zuGlobalState*>(object));
         }
     }
-    for (auto& metadata : mMetadata) {
-        zuRttiInterface* object = stream.getFromMapAndRemove(link->getLinkID());
-        metadata = object && object->IsDerived(zuMetadataInterface::TYPE) ? static_cast<zuMetadataInterface*>(object)
-                                                                            : nullptr;
+    if (getMetadataQuantity() > 0) {
+        for (auto& metadata : attachedObjects()) {
+            zuRttiInterface* object = stream.getFromMapAndRemove(link->getLinkID());
+            metadata = object && object->IsDerived(zuMetadataInterface::TYPE) ? static_cast<zuMetadataInterface*>(object)
+                                                                                : nullptr;
+        }
     }
 }
 
 bool zuSpatial::PostLink()
 {
     const bool result = zuNamedObject::PostLink();
-    for (const auto& metadata : mMetadata)
+    for (const auto& metadata : std::as_const(*this).attachedObjects())
         if (metadata)
-            metadata->updateMetaData(this);
+            asMetadata(metadata)->updateMetaData(this);
     return result;
 }
 
@@ -374,7 +385,10 @@ bool zuSpatial::Clone(zuRttiInterface*& target) const
     spatial->SetCullingMode(GetCullingMode());
     spatial->mWorldBound.copyFrom(mWorldBound);
     spatial->mParent = nullptr;
-    spatial->mMetadata = mMetadata;
+    if (getMetadataQuantity() > 0)
+        spatial->attachedObjects() = attachedObjects();
+    else
+        spatial->clearAttachedObjects();
     return true;
 }
 

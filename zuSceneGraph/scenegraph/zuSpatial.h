@@ -1,7 +1,6 @@
 #pragma once
 
 #include <zuSceneGraph/math/zuGenericTransformation.h>
-#include <zuSceneGraph/objects/zuLazyVector.h>
 #include <zuSceneGraph/objects/zuNamedObject.h>
 #include <zuSceneGraph/scenegraph/zuBoundingVolume.h>
 #include <zuSceneGraph/scenegraph/zuMetadataInterface.h>
@@ -117,12 +116,12 @@ public:
     // False when no record has that key.
     bool removeMetadata(uint32_t typeKey);
     // Drops every record (and the empty slots of old streams).
-    void removeAllMetadata() { mMetadata.clear(); }
+    void removeAllMetadata() { clearAttachedObjects(); }
     // The list as it is, null slots included (old streams hold ten slots).
-    int getMetadataQuantity() const { return static_cast<int>(mMetadata.size()); }
+    int getMetadataQuantity() const { return static_cast<int>(attachedObjects().size()); }
     zuMetadataInterface* getMetadataAt(int i) const
     {
-        return i >= 0 && i < getMetadataQuantity() ? mMetadata[static_cast<size_t>(i)].get() : nullptr;
+        return i >= 0 && i < getMetadataQuantity() ? asMetadata(attachedObjects()[static_cast<size_t>(i)]) : nullptr;
     }
 
     // The parent node (not owned). Nodes set it when they attach or detach a child.
@@ -229,8 +228,14 @@ protected:
     }
 
 private:
+    // The metadata list is kept with the name and the controllers (attachedObjects): most
+    // objects of a large scene carry none of them.
+    static zuMetadataInterface* asMetadata(const zuPointer<zuObject>& entry)
+    {
+        return static_cast<zuMetadataInterface*>(entry.get());
+    }
+
     zuSpatial* mParent = nullptr;
-    zuLazyVector<zuPointer<zuMetadataInterface>> mMetadata;
     // The bound with the flags and masks beside it: a culling walk that rejects an object
     // reads these bytes alone.
     zuBoundingVolume mWorldBound;
