@@ -1,8 +1,8 @@
 #include <zuSceneGraph/io/zuObjParser.h>
 
+#include <algorithm>
 #include <bit>
 #include <cfloat>
-#include <algorithm>
 #include <charconv>
 #include <climits>
 #include <cmath>

@@ -1,8 +1,10 @@
 #include <zuSceneGraph/objects/zuObjectPool.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <mutex>
 #include <new>
+#include <vector>
 
 #include <sys/mman.h>
 
@@ -39,6 +41,7 @@ struct alignas(GRANULE) Chunk {
     FreeBlock* freed = nullptr;
     char* unused = nullptr;
     size_t live = 0;
+    uint32_t index = 0;  // the size class
     bool listed = false;
 
     char* end() { return reinterpret_cast<char*>(this) + CHUNK_SIZE; }
@@ -63,6 +66,13 @@ public:
         mNext += CHUNK_SIZE;
         return chunk;
     }
+    // Whether `address` lies in a chunk this source mapped.
+    bool owns(const void* address) const
+    {
+        const auto at = reinterpret_cast<uintptr_t>(address);
+        const auto after = std::upper_bound(mBatches.begin(), mBatches.end(), at);
+        return after != mBatches.begin() && at - *(after - 1) < BATCH_SIZE;
+    }
     void give(void* chunk) noexcept
     {
         ::madvise(static_cast<char*>(chunk) + PAGE_SIZE, CHUNK_SIZE - PAGE_SIZE, MADV_DONTNEED);
@@ -80,6 +90,12 @@ private:
         void* mapped = ::mmap(nullptr, length, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
         if (mapped == MAP_FAILED)
             return false;
+        try {
+            mBatches.reserve(mBatches.size() + 1);
+        } catch (const std::bad_alloc&) {
+            ::munmap(mapped, length);
+            return false;
+        }
         const uintptr_t begin = reinterpret_cast<uintptr_t>(mapped);
         const uintptr_t start = (begin + CHUNK_SIZE - 1) & ~(uintptr_t(CHUNK_SIZE) - 1);
         const size_t head = start - begin;
@@ -89,9 +105,12 @@ private:
             ::munmap(reinterpret_cast<char*>(start + BATCH_SIZE), length - head - BATCH_SIZE);
         mNext = reinterpret_cast<char*>(start);
         mEnd = mNext + BATCH_SIZE;
+        mBatches.insert(std::upper_bound(mBatches.begin(), mBatches.end(), start), start);
         return true;
     }
 
+    // The first address of every batch, in order.
+    std::vector<uintptr_t> mBatches;
     char* mNext = nullptr;
     char* mEnd = nullptr;
     void* mSpare = nullptr;
@@ -106,6 +125,7 @@ public:
         Chunk* chunk = mRoomy[index];
         if (!chunk) {
             chunk = new (mChunks.take()) Chunk;
+            chunk->index = static_cast<uint32_t>(index);
             chunk->unused = reinterpret_cast<char*>(chunk + 1);
             link(index, chunk);
         }
@@ -125,8 +145,29 @@ public:
 
     void release(void* block, size_t index) noexcept
     {
-        auto* chunk = reinterpret_cast<Chunk*>(reinterpret_cast<uintptr_t>(block) & ~(uintptr_t(CHUNK_SIZE) - 1));
         const std::lock_guard<std::mutex> lock(mMutex);
+        releaseLocked(block, index);
+    }
+
+    // A block of this pool is released and true returned; any other address gives false.
+    bool releaseOwned(void* block) noexcept
+    {
+        const std::lock_guard<std::mutex> lock(mMutex);
+        if (!mChunks.owns(block))
+            return false;
+        releaseLocked(block, chunkOf(block)->index);
+        return true;
+    }
+
+private:
+    static Chunk* chunkOf(void* block)
+    {
+        return reinterpret_cast<Chunk*>(reinterpret_cast<uintptr_t>(block) & ~(uintptr_t(CHUNK_SIZE) - 1));
+    }
+
+    void releaseLocked(void* block, size_t index) noexcept
+    {
+        Chunk* chunk = chunkOf(block);
         auto* freed = static_cast<FreeBlock*>(block);
         freed->next = chunk->freed;
         chunk->freed = freed;
@@ -141,7 +182,6 @@ public:
         }
     }
 
-private:
     // New chunks and chunks that got room go first, so that objects made together stay
     // together.
     void link(size_t index, Chunk* chunk)
@@ -177,6 +217,14 @@ Pool& pool()
     return *instance;
 }
 
+// Data blocks have chunks of their own, so that they do not come between the objects of a
+// tree.
+Pool& blockPool()
+{
+    static Pool* instance = new Pool;
+    return *instance;
+}
+
 bool pooled(size_t size)
 {
     return POOLED && size > 0 && size <= zuObjectPool::MAX_POOLED_SIZE;
@@ -200,6 +248,23 @@ void zuObjectPool::release(void* block, size_t size) noexcept
         return;
     }
     pool().release(block, (size - 1) / GRANULE);
+}
+
+void* zuObjectPool::allocateBlock(size_t size) noexcept
+{
+    if (!pooled(size))
+        return new (std::nothrow) char[size];
+    try {
+        return blockPool().allocate((size - 1) / GRANULE);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+void zuObjectPool::releaseBlock(void* block) noexcept
+{
+    if (block && !(POOLED && blockPool().releaseOwned(block)))
+        delete[] static_cast<char*>(block);
 }
 
 } // namespace zu

@@ -20,6 +20,12 @@ public:
     static void* allocate(size_t size);
     // `size` is the one given to allocate.
     static void release(void* block, size_t size) noexcept;
+
+    // Data blocks (a buffer's bytes), from chunks of their own: freed by address alone, as
+    // their owners free them. allocateBlock gives null when the memory is not there; a
+    // block of 0 bytes is a distinct address, as new char[0] gives.
+    static void* allocateBlock(size_t size) noexcept;
+    static void releaseBlock(void* block) noexcept;
 };
 
 } // namespace zu

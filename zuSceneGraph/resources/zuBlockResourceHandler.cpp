@@ -1,5 +1,6 @@
 #include <zuSceneGraph/resources/zuBlockResourceHandler.h>
 
+#include <zuSceneGraph/objects/zuObjectPool.h>
 #include <zuSceneGraph/resources/zuBlockReader.h>
 #include <zuSceneGraph/resources/zuDynamicLoadingResource.h>
 
@@ -62,7 +63,7 @@ char* zuBlockResourceHandler::AllocateBlock(uint64_t size)
 {
     if (size > std::numeric_limits<size_t>::max())
         return nullptr;
-    char* block = new (std::nothrow) char[static_cast<size_t>(size)];
+    char* block = static_cast<char*>(zuObjectPool::allocateBlock(static_cast<size_t>(size)));
     if (block && size >= (uint64_t(4) << 20))
         AdviseHugePages(block, size);
     return block;
@@ -93,7 +94,7 @@ char* zuBlockResourceHandler::NewBlock(int64_t size, bool zeroed)
 
 void zuBlockResourceHandler::FreeBlock(char* block)
 {
-    delete[] block;
+    zuObjectPool::releaseBlock(block);
 }
 
 } // namespace zu

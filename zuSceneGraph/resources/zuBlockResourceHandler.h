@@ -66,7 +66,8 @@ public:
     static zuBlockResourceHandler* CloneFrom(const zuDynamicLoadingResourceHandler* handler);
     // The resource's own handler as a block handler (the caller owns it), or null.
     static zuBlockResourceHandler* CreateFor(const zuDynamicLoadingResource* resource);
-    // new char[size] that never throws: null when the memory is not there. A block of 4 MB
+    // A block that never throws: null when the memory is not there. Blocks of up to 1 KB
+    // come from the object pool's block chunks (no allocation header each); a block of 4 MB
     // or more is advised to the kernel as huge pages before anything touches it.
     static char* AllocateBlock(uint64_t size);
     // Asks for huge pages over the whole 2 MB pages of `bytes` from `block` (allocated, not

@@ -47,6 +47,8 @@ inline __m128 absolute(__m128 v)
 // operations in the same order as the scalar formulas, so it carries the same bits.
 struct zuBoundingVolume::Lanes {
     static __m128 extents(const zuBoundingVolume& bv) { return _mm_loadu_ps(&bv.mRadius); }
+    // isValid() of the bound whose (radius, extents) these are.
+    static bool valid(__m128 extents) { return _mm_movemask_ps(_mm_cmpge_ps(extents, _mm_setzero_ps())) == 0xF; }
     static __m128 center(const zuBoundingVolume& bv)
     {
         const float* c = bv.mCenter;
@@ -137,7 +139,8 @@ void zuBoundingVolume::computeFromDataBox(const zuTSharedArray<Wm4::Vector3<floa
 
 void zuBoundingVolume::transformBoxBy(const zuGenericTransformation<float>& transformation, zuBoundingVolume& out) const
 {
-    if (!isValid())
+    __m128 extents = Lanes::extents(*this);
+    if (!Lanes::valid(extents))
         return;
     if (transformation.IsIdentity()) {
         out = *this;
@@ -156,7 +159,6 @@ void zuBoundingVolume::transformBoxBy(const zuGenericTransformation<float>& tran
     const __m128 column0 = _mm_shuffle_ps(m0, _mm_shuffle_ps(m0, m1, _MM_SHUFFLE(2, 2, 3, 3)), _MM_SHUFFLE(2, 0, 0, 0));
     const __m128 column1 = _mm_shuffle_ps(m0, m1, _MM_SHUFFLE(3, 0, 1, 1));
     const __m128 column2 = _mm_shuffle_ps(m0, _mm_shuffle_ps(m1, translate, _MM_SHUFFLE(0, 0, 1, 1)), _MM_SHUFFLE(2, 0, 2, 2));
-    __m128 extents = Lanes::extents(*this);
     __m128 center = Lanes::center(*this);
     if (transformation.IsRSMatrix()) {
         const Wm4::Vector3<float>& s = transformation.GetScale();
@@ -199,9 +201,10 @@ bool zuBoundingVolume::testIntersectionBox(const zuBoundingVolume& bv) const
 
 void zuBoundingVolume::growToContainBox(const zuBoundingVolume& bv)
 {
-    if (!bv.isValid())
+    const __m128 extents = Lanes::extents(*this), otherExtents = Lanes::extents(bv);
+    if (!Lanes::valid(otherExtents))
         return;
-    if (!isValid()) {
+    if (!Lanes::valid(extents)) {
         copyFrom(bv);
         return;
     }
@@ -212,8 +215,7 @@ void zuBoundingVolume::growToContainBox(const zuBoundingVolume& bv)
     // axis i are c_k ± e_k, and each one is measured from the mean centre. The minimum and
     // maximum take their operands in the order that gives std::min and std::max's results
     // (the first operand when they compare equal or unordered).
-    const __m128 extents = Lanes::extents(*this), center = Lanes::center(*this);
-    const __m128 otherExtents = Lanes::extents(bv), otherCenter = Lanes::center(bv);
+    const __m128 center = Lanes::center(*this), otherCenter = Lanes::center(bv);
     const __m128 half = _mm_set1_ps(0.5f);
     const __m128 mid = _mm_mul_ps(_mm_add_ps(center, otherCenter), half);
     const __m128 a0 = _mm_sub_ps(_mm_sub_ps(center, extents), mid), a1 = _mm_sub_ps(_mm_add_ps(center, extents), mid);

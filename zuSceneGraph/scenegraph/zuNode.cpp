@@ -246,16 +246,11 @@ uint32_t zuNode::setDirtyDown(bool down)
 void zuNode::UpdateWorldData()
 {
     updateWorldTransform();
-    // Siblings lie apart in memory and the pass is bound by fetching them: the next
-    // child's lines are asked for while this one is updated.
-    for (int i = 0; i < mChildCount && i < 2; ++i)
-        prefetchObject(mChildren[i].get());
-    for (int i = 0; i < mChildCount; ++i) {
-        if (i + 2 < mChildCount)
-            prefetchObject(mChildren[i + 2].get());
+    // No prefetching: the pool lays a tree out in the order it was made, which is the order
+    // of this walk, and the processor streams it by itself.
+    for (int i = 0; i < mChildCount; ++i)
         if (zuSpatial* child = mChildren[i].get())
             child->UpdateGS(false);
-    }
 }
 
 void zuNode::UpdateWorldData_Flags()

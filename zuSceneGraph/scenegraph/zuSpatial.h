@@ -184,20 +184,6 @@ public:
 protected:
     zuSpatial();
 
-    // Asks the cache for the lines of `object` that the update pass reads (a hint: null
-    // is allowed and nothing faults).
-    static void prefetchObject(const zuSpatial* object)
-    {
-        if (!object)
-            return;
-        const char* bytes = reinterpret_cast<const char*>(object);
-        __builtin_prefetch(bytes);
-        __builtin_prefetch(bytes + 64);
-        __builtin_prefetch(bytes + 128);
-        __builtin_prefetch(bytes + 192);
-        __builtin_prefetch(bytes + 256);
-    }
-
     // Asks the cache for the bytes that the culling walk reads first (the bound and the
     // flags), a hint: null is allowed.
     static void prefetchBound(const zuSpatial* object)
