@@ -33,7 +33,12 @@ public:
     virtual void onRelease(zuResourceIdentifier* identifier);
 
 private:
-    ReleaseFunction mReleaseFunction = nullptr;
+    // Forgets the binding: the identifier and the release function.
+    void forget();
+
+    // The renderer's identifier; BOUND_WITHOUT_IDENTIFIER when a release function was given
+    // with a null identifier. The release functions of bound objects are kept in a table
+    // beside them: most objects of a scene are never bound, and each is 8 bytes smaller.
     zuResourceIdentifier* mIdentifier = nullptr;
 };
 

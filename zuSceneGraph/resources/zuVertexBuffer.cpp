@@ -66,7 +66,6 @@ zuVertexBuffer::zuVertexBuffer(const zuAttributes& layout, int quantity)
 {
     const int64_t size = static_cast<int64_t>(mVertexSize) * mVertexQuantity;
     mData = zuBlockResourceHandler::NewBlock(size, true);
-    mDataSize = static_cast<int>(size);
 }
 
 zuVertexBuffer::zuVertexBuffer(const zuVertexBuffer* source)
@@ -76,11 +75,10 @@ zuVertexBuffer::zuVertexBuffer(const zuVertexBuffer* source)
     mAttributes = source->mAttributes;
     mVertexSize = source->mVertexSize;
     mVertexQuantity = source->mVertexQuantity;
-    mDataSize = source->mDataSize;
     if (source->mData) {
-        mData = zuBlockResourceHandler::NewBlock(mDataSize, false);
+        mData = zuBlockResourceHandler::NewBlock(GetDataSize(), false);
         if (mData)
-            std::memcpy(mData, source->mData, static_cast<size_t>(mDataSize));
+            std::memcpy(mData, source->mData, static_cast<size_t>(GetDataSize()));
     }
 }
 
@@ -96,7 +94,6 @@ void zuVertexBuffer::clearContents()
     mAttributes = zuAttributes();
     mVertexSize = 0;
     mVertexQuantity = 0;
-    mDataSize = 0;
 }
 
 bool zuVertexBuffer::setVertexFormat(const zuAttributes& layout, int quantity)
@@ -114,14 +111,13 @@ void zuVertexBuffer::resizeVertexBuffer(int quantity)
     quantity = std::max(quantity, 0);
     const int64_t size = std::max<int64_t>(static_cast<int64_t>(mVertexSize) * quantity, 0);
     char* block = zuBlockResourceHandler::NewBlock(size, false);
-    const int64_t kept = mData ? std::min<int64_t>(size, mDataSize) : 0;
+    const int64_t kept = mData ? std::min<int64_t>(size, GetDataSize()) : 0;
     if (kept > 0)
         std::memcpy(block, mData, static_cast<size_t>(kept));
     if (size > kept)
         std::memset(block + kept, 0, static_cast<size_t>(size - kept));
     zuBlockResourceHandler::ReplaceBlock(mData, block);
     mVertexQuantity = quantity;
-    mDataSize = static_cast<int>(size);
     // The file holds the block of the old size: it cannot be read back from there.
     clearStreamInfo();
 }
@@ -133,7 +129,6 @@ void zuVertexBuffer::copyVertexFormat(zuVertexBuffer* target) const
     target->mAttributes = mAttributes;
     target->mVertexSize = mVertexSize;
     target->mVertexQuantity = mVertexQuantity;
-    target->mDataSize = mDataSize;
     zuBlockResourceHandler::ReplaceBlock(target->mData, nullptr);
     target->clearStreamInfo();
 }
@@ -186,8 +181,8 @@ bool zuVertexBuffer::copyVertex(const zuVertexBuffer* source, int sourceIndex, i
         char* target = vertexAddress(mAttributes.GetUserIntOffsetByte(unit), targetIndex);
         const char* origin = source->vertexAddress(from.GetUserIntOffsetByte(unit), sourceIndex);
         int64_t bytes = static_cast<int64_t>(unit + 1) * 4;
-        bytes = std::min<int64_t>(bytes, (mData + mDataSize) - target);
-        bytes = std::min<int64_t>(bytes, (source->mData + source->mDataSize) - origin);
+        bytes = std::min<int64_t>(bytes, (mData + GetDataSize()) - target);
+        bytes = std::min<int64_t>(bytes, (source->mData + source->GetDataSize()) - origin);
         if (bytes > 0)
             std::memmove(target, origin, static_cast<size_t>(bytes));
     }
@@ -201,7 +196,6 @@ bool zuVertexBuffer::swapVertexBuffer(zuVertexBuffer& other)
     mAttributes.swapAttributes(other.mAttributes);
     std::swap(mVertexSize, other.mVertexSize);
     std::swap(mVertexQuantity, other.mVertexQuantity);
-    std::swap(mDataSize, other.mDataSize);
     std::swap(mData, other.mData);
     swapFileInfos(other);
     return true;
@@ -313,16 +307,15 @@ bool zuVertexBuffer::CloneVertexBuffer(zuRttiInterface*& target, bool withData) 
     if (!zuUnnamedObject::Clone(target))
         return false;
     zuVertexBuffer* clone = static_cast<zuVertexBuffer*>(target);
-    clone->mDataSize = mDataSize;
     clone->mVertexSize = mVertexSize;
     clone->mVertexQuantity = mVertexQuantity;
     clone->mAttributes = mAttributes;
     if (!withData)
         return true;
-    char* block = zuBlockResourceHandler::NewBlock(mDataSize, false);
+    char* block = zuBlockResourceHandler::NewBlock(GetDataSize(), false);
     if (mData) {
         if (block)
-            std::memcpy(block, mData, static_cast<size_t>(mDataSize));
+            std::memcpy(block, mData, static_cast<size_t>(GetDataSize()));
     } else {
         // The bytes are brought in and dropped again, and the clone's block stays unfilled:
         // the behaviour callers of this format know and keep.
@@ -348,7 +341,7 @@ zuDynamicLoadingResourceHandler* zuVertexBuffer::createHandler() const
 int zuVertexBuffer::GetDiskUsed(const zuBaseStream& stream) const
 {
     const zuStreamVersion& version = stream.GetVersion();
-    int size = zuUnnamedObject::GetDiskUsed(stream) + mDataSize
+    int size = zuUnnamedObject::GetDiskUsed(stream) + GetDataSize()
         + 4 * (mAttributes.GetColorUnitCount() + mAttributes.GetTCoordUnitCount());
     size += version > zuStreamVersion(4, 3) ? 52 : 28;
     if (version >= zuStreamVersion(5, 2)) {
@@ -383,9 +376,9 @@ void zuVertexBuffer::Save(zuBaseStream& stream) const
     const bool sizesInFloats = stream.GetVersion() <= zuStreamVersion(5, 1);
     stream.Write(sizesInFloats ? mVertexSize / 4 : mVertexSize);
     stream.Write(mVertexQuantity);
-    stream.Write(sizesInFloats ? mDataSize / 4 : mDataSize);
+    stream.Write(sizesInFloats ? GetDataSize() / 4 : GetDataSize());
     const zuBlockResourceSave block(stream, *this);
-    block.writeBlock(stream, mData, mDataSize);
+    block.writeBlock(stream, mData, GetDataSize());
     writeLayout(stream, mAttributes);
 }
 
@@ -422,7 +415,7 @@ void zuVertexBuffer::Load(zuBaseStream& stream, zuLink* link)
     if (!readSizes(stream))
         return;
 
-    mData = readBlock(stream, static_cast<uint64_t>(mDataSize));
+    mData = readBlock(stream, static_cast<uint64_t>(GetDataSize()));
 
     zuAttributes layout;
     bool valid = readLayout(stream, layout);
@@ -469,7 +462,6 @@ bool zuVertexBuffer::readSizes(zuBaseStream& stream)
     }
     mVertexSize = static_cast<int>(vertexBytes);
     mVertexQuantity = quantity;
-    mDataSize = static_cast<int>(dataBytes);
     return true;
 }
 
@@ -530,9 +522,9 @@ bool zuVertexBuffer::Equals(const zuRttiInterface* other) const
         return false;
     const zuVertexBuffer* buffer = static_cast<const zuVertexBuffer*>(other);
     if (mVertexSize != buffer->mVertexSize || mVertexQuantity != buffer->mVertexQuantity
-        || mDataSize != buffer->mDataSize || mAttributes != buffer->mAttributes)
+        || GetDataSize() != buffer->GetDataSize() || mAttributes != buffer->mAttributes)
         return false;
-    const int count = mDataSize / 4;
+    const int count = GetDataSize() / 4;
     if (count == 0)
         return true;
     if (!mData || !buffer->mData)
@@ -601,7 +593,7 @@ void zuVertexBuffer::DescribeFields(const zuRttiInterface& object, zuFieldVisito
     visitor.BeginGroup(nullptr);
     visitor.Integer("quantity", buffer.mVertexQuantity);
     visitor.Integer("vertex size", buffer.mVertexSize);
-    visitor.Integer("data size", buffer.mDataSize);
+    visitor.Integer("data size", buffer.GetDataSize());
     visitor.EndGroup();
     buffer.mAttributes.DescribeFields("layout", visitor);
     buffer.DescribeBlock(visitor);

@@ -80,7 +80,8 @@ public:
     const zuAttributes& GetAttributes() const { return mAttributes; }
     int GetVertexSize() const { return mVertexSize; }
     int GetVertexQuantity() const { return mVertexQuantity; }
-    int GetDataSize() const { return mDataSize; }
+    // vertexSize × vertexQuantity (every size the buffer takes fits an int).
+    int GetDataSize() const { return mVertexSize * mVertexQuantity; }
     // The block, or null while the buffer is not resident.
     char* GetData() { return mData; }
     const char* GetData() const { return mData; }
@@ -240,7 +241,7 @@ public:
     // (zuAttributes::operator==), then the blocks as dataSize / 4 floats within 0.0001 (a
     // NaN difference is no mismatch); two absent blocks are equal, one absent block is not.
     // Clone is CloneVertexBuffer(target, false): a plain clone never copies vertex bytes.
-    ZU_BLOCK_RESOURCE_OPERATIONS(zuUnnamedObject, msVertexBufferID, msVertexBufferHandlerID, mDataSize);
+    ZU_BLOCK_RESOURCE_OPERATIONS(zuUnnamedObject, msVertexBufferID, msVertexBufferHandlerID, GetDataSize());
 
 private:
     // Refuses the save when the stream cannot store this vertex size.
@@ -269,7 +270,6 @@ private:
     zuAttributes mAttributes;
     int mVertexSize = 0;
     int mVertexQuantity = 0;
-    int mDataSize = 0;
 };
 
 // A text dump: "positions" and one line "x y z" per vertex, "normals" likewise, then for
