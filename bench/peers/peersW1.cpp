@@ -134,6 +134,11 @@ Table runW1(const Options& options)
     for (int run = 0; run < options.runs; ++run) {
         std::fprintf(stderr, "W1 D=%d: run %d of %d\n", options.depth, run + 1, options.runs);
         const bool oursFirst = run % 2 == 0;
+        // Each save writes a new file, as the fwrite reference does: replacing the file of
+        // the run before would add the system's truncation of it to both saves.
+        std::error_code removal;
+        std::filesystem::remove(oursPath, removal);
+        std::filesystem::remove(osgPath, removal);
         const std::function<void()> scenes[2] = {
             [&] { oursScenes.push_back(inChild<W1SceneRun>([&] { return oursScene(layout, oursPath); })); },
             [&] { osgScenes.push_back(inChild<W1SceneRun>([&] { return osgScene(layout, osgPath); })); }};

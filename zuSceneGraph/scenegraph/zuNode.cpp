@@ -466,6 +466,7 @@ void zuNode::Link(zuBaseStream& stream, zuLink* link)
         mChildren[i] = child;
     }
     stream.requestLinkedPass(finishLoadedTrees);
+    stream.noteForLinkedPass(this);
 }
 
 // ---------------------------------------------------------------------------------------
@@ -473,25 +474,27 @@ void zuNode::Link(zuBaseStream& stream, zuLink* link)
 
 void zuNode::finishLoadedTrees(zuBaseStream& stream)
 {
-    size_t spatials = 0;
+    // Only the nodes matter: a leaf is marked from its parent's walk, and one without a
+    // parent has nothing to mark. Every node is reached from a parentless one unless it
+    // hangs in a cycle of parents.
+    const std::vector<zuRttiInterface*>& nodes = stream.GetNotedForLinkedPass();
+    size_t count = 0;
     size_t reached = 0;
-    for (size_t i = 0; i < stream.GetLoadedObjectCount(); ++i) {
-        zuRttiInterface* object = stream.GetLoadedObjectAt(i);
-        if (!object->IsDerived(zuSpatial::TYPE))
+    for (zuRttiInterface* object : nodes) {
+        if (!object->IsDerived(TYPE))
             continue;
-        ++spatials;
-        if (auto* spatial = static_cast<zuSpatial*>(object); !spatial->GetParent())
-            reached += finishLoadedTree(spatial);
+        ++count;
+        if (auto* node = static_cast<zuNode*>(object); !node->GetParent())
+            reached += finishLoadedTree(node);
     }
-    // Every object hangs in one tree at most; those that no root reached hang below a cycle.
-    if (reached < spatials)
+    if (reached < count)
         breakLoadedCycles(stream);
 }
 
 size_t zuNode::finishLoadedTree(zuSpatial* root)
 {
     if (!root->IsDerived(TYPE))
-        return 1;
+        return 0;
     size_t reached = 0;
     std::vector<zuNode*> roots{static_cast<zuNode*>(root)};
     NodeStack stack;
@@ -522,7 +525,6 @@ size_t zuNode::finishLoadedTree(zuSpatial* root)
                 child->setDirtyDown(true);
                 child->SetUpdateMask(child->GetUpdateMask() | child->GetDirtyMask());
                 frame.bits |= child->GetDirtyMask();
-                ++reached;
                 continue;
             }
             auto* node = static_cast<zuNode*>(child);

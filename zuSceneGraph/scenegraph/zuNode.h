@@ -161,8 +161,8 @@ private:
     // than MAX_LOADED_DEPTH ancestors is cut off its parent (and finished as a root of its
     // own), and a cycle of parents that a crafted file can make is cut open.
     static void finishLoadedTrees(zuBaseStream& stream);
-    // Finishes the tree of a parentless object; returns the spatial objects it reached,
-    // those cut off included.
+    // Finishes the tree of a parentless object; returns the nodes it reached, those cut off
+    // included.
     static size_t finishLoadedTree(zuSpatial* root);
     static void breakLoadedCycles(zuBaseStream& stream);
 

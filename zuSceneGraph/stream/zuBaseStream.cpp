@@ -219,11 +219,16 @@ int zuBaseStream::GetRecordSize(const zuRttiInterface* object) const
 bool zuBaseStream::writeRecords()
 {
     bool complete = true;
+    // A save has a few top-level objects as a rule: compared directly, they cost less than a
+    // hashed look-up per record.
+    const bool fewTopLevel = mTopLevel.size() <= 8;
     for (mWritingRecord = 0; mWritingRecord < mOrdered.size() && complete; ++mWritingRecord) {
         const zuRttiInterface* object = mOrdered[mWritingRecord];
         if (mStreamError)
             break;
-        if (IsTopLevel(object))
+        const bool topLevel = fewTopLevel ? std::find(mTopLevel.begin(), mTopLevel.end(), object) != mTopLevel.end()
+                                          : IsTopLevel(object);
+        if (topLevel)
             Write(TOP_LEVEL_MARKER);
         object->Save(*this);
         if (mProgress) {
@@ -342,7 +347,7 @@ void zuBaseStream::deleteLinks()
     }
     for (zuLink* chunk : chunks)
         ::operator delete(chunk);
-    mLinkReferences.release();
+    std::vector<uint64_t>().swap(mLinkReferences);
 }
 
 void zuBaseStream::registerLink(uint64_t identifier, zuLink* link)
@@ -354,6 +359,11 @@ void zuBaseStream::registerLink(uint64_t identifier, zuLink* link)
 
 void zuBaseStream::addObjectReference(zuLink* link, uint64_t identifier)
 {
+    // Links number their references with 32 bits.
+    if (mLinkReferences.size() >= UINT32_MAX / 2) {
+        setCorrupt("the stream holds too many references");
+        return;
+    }
     link->addInterface(identifier);
     ++mReferenceCount;
 }
@@ -370,18 +380,30 @@ void zuBaseStream::buildReferenceMap()
     // A later record saved under the same identifier replaces the earlier one.
     for (const auto& [identifier, object] : mDefinitions)
         mReferences.findOrInsert(identifier).object = object;
+    // With every identifier defined once, record j has entry j. A record refers mostly to
+    // the records written right after it (a mesh to its buffers, a node to its first
+    // child), so the record after the last one found is tried before the hashed look-up;
+    // a guess counts only when the identifiers agree, whatever the file holds.
+    const size_t definitions = mDefinitions.size();
+    const bool guessing = mReferences.size() == definitions;
     mResolved.reserve(mReferenceCount);
     for (size_t i = 0; i < mLinkCount; ++i) {
         const zuLink* link = linkAt(i);
+        size_t guess = i + 1;
         for (int k = 0; k < link->getQuantity(); ++k) {
             const uint64_t identifier = link->getInterface(k);
             if (identifier == 0 && !mNullDefined) {
                 mResolved.push_back(NO_ENTRY);
                 continue;
             }
-            const uint32_t number = mReferences.findOrInsertNumber(identifier);
+            uint32_t number;
+            if (guessing && guess < definitions && mDefinitions[guess].first == identifier)
+                number = static_cast<uint32_t>(guess);
+            else
+                number = mReferences.findOrInsertNumber(identifier);
             ++mReferences.entryAt(number).pending;
             mResolved.push_back(number);
+            guess = size_t(number) + 1;
         }
     }
 }
@@ -582,6 +604,7 @@ void zuBaseStream::finishLoad()
         }
     }
     mLinkedPasses.clear();
+    std::vector<zuRttiInterface*>().swap(mNotedForLinkedPass);
     deleteLinks();
     clearCustomInformations();
 }

@@ -21,7 +21,6 @@
 #include <cstdint>
 #include <cstring>
 #include <memory>
-#include <memory_resource>
 #include <string>
 #include <type_traits>
 #include <unordered_map>
@@ -114,6 +113,10 @@ public:
     using LinkedPass = void (*)(zuBaseStream& stream);
     // Asks for `pass` to run in this load; asking again for the same pass changes nothing.
     void requestLinkedPass(LinkedPass pass);
+    // Objects noted during the link pass for the linked passes, in the order they were
+    // noted, so that a pass need not visit every loaded object to find its own.
+    void noteForLinkedPass(zuRttiInterface* object) { mNotedForLinkedPass.push_back(object); }
+    const std::vector<zuRttiInterface*>& GetNotedForLinkedPass() const { return mNotedForLinkedPass; }
     // The objects this load created, in reading order, while the load's links last.
     size_t GetLoadedObjectCount() const { return mLinkCount; }
     zuRttiInterface* GetLoadedObjectAt(size_t i) const { return linkAt(i)->getObject(); }
@@ -430,7 +433,7 @@ private:
     size_t mLinkCount = 0;
     // The references the links read, side by side in the order they were read (the link
     // pass then walks them in order), freed at once with the links.
-    std::pmr::monotonic_buffer_resource mLinkReferences;
+    std::vector<uint64_t> mLinkReferences;
     // The identifier each loaded object was saved under, and how many references the
     // records read: the map from identifiers to objects is built from these when the link
     // pass starts, in one tight loop, and not at all when no record refers to another.
@@ -449,6 +452,7 @@ private:
     std::unordered_map<const zuRttiInterface*, zuRttiCustomInformation*> mCustomInformations;
     std::vector<std::pair<const zuRtti*, zuDataStreamLoader*>> mStreamLoaders;
     std::vector<LinkedPass> mLinkedPasses;
+    std::vector<zuRttiInterface*> mNotedForLinkedPass;
     zuProgressNotifierInterface* mProgress = nullptr;
     std::shared_ptr<const std::string> mSharedPath;
     bool mKeepMovedResources = false;

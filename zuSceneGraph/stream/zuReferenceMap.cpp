@@ -8,6 +8,8 @@ namespace zu {
 
 namespace {
 
+constexpr size_t LARGE_ENTRIES = 65536;
+
 // 64 bits that a file cannot know in advance. The random device may be missing (it then
 // throws); the clock and a counter still differ from run to run and from load to load.
 uint64_t unpredictableBits()
@@ -32,9 +34,16 @@ uint64_t unpredictableBits()
 
 uint32_t zuReferenceMap::findOrInsertNumber(uint64_t identifier)
 {
-    // Kept at most half full, so probe sequences stay short.
-    if (2 * (mEntries.size() + 1) > mCapacity)
-        rebuild(true);
+    // Kept at most half full, so probe sequences stay short. A map that grows past
+    // LARGE_ENTRIES is most likely a large scene's registered set, which cannot know its
+    // size beforehand: it grows eightfold there, once, which saves it most of the rebuilds
+    // (and the copies of its entries) that doubling would make.
+    if (2 * (mEntries.size() + 1) > mCapacity) {
+        if (mEntries.size() >= LARGE_ENTRIES && mEntries.size() < 2 * LARGE_ENTRIES)
+            reserve(8 * mEntries.size());
+        else
+            rebuild(true);
+    }
     if (mProbes > PROBES_PER_LOOKUP * mLookups + PROBES_ALLOWED && !mKeyed)
         takeKeyedHash();
     ++mLookups;
