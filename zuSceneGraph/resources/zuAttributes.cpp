@@ -62,15 +62,18 @@ zuAttributes::Layout::Layout(const Layout& other)
     std::copy(std::begin(other.unitCount), std::end(other.unitCount), std::begin(unitCount));
 }
 
-// The record a thread interned last, with a reference of its own: the buffers of one load
-// mostly share their layout, and the next one then takes neither the lock nor the table.
+// The records a thread interned last, each with a reference of its own: the buffers of one
+// load or build mostly share their layout, reached by setting one channel group at a time,
+// and the next buffer then takes neither the lock nor the table.
 struct zuAttributes::LastRecord {
-    zuAttributes value;
+    static constexpr int COUNT = 4;
+    zuAttributes values[COUNT];
+    int next = 0;
 
-    static zuAttributes& ofThisThread()
+    static LastRecord& ofThisThread()
     {
         thread_local LastRecord last;
-        return last.value;
+        return last;
     }
 };
 
@@ -78,15 +81,18 @@ const zuAttributes::Layout* zuAttributes::intern(Layout&& draft)
 {
     if (SameCounts()(&draft, &msEmpty))
         return &msEmpty;
-    zuAttributes& last = LastRecord::ofThisThread();
-    if (SameCounts()(&draft, last.mLayout)) {
-        retain(last.mLayout);
-        return last.mLayout;
-    }
+    LastRecord& last = LastRecord::ofThisThread();
+    for (const zuAttributes& value : last.values)
+        if (SameCounts()(&draft, value.mLayout)) {
+            retain(value.mLayout);
+            return value.mLayout;
+        }
     const Layout* record = internShared(std::move(draft));
     retain(record);
-    release(last.mLayout);
-    last.mLayout = record;
+    zuAttributes& oldest = last.values[last.next];
+    last.next = (last.next + 1) % LastRecord::COUNT;
+    release(oldest.mLayout);
+    oldest.mLayout = record;
     return record;
 }
 
