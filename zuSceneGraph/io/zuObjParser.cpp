@@ -143,6 +143,68 @@ inline bool parseFixedPoint(const char*& p, const char* end, float& value)
     }
 }
 
+// Every other shape of number ParseFloat takes; false, with `p` unchanged, for a bad token.
+bool parseFloatGeneral(const char*& p, const char* end, float& value)
+{
+    // The fast path takes the usual shapes ("-0.123456", "12.5e-3") with at most 19 digits.
+    // A mantissa of at most 2^53 scaled by an exact power of ten is one correctly rounded
+    // double operation; rounding that double to a float is then correct unless the double
+    // lies exactly halfway between two floats, which goes to the slow path.
+    const char* q = p;
+    const bool negative = q < end && *q == '-';
+    if (q < end && (*q == '-' || *q == '+'))
+        ++q;
+    uint64_t mantissa = 0;
+    const char* digits = q;
+    q = readDigits(q, end, mantissa);
+    ptrdiff_t count = q - digits;
+    int exponent = 0;
+    if (q < end && *q == '.') {
+        const char* fraction = ++q;
+        q = readDigits(q, end, mantissa);
+        exponent = -static_cast<int>(q - fraction);
+        count += q - fraction;
+    }
+    bool fast = count > 0 && count <= 19;
+    if (fast && q < end && (*q | 0x20) == 'e') {
+        const char* e = q + 1;
+        const bool negativeExponent = e < end && *e == '-';
+        if (e < end && (*e == '-' || *e == '+'))
+            ++e;
+        const char* first = e;
+        int written = 0;
+        while (e < end && isDigit(*e) && e - first < 6)
+            written = written * 10 + (*e++ - '0');
+        fast = e > first && (e == end || !isDigit(*e));  // "1e" and huge exponents: the slow path
+        exponent += negativeExponent ? -written : written;
+        q = e;
+    }
+    if (fast && (q == end || isDelimiter(*q))) {
+        if (mantissa == 0) {
+            value = negative ? -0.0f : 0.0f;
+            p = q;
+            return true;
+        }
+        if (mantissa <= (uint64_t(1) << 53) && exponent >= -22 && exponent <= 22) {
+            const double wide = exponent < 0 ? static_cast<double>(mantissa) / POWERS_OF_TEN[-exponent]
+                                             : static_cast<double>(mantissa) * POWERS_OF_TEN[exponent];
+            uint64_t bits;
+            std::memcpy(&bits, &wide, sizeof(bits));
+            if (wide >= static_cast<double>(FLT_MIN) && (bits & 0x1FFFFFFFu) != 0x10000000u) {
+                const float narrow = static_cast<float>(wide);
+                value = negative ? -narrow : narrow;
+                p = q;
+                return true;
+            }
+        }
+    }
+    const char* stop = tokenEnd(p, end);
+    if (stop == p || !parseFloatSlow(p, stop, value))
+        return false;
+    p = stop;
+    return true;
+}
+
 // A positive index as written (1-based) or a negative (relative) one; 0 and numbers beyond
 // 32 bits are refused.
 inline bool parseIndex(const char*& p, const char* end, int32_t& index)
@@ -171,7 +233,7 @@ int parseNumbers(const char* p, const char* end, float* values, int capacity, ui
     p = skipSpaces(p, end);
     while (p < end && *p != '#') {
         float value = 0.0f;
-        if (!parseFixedPoint(p, end, value) && !zuObjParser::ParseFloat(p, end, value)) {
+        if (!parseFixedPoint(p, end, value) && !parseFloatGeneral(p, end, value)) {
             if (!reported)
                 chunk.errors.push_back({line, "bad number " + quoted(p, end) + " in a " + keyword + " statement"});
             reported = true;
@@ -471,65 +533,7 @@ void zuObjParser::Chunk::clear()
 
 bool zuObjParser::ParseFloat(const char*& p, const char* end, float& value)
 {
-    // The fast path takes the usual shapes ("-0.123456", "12.5e-3") with at most 19 digits.
-    // A mantissa of at most 2^53 scaled by an exact power of ten is one correctly rounded
-    // double operation; rounding that double to a float is then correct unless the double
-    // lies exactly halfway between two floats, which goes to the slow path.
-    if (parseFixedPoint(p, end, value))
-        return true;
-    const char* q = p;
-    const bool negative = q < end && *q == '-';
-    if (q < end && (*q == '-' || *q == '+'))
-        ++q;
-    uint64_t mantissa = 0;
-    const char* digits = q;
-    q = readDigits(q, end, mantissa);
-    ptrdiff_t count = q - digits;
-    int exponent = 0;
-    if (q < end && *q == '.') {
-        const char* fraction = ++q;
-        q = readDigits(q, end, mantissa);
-        exponent = -static_cast<int>(q - fraction);
-        count += q - fraction;
-    }
-    bool fast = count > 0 && count <= 19;
-    if (fast && q < end && (*q | 0x20) == 'e') {
-        const char* e = q + 1;
-        const bool negativeExponent = e < end && *e == '-';
-        if (e < end && (*e == '-' || *e == '+'))
-            ++e;
-        const char* first = e;
-        int written = 0;
-        while (e < end && isDigit(*e) && e - first < 6)
-            written = written * 10 + (*e++ - '0');
-        fast = e > first && (e == end || !isDigit(*e));  // "1e" and huge exponents: the slow path
-        exponent += negativeExponent ? -written : written;
-        q = e;
-    }
-    if (fast && (q == end || isDelimiter(*q))) {
-        if (mantissa == 0) {
-            value = negative ? -0.0f : 0.0f;
-            p = q;
-            return true;
-        }
-        if (mantissa <= (uint64_t(1) << 53) && exponent >= -22 && exponent <= 22) {
-            const double wide = exponent < 0 ? static_cast<double>(mantissa) / POWERS_OF_TEN[-exponent]
-                                             : static_cast<double>(mantissa) * POWERS_OF_TEN[exponent];
-            uint64_t bits;
-            std::memcpy(&bits, &wide, sizeof(bits));
-            if (wide >= static_cast<double>(FLT_MIN) && (bits & 0x1FFFFFFFu) != 0x10000000u) {
-                const float narrow = static_cast<float>(wide);
-                value = negative ? -narrow : narrow;
-                p = q;
-                return true;
-            }
-        }
-    }
-    const char* stop = tokenEnd(p, end);
-    if (stop == p || !parseFloatSlow(p, stop, value))
-        return false;
-    p = stop;
-    return true;
+    return parseFixedPoint(p, end, value) || parseFloatGeneral(p, end, value);
 }
 
 size_t zuObjParser::WholeLinesLength(const char* text, size_t size)
