@@ -1,5 +1,7 @@
 #include <zuSceneGraph/io/zuObjVertexData.h>
 
+#include <zuSceneGraph/resources/zuBlockResourceHandler.h>
+
 #include <sys/mman.h>
 
 #include <cstdint>
@@ -18,7 +20,7 @@ void* zuObjHugeBlocks::Allocate()
         ::munmap(mapped, block - start);
     if (const uintptr_t tail = start + 2 * BYTES - (block + BYTES))
         ::munmap(reinterpret_cast<void*>(block + BYTES), tail);
-    ::madvise(reinterpret_cast<void*>(block), BYTES, MADV_HUGEPAGE);
+    zuBlockResourceHandler::AdviseHugePages(reinterpret_cast<void*>(block), BYTES);
     return reinterpret_cast<void*>(block);
 }
 
