@@ -1,6 +1,7 @@
 #include <zuSceneGraph/math/zuGenericTransformation.h>
 
 #include <zuSceneGraph/math/zuMatrixInverse.h>
+#include <zuSceneGraph/math/zuSse.h>
 
 #include <Wm4/Wm4Math.h>
 
@@ -10,24 +11,13 @@
 #include <limits>
 #include <type_traits>
 
-#include <emmintrin.h>
 
 namespace zu {
 
 namespace {
 
-// Lane `i` of `v` in every lane.
-template <int i>
-inline __m128 broadcast(__m128 v)
-{
-    return _mm_shuffle_ps(v, v, _MM_SHUFFLE(i, i, i, i));
-}
-
-template <int i0, int i1, int i2, int i3>
-inline __m128 shuffle(__m128 low, __m128 high)
-{
-    return _mm_shuffle_ps(low, high, _MM_SHUFFLE(i3, i2, i1, i0));
-}
+using sse::broadcast;
+using sse::shuffle;
 
 // The matrix and translation of a∘b for two RS transformations where a's scale `s` is
 // uniform: M = A·B and T = (A·Tb)·s + Ta. `a`, `b` and `out` point at the nine matrix

@@ -3,6 +3,7 @@
 #include <zuSceneGraph/objects/zuController.h>
 
 #include <algorithm>
+#include <cstddef>
 
 namespace zu {
 
@@ -52,6 +53,22 @@ void zuNamedObject::clearAttachedObjects()
     // Moved out first: releasing an object may reach back into this one.
     const std::vector<zuPointer<zuObject>> dropped = std::move(mRare->attached);
     mRare->attached.clear();
+    dropRareWhenEmpty();
+}
+
+void zuNamedObject::setAttachedObjects(const std::vector<zuPointer<zuObject>>& objects)
+{
+    if (objects.empty())
+        clearAttachedObjects();
+    else
+        rare().attached = objects;
+}
+
+void zuNamedObject::eraseAttachedObject(size_t i)
+{
+    // Moved out first, as above.
+    const zuPointer<zuObject> dropped = std::move(mRare->attached[i]);
+    mRare->attached.erase(mRare->attached.begin() + static_cast<std::ptrdiff_t>(i));
     dropRareWhenEmpty();
 }
 

@@ -37,6 +37,10 @@ protected:
     const std::vector<zuPointer<zuObject>>& attachedObjects() const { return mRare ? mRare->attached : msNoObjects; }
     // Drops every attached object.
     void clearAttachedObjects();
+    // Replaces the attached objects; an empty list drops them all.
+    void setAttachedObjects(const std::vector<zuPointer<zuObject>>& objects);
+    // Removes the attached object at `i` (an index into attachedObjects()).
+    void eraseAttachedObject(size_t i);
 
 private:
     // What most objects of a large scene never carry, made on first use and dropped when

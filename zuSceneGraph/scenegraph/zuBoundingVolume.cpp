@@ -1,6 +1,7 @@
 #include <zuSceneGraph/scenegraph/zuBoundingVolume.h>
 
 #include <zuSceneGraph/math/zuGenericTransformation.h>
+#include <zuSceneGraph/math/zuSse.h>
 #include <zuSceneGraph/objects/zuFieldVisitor.h>
 #include <zuSceneGraph/objects/zuTSharedArray.h>
 #include <zuSceneGraph/resources/zuVertexBuffer.h>
@@ -20,17 +21,11 @@
 #include <limits>
 #include <type_traits>
 
-#include <emmintrin.h>
-
 namespace zu {
 
 namespace {
 
-template <int i>
-inline __m128 broadcast(__m128 v)
-{
-    return _mm_shuffle_ps(v, v, _MM_SHUFFLE(i, i, i, i));
-}
+using sse::broadcast;
 
 inline __m128 absolute(__m128 v)
 {

@@ -173,12 +173,7 @@ bool zuSpatial::removeMetadata(uint32_t typeKey)
     const auto& list = std::as_const(*this).attachedObjects();
     for (size_t i = 0; i < list.size(); ++i) {
         if (list[i] && asMetadata(list[i])->getTypeKey() == typeKey) {
-            if (list.size() == 1) {
-                clearAttachedObjects();
-            } else {
-                std::vector<zuPointer<zuObject>>& writable = attachedObjects();
-                writable.erase(writable.begin() + static_cast<std::ptrdiff_t>(i));
-            }
+            eraseAttachedObject(i);
             return true;
         }
     }
@@ -385,10 +380,7 @@ bool zuSpatial::Clone(zuRttiInterface*& target) const
     spatial->SetCullingMode(GetCullingMode());
     spatial->mWorldBound.copyFrom(mWorldBound);
     spatial->mParent = nullptr;
-    if (getMetadataQuantity() > 0)
-        spatial->attachedObjects() = attachedObjects();
-    else
-        spatial->clearAttachedObjects();
+    spatial->setAttachedObjects(attachedObjects());
     return true;
 }
 

@@ -219,16 +219,11 @@ int zuBaseStream::GetRecordSize(const zuRttiInterface* object) const
 bool zuBaseStream::writeRecords()
 {
     bool complete = true;
-    // A save has a few top-level objects as a rule: compared directly, they cost less than a
-    // hashed look-up per record.
-    const bool fewTopLevel = mTopLevel.size() <= 8;
     for (mWritingRecord = 0; mWritingRecord < mOrdered.size() && complete; ++mWritingRecord) {
         const zuRttiInterface* object = mOrdered[mWritingRecord];
         if (mStreamError)
             break;
-        const bool topLevel = fewTopLevel ? std::find(mTopLevel.begin(), mTopLevel.end(), object) != mTopLevel.end()
-                                          : IsTopLevel(object);
-        if (topLevel)
+        if (IsTopLevel(object))
             Write(TOP_LEVEL_MARKER);
         object->Save(*this);
         if (mProgress) {

@@ -18,6 +18,7 @@
 #include <Wm4/Wm4Vector4.h>
 #include <zuSystem/zuVariant.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -76,7 +77,14 @@ public:
     bool InsertTopLevel(zuRttiInterface* object);
     bool RemoveTopLevel(zuRttiInterface* object);
     void RemoveAllToLevel();
-    bool IsTopLevel(const zuRttiInterface* object) const { return topLevelSet().count(object) != 0; }
+    bool IsTopLevel(const zuRttiInterface* object) const
+    {
+        // A stream holds a few top-level objects as a rule, and a save asks once per record:
+        // compared directly, a few cost less than a hashed look-up.
+        if (mTopLevel.size() <= FEW_TOP_LEVEL)
+            return std::find(mTopLevel.begin(), mTopLevel.end(), object) != mTopLevel.end();
+        return topLevelSet().count(object) != 0;
+    }
     int GetObjectCount() const { return static_cast<int>(mTopLevel.size()); }
     zuRttiInterface* GetObjectAt(int i) const;
 
@@ -411,6 +419,7 @@ private:
 
     zuStreamVersion mVersion;
     zuVariant::zuVariantMapImpl mParameters;
+    static constexpr size_t FEW_TOP_LEVEL = 8;
     std::vector<zuRttiInterface*> mTopLevel;
     // Membership of the top-level list, rebuilt on demand: a load appends its top-level
     // objects (all new) to the list alone, so that loading many of them hashes nothing.
