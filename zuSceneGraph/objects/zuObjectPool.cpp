@@ -50,7 +50,7 @@ struct alignas(GRANULE) Chunk {
 
 // Chunks come from the system in batches of 2 MB, mapped once and trimmed to the chunk
 // alignment: an aligned heap allocation per chunk would leave a gap of up to a chunk beside
-// each one (W1 at depth 6: 64 bytes per leaf). A chunk that falls empty gives its pages back
+// each one (64 bytes a leaf in a tree of small meshes). A chunk that falls empty gives its pages back
 // to the system (all but the first, which links it) and waits for reuse.
 class ChunkSource {
 public:
