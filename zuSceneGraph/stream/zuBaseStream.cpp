@@ -1,6 +1,7 @@
 #include <zuSceneGraph/stream/zuBaseStream.h>
 
 #include <zuSceneGraph/math/zuGenericTransformation.h>
+#include <zuSceneGraph/objects/zuObjectPool.h>
 #include <zuSceneGraph/objects/zuRttiInterface.h>
 #include <zuSceneGraph/stream/zuDataStreamLoader.h>
 #include <zuSceneGraph/stream/zuRttiCustomInformation.h>
@@ -14,6 +15,7 @@
 #include <filesystem>
 #include <iostream>
 #include <new>
+#include <optional>
 #include <system_error>
 
 namespace zu {
@@ -550,6 +552,10 @@ void zuBaseStream::loadRecords(bool detailedFactoryMessage)
     // Progress counts every byte once, the header and the top-level markers included, so
     // that the steps of a complete load add up to the size of the stream.
     uint64_t reported = 0;
+    // A large stream makes many objects: the pool makes their memory ahead, on another core.
+    std::optional<zuObjectPool::Prefill> prefill;
+    if (GetRemaining() >= PREFILL_BYTES)
+        prefill.emplace();
     while (!mStreamError && GetRemaining() > 0) {
         const bool topLevel = readRecordName(name);
         if (mStreamError)

@@ -361,6 +361,8 @@ protected:
 
 private:
     static constexpr unsigned LINK_CHUNK_SHIFT = 15;
+    // Streams from this size on have the object pool make memory ahead while they load.
+    static constexpr uint64_t PREFILL_BYTES = uint64_t(16) << 20;
     static constexpr size_t LINK_CHUNK_SIZE = size_t(1) << LINK_CHUNK_SHIFT;
 
     template <class T> static constexpr bool isPlainPrimitive()
