@@ -25,6 +25,10 @@ public:
     virtual int64_t size() const = 0;
     virtual bool isOpen() const = 0;
     virtual bool flush() { return true; }
+    // True when write may be called from a thread other than the one that opened the
+    // device, one call at a time: a stream saving a large file then hands its full blocks to
+    // a writer thread. False by default, for devices that call back into the application.
+    virtual bool isWritableFromAnyThread() const { return false; }
 
     bool isError() const { return mError; }
     void setError() { mError = true; }
