@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 #include <sys/types.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
@@ -97,6 +98,35 @@ int64_t zuFileIoDevice::write(const void* source, int64_t size)
         return done > 0 ? static_cast<int64_t>(done) : -1;
     }
     return static_cast<int64_t>(done);
+}
+
+int64_t zuFileIoDevice::readAt(int64_t offset, void* destination, int64_t size)
+{
+    if (!mFile || offset < 0 || size < 0 || (size > 0 && !destination)) {
+        setError();
+        return -1;
+    }
+    // Written bytes still in the stream's buffer must reach the file before it is read.
+    if (mLastOperation == Writing && std::fflush(mFile) != 0) {
+        failWithSystemError();
+        return -1;
+    }
+    char* target = static_cast<char*>(destination);
+    int64_t done = 0;
+    while (done < size) {
+        const ssize_t got = ::pread(fileno(mFile), target + done, static_cast<size_t>(size - done),
+                                    static_cast<off_t>(offset + done));
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got < 0) {
+            failWithSystemError();
+            return done > 0 ? done : -1;
+        }
+        if (got == 0)
+            break;
+        done += got;
+    }
+    return done;
 }
 
 bool zuFileIoDevice::seek(int64_t offset, SeekOrigin origin)

@@ -39,6 +39,8 @@ public:
     int64_t read(void* destination, int64_t size) override;
     int64_t write(const void* source, int64_t size) override;
     bool seek(int64_t offset, SeekOrigin origin = SeekSet) override;
+    // One positioned read of the file, past the stream's buffer: the position stays where it was.
+    int64_t readAt(int64_t offset, void* destination, int64_t size) override;
     int64_t pos() const override;
     int64_t size() const override;
     bool isOpen() const override { return mFile != nullptr; }

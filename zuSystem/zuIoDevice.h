@@ -25,6 +25,10 @@ public:
     virtual int64_t size() const = 0;
     virtual bool isOpen() const = 0;
     virtual bool flush() { return true; }
+    // Reads up to `size` bytes at `offset` (a seek, then a read, unless the device can do
+    // both in one call). Where the position is afterwards depends on the device: seek before
+    // the next read or write.
+    virtual int64_t readAt(int64_t offset, void* destination, int64_t size);
     // True when write may be called from a thread other than the one that opened the
     // device, one call at a time: a stream saving a large file then hands its full blocks to
     // a writer thread. False by default, for devices that call back into the application.

@@ -232,8 +232,12 @@ TEST_F(ResourceBuffersLazyLoad, ABatchReadsWhatOneRequestPerBufferReads)
     zuAttributes layout;
     layout.SetPositionChannels(4);
     zuPointer<zuVertexBuffer> big = new zuVertexBuffer(layout, 70000);
-    std::vector<zuPointer<zuObject>> bigOriginals = {makeVertexBuffer(numbers), big.get(), makeIndexBuffer(numbers, 2)};
-    ASSERT_TRUE(saveResources(large, {bigOriginals[0], bigOriginals[1], bigOriginals[2]}));
+    // Past a large block the load reads records alone; one larger than such a read (the long
+    // name) and a second large block follow.
+    zuTestFactories factories;
+    std::vector<zuPointer<zuObject>> bigOriginals = {makeVertexBuffer(numbers), big.get(),
+        new zuTestNode(std::string(3000, 'n')), new zuVertexBuffer(layout, 4000), makeIndexBuffer(numbers, 2)};
+    ASSERT_TRUE(saveResources(large, std::vector<zuRttiInterface*>(bigOriginals.begin(), bigOriginals.end())));
     ASSERT_GT(static_cast<uint64_t>(big->GetDataSize()), zuCPULoadBatch::SPAN_BYTES);
 
     for (const bool cut : {false, true}) {

@@ -352,6 +352,7 @@ void zuBaseStream::resetBufferState()
     mPosition = 0;
     mDataEnd = 0;
     mOverflow = 0;
+    mLongestSkip = 0;
 }
 
 // ---------------------------------------------------------------------------------------
@@ -817,6 +818,7 @@ void zuBaseStream::Skip(uint64_t n)
         setCorrupt("a skip runs past the end of the data");
         return;
     }
+    mLongestSkip = std::max(mLongestSkip, n);
     const uint64_t inWindow = std::min(n, mWindowEnd - mPosition);
     mPosition += inWindow;
     n -= inWindow;

@@ -339,6 +339,14 @@ protected:
         mPosition = 0;
     }
     void setDataEnd(uint64_t end) { mDataEnd = end; }
+    // The longest skip since the last call: tells a container whether the records it reads
+    // lie between large blocks passed over.
+    uint64_t takeLongestSkip()
+    {
+        const uint64_t longest = mLongestSkip;
+        mLongestSkip = 0;
+        return longest;
+    }
     void setSharedPath(std::shared_ptr<const std::string> path) { mSharedPath = std::move(path); }
     char* windowBuffer() const { return mBuffer; }
     uint64_t windowStart() const { return mWindowStart; }
@@ -484,6 +492,7 @@ private:
     uint64_t mWindowEnd = 0;    // bytes of the window that may be read or written
     uint64_t mPosition = 0;     // position inside the window
     uint64_t mDataEnd = 0;      // stream offset where the data ends (reading)
+    uint64_t mLongestSkip = 0;  // since the container last asked
     uint64_t mOverflow = 0;     // bytes a save tried to write past its buffer
     bool mStreamError = false;
     std::string mErrorText;

@@ -90,6 +90,10 @@ bool zuFileStream::Load(zuIoDevice& device, const std::string& name)
     clearStreamError();
     resetBufferState();
     mInput = &device;
+    mDeviceFollows = true;
+    mWindowGoal = 0;
+    mSparseWindow = FIRST_SPARSE_WINDOW;
+    mSparse = false;
     if (device.isError())
         reportDeviceError("Cannot read the stream");
     device.seek(0, zuIoDevice::SeekEnd);
@@ -120,21 +124,24 @@ bool zuFileStream::fetchNextWindow(uint64_t skip)
     if (!mInput || mLeftToFetch == 0 || skip > mLeftToFetch)
         return false;
     const uint64_t next = GetOffset() + skip;
-    if (skip > 0) {
-        if (next > static_cast<uint64_t>(INT64_MAX) || !mInput->seek(static_cast<int64_t>(next), zuIoDevice::SeekSet)) {
-            setCorrupt("the device cannot seek over the skipped bytes");
-            mLeftToFetch = 0;
-            return false;
-        }
-        mLeftToFetch -= skip;
-        if (mLeftToFetch == 0) {
-            // The skip ends with the data: an empty window there, as reading through would leave.
-            setWindow(mBlock, next, 0);
-            return true;
-        }
+    if (next > static_cast<uint64_t>(INT64_MAX)) {
+        setCorrupt("the device cannot seek over the skipped bytes");
+        mLeftToFetch = 0;
+        return false;
     }
-    const uint64_t size = std::min<uint64_t>(mLeftToFetch, static_cast<uint64_t>(mBlockSize));
-    const int64_t got = mInput->read(mBlock, static_cast<int64_t>(size));
+    mLeftToFetch -= skip;
+    if (mLeftToFetch == 0) {
+        // The skip ends with the data: an empty window there, as reading through would leave.
+        setWindow(mBlock, next, 0);
+        return true;
+    }
+    const uint64_t size = std::min(mLeftToFetch, nextWindowSize());
+    // Once the device has been read at an offset, every read names its offset; before, a
+    // device that cannot seek still serves a stream read straight through.
+    const bool inOrder = skip == 0 && mDeviceFollows;
+    const int64_t got = inOrder ? mInput->read(mBlock, static_cast<int64_t>(size))
+                                : mInput->readAt(static_cast<int64_t>(next), mBlock, static_cast<int64_t>(size));
+    mDeviceFollows = inOrder;
     if (got != static_cast<int64_t>(size) || mInput->isError()) {
         reportDeviceError("Cannot read the stream");
         mLeftToFetch = 0;
@@ -143,6 +150,26 @@ bool zuFileStream::fetchNextWindow(uint64_t skip)
     mLeftToFetch -= size;
     setWindow(mBlock, next, size);
     return true;
+}
+
+uint64_t zuFileStream::nextWindowSize()
+{
+    const uint64_t block = static_cast<uint64_t>(mBlockSize);
+    if (takeLongestSkip() >= SEEK_WORTHY_SKIP) {
+        // The records lie between blocks passed over: a window holding the next record's
+        // fields, not the block after them, costs one call instead of a copy of the block.
+        mSparse = true;
+        mWindowGoal = std::min(mSparseWindow, block);
+    } else {
+        // A record outgrew its window: the next sparse window starts larger, and this one
+        // doubles towards whole blocks. The first window is small as well, so that a file
+        // whose records lie between large blocks does not copy a whole block of them first.
+        if (mSparse && mSparseWindow < MAX_SPARSE_WINDOW)
+            mSparseWindow *= 2;
+        mSparse = false;
+        mWindowGoal = std::min(std::max(2 * mWindowGoal, FIRST_WINDOW), block);
+    }
+    return mWindowGoal;
 }
 
 bool zuFileStream::flushWindow()

@@ -44,12 +44,20 @@ public:
     int GetBlockSize() const { return mBlockSize; }
 
 protected:
-    // Seeks the device over `skip` bytes (a failed seek marks the stream corrupt), then
-    // reads the next block from there.
+    // Passes over `skip` bytes of the device (a device that cannot seek marks the stream
+    // corrupt), then reads the next window from there.
     bool fetchNextWindow(uint64_t skip) override;
     bool flushWindow() override;
 
 private:
+    // A skip this long is worth a call of its own: reading the next record alone costs about
+    // what copying this many bytes through the window does.
+    static constexpr uint64_t SEEK_WORTHY_SKIP = 8 << 10;
+    static constexpr uint64_t FIRST_WINDOW = 64 << 10;
+    static constexpr uint64_t FIRST_SPARSE_WINDOW = 512;
+    static constexpr uint64_t MAX_SPARSE_WINDOW = 64 << 10;
+
+    uint64_t nextWindowSize();
     // Blocks of at least this size go to a writer thread (smaller ones are written here: a
     // hand-over per few bytes would cost more than it saves).
     static constexpr int MIN_THREADED_BLOCK_SIZE = 1 << 16;
@@ -67,6 +75,12 @@ private:
     std::unique_ptr<char[]> mOwnedBlock;
     uint64_t mStreamSize = 0;
     uint64_t mLeftToFetch = 0;
+    // Reading: the bytes the next window asks of the device, and the smaller window used
+    // while the records lie between large blocks passed over.
+    uint64_t mWindowGoal = 0;
+    uint64_t mSparseWindow = 0;
+    bool mSparse = false;        // the window holds one record between skipped blocks
+    bool mDeviceFollows = true;  // the device's position is the end of the window
     zuIoDevice* mInput = nullptr;
     zuIoDevice* mOutput = nullptr;
     std::unique_ptr<zuBlockWriter> mWriter;
