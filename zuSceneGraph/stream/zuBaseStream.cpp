@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstddef>
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
@@ -258,8 +259,9 @@ void zuBaseStream::finishPendingSize(uint64_t recordStart)
 bool zuBaseStream::writeRecords()
 {
     bool complete = true;
-    for (mWritingRecord = 0; mWritingRecord < mRegistered.ordered().size() && complete; ++mWritingRecord) {
-        const zuRttiInterface* object = mRegistered.ordered()[mWritingRecord];
+    const std::vector<const zuRttiInterface*>& ordered = mRegistered.ordered();
+    for (mWritingRecord = 0; mWritingRecord < ordered.size() && complete; ++mWritingRecord) {
+        const zuRttiInterface* object = ordered[mWritingRecord];
         if (mStreamError)
             break;
         if (IsTopLevel(object))
@@ -899,6 +901,17 @@ void zuBaseStream::writeAcrossWindows(const void* source, int size, uint64_t cou
 template <class Real>
 void zuBaseStream::Write(const zuGenericTransformation<Real>& value)
 {
+    using Value = zuGenericTransformation<Real>;
+    // On a little-endian host the members lie as the stream wants them, the numbers then
+    // the three flag bytes with no gap: one copy writes them all.
+    constexpr size_t real = sizeof(Real);
+    if constexpr (std::endian::native == std::endian::little && offsetof(Value, matrix) == 0
+                  && offsetof(Value, translate) == 9 * real && offsetof(Value, scale) == 12 * real
+                  && offsetof(Value, isIdentity) == 15 * real && offsetof(Value, isRSMatrix) == 15 * real + 1
+                  && offsetof(Value, isUniformScale) == 15 * real + 2) {
+        writeValues(&value, 1, Value::STREAM_SIZE);
+        return;
+    }
     Write(value.matrix);
     Write(value.translate);
     Write(value.scale);
