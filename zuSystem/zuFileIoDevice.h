@@ -45,6 +45,7 @@ public:
     int64_t size() const override;
     bool isOpen() const override { return mFile != nullptr; }
     bool flush() override;
+    bool isWritableFromAnyThread() const override { return true; }
 
 private:
     // A stream opened for update needs a positioning call between a read and a write.

@@ -29,6 +29,10 @@ public:
     // both in one call). Where the position is afterwards depends on the device: seek before
     // the next read or write.
     virtual int64_t readAt(int64_t offset, void* destination, int64_t size);
+    // True when write may be called from a thread other than the one that opened the
+    // device, one call at a time: a stream saving a large file then hands its full blocks to
+    // a writer thread. False by default, for devices that call back into the application.
+    virtual bool isWritableFromAnyThread() const { return false; }
 
     bool isError() const { return mError; }
     void setError() { mError = true; }

@@ -23,6 +23,7 @@ public:
     int64_t pos() const override { return mPosition; }
     int64_t size() const override { return static_cast<int64_t>(mBytes.size()); }
     bool isOpen() const override { return true; }
+    bool isWritableFromAnyThread() const override { return true; }
 
 private:
     std::vector<char> mBytes;

@@ -5,6 +5,10 @@
 #include "support/zuOutputCapture.h"
 #include "support/zuTestObjects.h"
 
+#include <zuSceneGraph/stream/zuFileStream.h>
+
+#include <zuSystem/zuMemoryIoDevice.h>
+
 #include <gtest/gtest.h>
 
 namespace zu::test {
@@ -44,6 +48,27 @@ TEST_F(SaveSizeCheck, ARecordOneByteLongerThanItsReportedSizeFailsTheSave)
         EXPECT_EQ(capturedErr.take(),
                   "The buffer is not exactly filled : " + std::string(c.counts) + explanation);
         EXPECT_TRUE(buffer == nullptr && size == 12345u);
+    }
+}
+
+TEST_F(SaveSizeCheck, ContainersRefuseARecordThatOutgrowsItsSizeBeforeItsBlockIsWritten)
+{
+    zuPointer<zuShortRecord> shortRecord = new zuShortRecord;
+    // Containers fill a record's size in after the record, from the bytes it holds, unless
+    // the block must go to the device first: GetDiskUsed says it then, and must be right.
+    for (int blockSize : {56, 1 << 20}) {
+        zuLogCapture log;
+        zuFileStream stream(blockSize);
+        stream.SetVersion(zuStreamVersion(6, 32));
+        stream.InsertTopLevel(shortRecord);
+        zuMemoryIoDevice device;
+        const bool saved = stream.Save(device, "memory", false);
+        EXPECT_EQ(saved, blockSize > 61) << blockSize;
+        if (!saved)
+            EXPECT_EQ(stream.GetErrorText(), std::string("Cannot save \"") + zuShortRecord::TYPE.GetName()
+                                                 + "\": its record holds 48 bytes, not the 47 its GetDiskUsed reports");
+        else
+            EXPECT_EQ(device.data()[9 + 13 + 24], 48);
     }
 }
 

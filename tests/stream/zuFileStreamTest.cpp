@@ -224,5 +224,45 @@ TEST_F(FileStream, DeviceFailuresFailTheSaveAndTheLoad)
     EXPECT_EQ(stream.GetObjectCount(), 1);
 }
 
+// Takes `limit` bytes, then fails every write, on whichever thread it is called.
+class zuShortMemoryDevice : public zuMemoryIoDevice {
+public:
+    explicit zuShortMemoryDevice(int64_t limit) : mLimit(limit) {}
+    int64_t write(const void* source, int64_t size) override
+    {
+        if (pos() + size > mLimit) {
+            setError();
+            return -1;
+        }
+        return zuMemoryIoDevice::write(source, size);
+    }
+
+private:
+    int64_t mLimit;
+};
+
+TEST_F(FileStream, WriterThreadKeepsTheBytesAndReportsTheBlockThatFailed)
+{
+    zuSmallGraph g;
+    g.a->SetName(std::string(700000, 'n'));
+    const std::vector<char> expected = concat(headerBytes("MVK 6.32"), saveToBytes({g.root}, zuStreamVersion(6, 32)));
+    // Blocks of 64 KB go to a writer thread, smaller ones are written by the saving thread.
+    for (int blockSize : {1000, 1 << 16, zuFileStream::DEFAULT_BLOCK_SIZE}) {
+        EXPECT_EQ(saveToFileBytes({g.root}, zuStreamVersion(6, 32), blockSize), expected) << "block " << blockSize;
+        const int64_t limit = 3 * (1 << 16) + 5;
+        zuLogCapture log;
+        zuFileStream stream(blockSize);
+        stream.SetVersion(zuStreamVersion(6, 32));
+        stream.InsertTopLevel(g.root);
+        zuShortMemoryDevice device(limit);
+        EXPECT_FALSE(stream.Save(device, "short", false));
+        // Whole blocks reach the device until the one that did not fit.
+        const int64_t failed = limit / blockSize * blockSize;
+        EXPECT_EQ(stream.GetErrorText(), "Cannot write the stream 'short' at offset " + std::to_string(failed));
+        EXPECT_TRUE(std::equal(device.data().begin(), device.data().end(), expected.begin())
+                    && device.data().size() == static_cast<size_t>(failed)) << "block " << blockSize;
+    }
+}
+
 } // namespace
 } // namespace zu::test

@@ -165,7 +165,8 @@ void zuObject::debugObject(int type) const
 
 bool zuObject::Register(zuBaseStream& stream) const
 {
-    if (!zuRttiInterface::Register(stream))
+    // By identifier: the stream finds an object by it faster than by address.
+    if (!stream.registerObject(this, mID))
         return false;
     const int quantity = GetControllerQuantity();
     for (int i = 0; i < quantity; ++i)

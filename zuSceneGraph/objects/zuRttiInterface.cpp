@@ -112,7 +112,7 @@ void zuRttiInterface::Save(zuBaseStream& stream) const
 {
     stream.Write(GetType().GetName());
     if (stream.GetVersion() >= zuStreamVersion(6, 0))
-        stream.Write(stream.GetRecordSize(this));
+        stream.WriteRecordSize(this);
     stream.Write(this);
 }
 

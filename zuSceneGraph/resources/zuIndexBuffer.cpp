@@ -187,12 +187,26 @@ bool zuIndexBuffer::CloneIndexBuffer(zuRttiInterface*& target, bool withData) co
 
 int zuIndexBuffer::PackedDeltaWidth(int count, const unsigned int* indices)
 {
-    if (!indices)
+    if (!indices || count < 2)
         return 1;
-    int64_t largest = 0;
+    // Indices below 2^31 differ by less than 2^31, so their differences are exact in 32
+    // bits, where the loop runs on vector lanes; larger ones take the 64-bit loop.
+    uint32_t all = indices[0];
+    int32_t lowest = 0;
+    int32_t highest = 0;
     for (int k = 1; k < count; ++k) {
-        const int64_t difference = static_cast<int64_t>(indices[k]) - static_cast<int64_t>(indices[k - 1]);
-        largest = std::max(largest, difference < 0 ? -difference : difference);
+        all |= indices[k];
+        const int32_t difference = static_cast<int32_t>(indices[k] - indices[k - 1]);
+        lowest = std::min(lowest, difference);
+        highest = std::max(highest, difference);
+    }
+    int64_t largest = std::max<int64_t>(highest, -static_cast<int64_t>(lowest));
+    if (all >> 31) {
+        largest = 0;
+        for (int k = 1; k < count; ++k) {
+            const int64_t difference = static_cast<int64_t>(indices[k]) - static_cast<int64_t>(indices[k - 1]);
+            largest = std::max(largest, difference < 0 ? -difference : difference);
+        }
     }
     if (largest <= 127)
         return 1;
@@ -359,26 +373,44 @@ void zuIndexBuffer::Save(zuBaseStream& stream) const
         stream.Write(0);
 }
 
+namespace {
+
+// Packs the deltas of indices[0..count) from their predecessors as little-endian Deltas;
+// false when one does not fit.
+template <class Delta>
+bool packDeltas(const unsigned int* indices, int count, unsigned char* out)
+{
+    bool fits = true;
+    for (int k = 0; k < count; ++k) {
+        const uint32_t delta = indices[k] - indices[k - 1];
+        fits &= static_cast<int32_t>(static_cast<Delta>(delta)) == static_cast<int32_t>(delta);
+        for (size_t b = 0; b < sizeof(Delta); ++b)
+            out[k * sizeof(Delta) + b] = static_cast<unsigned char>(delta >> (8 * b));
+    }
+    return fits;
+}
+
+} // namespace
+
 void zuIndexBuffer::writeDeltas(zuBaseStream& stream, int width) const
 {
-    // A delta that does not fit the width the record was sized with cannot be written.
-    const int32_t limit = width == 1 ? 127 : 32767;
     const unsigned int* indices = reinterpret_cast<const unsigned int*>(mData);
-    char chunk[DELTA_CHUNK * 4];
+    unsigned char chunk[DELTA_CHUNK * 4];
+    bool fits = true;
     for (int done = 1; done < mIndexQuantity;) {
         const int count = std::min(DELTA_CHUNK, mIndexQuantity - done);
-        unsigned char* out = reinterpret_cast<unsigned char*>(chunk);
-        for (int k = done; k < done + count; ++k) {
-            const uint32_t delta = indices[k] - indices[k - 1];
-            const int32_t signedDelta = static_cast<int32_t>(delta);
-            if (width < 4 && (signedDelta > limit || signedDelta < -limit - 1))
-                zuBlockResourceSave::Refuse(stream, *this, "its indices changed since their size was counted");
-            for (int b = 0; b < width; ++b)
-                *out++ = static_cast<unsigned char>(delta >> (8 * b));
-        }
-        stream.Write(count * width, chunk);
+        if (width == 1)
+            fits &= packDeltas<int8_t>(indices + done, count, chunk);
+        else if (width == 2)
+            fits &= packDeltas<int16_t>(indices + done, count, chunk);
+        else
+            packDeltas<int32_t>(indices + done, count, chunk);
+        stream.Write(count * width, reinterpret_cast<const char*>(chunk));
         done += count;
     }
+    // A delta that does not fit the width the record was sized with cannot be written.
+    if (!fits)
+        zuBlockResourceSave::Refuse(stream, *this, "its indices changed since their size was counted");
 }
 
 void zuIndexBuffer::Load(zuBaseStream& stream, zuLink* link)

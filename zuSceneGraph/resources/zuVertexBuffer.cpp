@@ -39,12 +39,37 @@ void writeVector3(char* address, const Wm4::Vector3<float>& value)
 }
 
 // The unit counts and channels of a family, as the record holds them.
-void writeUnits(zuBaseStream& stream, const zuAttributes& layout, Group family)
+void appendUnits(std::vector<int>& fields, const zuAttributes& layout, Group family)
 {
     const int count = layout.GetUnitCount(family);
-    stream.Write(count);
+    fields.push_back(count);
     for (int unit = 0; unit < count; ++unit)
-        stream.Write(layout.GetChannels(family, unit));
+        fields.push_back(layout.GetChannels(family, unit));
+}
+
+// The channel counts of the groups the version knows, in record order.
+void appendLayout(std::vector<int>& fields, const zuAttributes& layout, const zuStreamVersion& version)
+{
+    fields.push_back(layout.GetPositionChannels());
+    if (version <= zuStreamVersion(4, 3)) {
+        fields.push_back(layout.GetNormalChannels());
+        appendUnits(fields, layout, zuAttributes::COLOR);
+        appendUnits(fields, layout, zuAttributes::TCOORD);
+        return;
+    }
+    fields.push_back(layout.GetBlendWeightChannels());
+    fields.push_back(layout.GetNormalChannels());
+    appendUnits(fields, layout, zuAttributes::COLOR);
+    fields.push_back(layout.GetFogChannels());
+    fields.push_back(layout.GetPSizeChannels());
+    fields.push_back(layout.GetBlendIndicesChannels());
+    appendUnits(fields, layout, zuAttributes::TCOORD);
+    fields.push_back(layout.GetTangentChannels());
+    fields.push_back(layout.GetBitangentChannels());
+    if (version >= zuStreamVersion(5, 2)) {
+        for (int family = zuAttributes::USER_BYTE; family <= zuAttributes::USER_UINT; ++family)
+            appendUnits(fields, layout, static_cast<Group>(family));
+    }
 }
 
 // Direction vectors become unit length; one that cannot becomes zero.
@@ -382,30 +407,25 @@ void zuVertexBuffer::Save(zuBaseStream& stream) const
     writeLayout(stream, mAttributes);
 }
 
-// The channel counts of the groups the version knows, in record order.
 void zuVertexBuffer::writeLayout(zuBaseStream& stream, const zuAttributes& layout)
 {
+    // The buffers of a scene share a few layouts, and mostly write one after another: the
+    // fields of the last layout written are kept with a reference to its record, which
+    // therefore cannot give its address to another layout meanwhile.
+    struct LastLayout {
+        zuAttributes layout;
+        zuStreamVersion version;
+        std::vector<int> fields;
+    };
+    thread_local LastLayout last;
     const zuStreamVersion& version = stream.GetVersion();
-    stream.Write(layout.GetPositionChannels());
-    if (version <= zuStreamVersion(4, 3)) {
-        stream.Write(layout.GetNormalChannels());
-        writeUnits(stream, layout, zuAttributes::COLOR);
-        writeUnits(stream, layout, zuAttributes::TCOORD);
-        return;
+    if (last.fields.empty() || last.layout.mLayout != layout.mLayout || last.version != version) {
+        last.fields.clear();
+        appendLayout(last.fields, layout, version);
+        last.layout = layout;
+        last.version = version;
     }
-    stream.Write(layout.GetBlendWeightChannels());
-    stream.Write(layout.GetNormalChannels());
-    writeUnits(stream, layout, zuAttributes::COLOR);
-    stream.Write(layout.GetFogChannels());
-    stream.Write(layout.GetPSizeChannels());
-    stream.Write(layout.GetBlendIndicesChannels());
-    writeUnits(stream, layout, zuAttributes::TCOORD);
-    stream.Write(layout.GetTangentChannels());
-    stream.Write(layout.GetBitangentChannels());
-    if (version >= zuStreamVersion(5, 2)) {
-        for (int family = zuAttributes::USER_BYTE; family <= zuAttributes::USER_UINT; ++family)
-            writeUnits(stream, layout, static_cast<Group>(family));
-    }
+    stream.Write(static_cast<int>(last.fields.size()), last.fields.data());
 }
 
 void zuVertexBuffer::Load(zuBaseStream& stream, zuLink* link)

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstddef>
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
@@ -149,18 +150,17 @@ zuRttiInterface* zuBaseStream::GetObjectAt(int i) const
 
 bool zuBaseStream::registerObject(const zuRttiInterface* object)
 {
-    const size_t known = mRegistered.size();
-    mRegistered.findOrInsert(reinterpret_cast<uintptr_t>(object));
-    if (mRegistered.size() == known)
-        return false;
-    mOrdered.push_back(object);
-    return true;
+    return mRegistered.insert(object);
+}
+
+bool zuBaseStream::registerObject(const zuRttiInterface* object, uint32_t identifier)
+{
+    return mRegistered.insert(object, identifier);
 }
 
 void zuBaseStream::clearObjectMap()
 {
     mRegistered.clear();
-    mOrdered.clear();
     std::vector<std::pair<uint64_t, zuRttiInterface*>>().swap(mDefinitions);
     mReferenceCount = 0;
     mReferences.clear();
@@ -203,37 +203,80 @@ uint64_t zuBaseStream::computeSaveSize()
 {
     uint64_t total = static_cast<uint64_t>(TOP_LEVEL_MARKER_LENGTH + 4) * mTopLevel.size();
     mRecordSizes.clear();
-    mRecordSizes.reserve(mOrdered.size());
-    for (const zuRttiInterface* object : mOrdered) {
+    mRecordSizes.reserve(mRegistered.ordered().size());
+    for (const zuRttiInterface* object : mRegistered.ordered()) {
         mRecordSizes.push_back(object->GetDiskUsed(*this));
         total += static_cast<uint64_t>(mRecordSizes.back());
     }
     return total;
 }
 
-int zuBaseStream::GetRecordSize(const zuRttiInterface* object) const
+void zuBaseStream::WriteRecordSize(const zuRttiInterface* object)
 {
-    if (mWritingRecord < mRecordSizes.size() && mOrdered[mWritingRecord] == object)
-        return mRecordSizes[mWritingRecord];
-    return object->GetDiskUsed(*this);
+    const bool current = mWritingRecord < mRegistered.ordered().size() && mRegistered.ordered()[mWritingRecord] == object;
+    if (current && mWritingRecord < mRecordSizes.size()) {
+        Write(mRecordSizes[mWritingRecord]);
+        return;
+    }
+    // Without a size pass the field is filled in once the record is written, which spares
+    // each record the walk of GetDiskUsed through its classes.
+    if (current && mWindowEnd - mPosition >= 4) {
+        mSizePendingFor = object;
+        mSizeFieldAt = mPosition;
+        mSizeSettled = -1;
+        Write(0);
+        return;
+    }
+    Write(object->GetDiskUsed(*this));
+}
+
+void zuBaseStream::settlePendingSize()
+{
+    // The window goes to the device before the record is complete: the size must be known
+    // now.
+    if (mSizePendingFor && mSizeSettled < 0) {
+        const int size = mSizePendingFor->GetDiskUsed(*this);
+        writeConverted(mBuffer + mSizeFieldAt, &size, 4, 1);
+        mSizeSettled = size;
+    }
+}
+
+void zuBaseStream::finishPendingSize(uint64_t recordStart)
+{
+    const zuRttiInterface* object = mSizePendingFor;
+    mSizePendingFor = nullptr;
+    if (!object || mStreamError)
+        return;
+    const uint64_t written = GetOffset() + mOverflow - recordStart;
+    if (mSizeSettled < 0 && written <= static_cast<uint64_t>(INT32_MAX)) {
+        const int size = static_cast<int>(written);
+        writeConverted(mBuffer + mSizeFieldAt, &size, 4, 1);
+    } else if (static_cast<uint64_t>(mSizeSettled) != written) {
+        refuseSave(std::string("Cannot save \"") + object->GetType().GetName() + "\": its record holds "
+                   + std::to_string(written) + " bytes, not the " + std::to_string(mSizeSettled)
+                   + " its GetDiskUsed reports");
+    }
 }
 
 bool zuBaseStream::writeRecords()
 {
     bool complete = true;
-    for (mWritingRecord = 0; mWritingRecord < mOrdered.size() && complete; ++mWritingRecord) {
-        const zuRttiInterface* object = mOrdered[mWritingRecord];
+    const std::vector<const zuRttiInterface*>& ordered = mRegistered.ordered();
+    for (mWritingRecord = 0; mWritingRecord < ordered.size() && complete; ++mWritingRecord) {
+        const zuRttiInterface* object = ordered[mWritingRecord];
         if (mStreamError)
             break;
         if (IsTopLevel(object))
             Write(TOP_LEVEL_MARKER);
+        const uint64_t recordStart = GetOffset() + mOverflow;
         object->Save(*this);
+        finishPendingSize(recordStart);
         if (mProgress) {
             mProgress->step(1);
             complete = !mProgress->isCancelRequested();
         }
     }
-    mWritingRecord = mOrdered.size();
+    mWritingRecord = mRegistered.ordered().size();
     return complete && !mStreamError;
 }
 
@@ -853,6 +896,8 @@ void zuBaseStream::writeAcrossWindows(const void* source, int size, uint64_t cou
         }
         uint64_t left = run * static_cast<uint64_t>(size);
         while (left > 0) {
+            if (mPosition == mWindowEnd)
+                settlePendingSize();
             if (mPosition == mWindowEnd && !flushWindow()) {
                 // A save into a fixed buffer overflowed: count what did not fit.
                 mOverflow += left + (count - i - run) * static_cast<uint64_t>(size);
@@ -874,6 +919,17 @@ void zuBaseStream::writeAcrossWindows(const void* source, int size, uint64_t cou
 template <class Real>
 void zuBaseStream::Write(const zuGenericTransformation<Real>& value)
 {
+    using Value = zuGenericTransformation<Real>;
+    // On a little-endian host the members lie as the stream wants them, the numbers then
+    // the three flag bytes with no gap: one copy writes them all.
+    constexpr size_t real = sizeof(Real);
+    if constexpr (std::endian::native == std::endian::little && offsetof(Value, matrix) == 0
+                  && offsetof(Value, translate) == 9 * real && offsetof(Value, scale) == 12 * real
+                  && offsetof(Value, isIdentity) == 15 * real && offsetof(Value, isRSMatrix) == 15 * real + 1
+                  && offsetof(Value, isUniformScale) == 15 * real + 2) {
+        writeValues(&value, 1, Value::STREAM_SIZE);
+        return;
+    }
     Write(value.matrix);
     Write(value.translate);
     Write(value.scale);

@@ -2,6 +2,7 @@
 
 #include <zuSceneGraph/stream/zuLink.h>
 #include <zuSceneGraph/stream/zuReferenceMap.h>
+#include <zuSceneGraph/stream/zuRegisteredSet.h>
 #include <zuSceneGraph/stream/zuStreamPosition.h>
 #include <zuSceneGraph/stream/zuStreamVersion.h>
 
@@ -90,6 +91,8 @@ public:
 
     // Save passes: an object registers itself once; false when it was registered already.
     bool registerObject(const zuRttiInterface* object);
+    // The same for an object with an identifier (zuObject::GetID), found by it.
+    bool registerObject(const zuRttiInterface* object, uint32_t identifier);
     // True during the register pass of a save (not when a caller registers objects only to
     // list them): an object whose record cannot be written as it must says so then, with
     // refuseSave, before anything is written.
@@ -103,8 +106,8 @@ public:
     // pass: asked of the system once per save and string (the resources of one load share
     // one path string), so that a save of many blocks left on disk stays cheap.
     int64_t GetFileSizeForSave(const std::string& path);
-    int GetOrderedObjectCount() const { return static_cast<int>(mOrdered.size()); }
-    const zuRttiInterface* GetOrderedObjectAt(int i) const { return mOrdered[static_cast<size_t>(i)]; }
+    int GetOrderedObjectCount() const { return static_cast<int>(mRegistered.ordered().size()); }
+    const zuRttiInterface* GetOrderedObjectAt(int i) const { return mRegistered.ordered()[static_cast<size_t>(i)]; }
 
     // Load passes.
     // Creates the link of a newly built object (the stream owns it until the load ends).
@@ -314,9 +317,12 @@ public:
         }
     }
 
-    // The size field of `object`'s record: the size pass's figure while that record is
-    // being written, else its GetDiskUsed.
-    int GetRecordSize(const zuRttiInterface* object) const;
+    // Writes the size field of `object`'s record: the size pass's figure while that record
+    // is being written; in a save without a size pass, the bytes the record turns out to
+    // hold (GetDiskUsed when the window must go to the device before the record ends; a
+    // record that does not hold what its GetDiskUsed said then fails the save); else its
+    // GetDiskUsed.
+    void WriteRecordSize(const zuRttiInterface* object);
 
     // Marks the data as corrupt at the current offset (first failure wins) and logs why.
     void setCorrupt(const char* reason);
@@ -447,16 +453,22 @@ private:
     const std::unordered_set<const zuRttiInterface*>& topLevelSet() const;
     mutable std::unordered_set<const zuRttiInterface*> mTopLevelSet;
     mutable bool mTopLevelSetStale = false;
-    // The record sizes of the last size pass, in the order of mOrdered (empty when the save
+    // The record sizes of the last size pass, in registration order (empty when the save
     // had no size pass, as a container's has not), and the record being written.
     std::vector<int> mRecordSizes;
     size_t mWritingRecord = 0;
+    // The size field of the record being written, when it is filled in after the record:
+    // its object, its place in the window, and the size GetDiskUsed gave when the window had
+    // to go before the record ended (-1 until then).
+    const zuRttiInterface* mSizePendingFor = nullptr;
+    uint64_t mSizeFieldAt = 0;
+    int64_t mSizeSettled = -1;
+    void settlePendingSize();
+    void finishPendingSize(uint64_t recordStart);
     bool mRegisteringForSave = false;
     std::unordered_map<const std::string*, int64_t> mFileSizes;
-    // Keyed by address: the reference map's open addressing, since a hashed node per
-    // object made the register pass of a large scene a third of its save.
-    zuReferenceMap mRegistered;
-    std::vector<const zuRttiInterface*> mOrdered;
+    // The registered objects and their order.
+    zuRegisteredSet mRegistered;
     // Raw storage: a link is constructed when an object takes it, so that a load of one
     // record touches one link, not a whole chunk.
     std::vector<zuLink*> mLinkChunks;

@@ -1,5 +1,7 @@
 #include <zuSceneGraph/stream/zuFileStream.h>
 
+#include <zuSceneGraph/stream/zuBlockWriter.h>
+
 #include <zuSystem/zuIoDevice.h>
 #include <zuSystem/zuLog.h>
 
@@ -40,6 +42,8 @@ zuFileStream::~zuFileStream() = default;
 
 void zuFileStream::releaseDevice()
 {
+    // Waits for the blocks still being written: the device is the caller's again after this.
+    mWriter.reset();
     resetBufferState();
     mInput = nullptr;
     mOutput = nullptr;
@@ -48,9 +52,14 @@ void zuFileStream::releaseDevice()
 
 void zuFileStream::reportDeviceError(const char* what)
 {
+    reportDeviceError(what, GetOffset());
+}
+
+void zuFileStream::reportDeviceError(const char* what, uint64_t offset)
+{
     if (isStreamError())
         return;
-    std::string text = std::string(what) + " '" + GetName() + "' at offset " + std::to_string(GetOffset());
+    std::string text = std::string(what) + " '" + GetName() + "' at offset " + std::to_string(offset);
     zuLog::instance().write("zustream", text);
     recordError(std::move(text));
 }
@@ -165,24 +174,44 @@ uint64_t zuFileStream::nextWindowSize()
 
 bool zuFileStream::flushWindow()
 {
+    return writeWindow();
+}
+
+bool zuFileStream::writeWindow()
+{
     if (!mOutput)
         return false;
     const uint64_t filled = GetOffset() - windowStart();
+    char* next = windowBuffer();
     if (filled > 0) {
-        const int64_t written = mOutput->write(mBlock, static_cast<int64_t>(filled));
-        if (written != static_cast<int64_t>(filled) || mOutput->isError()) {
-            reportDeviceError("Cannot write the stream");
-            return false;
+        if (!mWriter && mBlockSize >= MIN_THREADED_BLOCK_SIZE && mOutput->isWritableFromAnyThread())
+            mWriter = std::make_unique<zuBlockWriter>(*mOutput, static_cast<size_t>(mBlockSize), SPARE_BLOCKS);
+        if (mWriter) {
+            next = mWriter->submit(windowBuffer(), filled, windowStart());
+            if (mWriter->failed()) {
+                reportDeviceError("Cannot write the stream", mWriter->failedOffset());
+                return false;
+            }
+        } else {
+            const int64_t written = mOutput->write(windowBuffer(), static_cast<int64_t>(filled));
+            if (written != static_cast<int64_t>(filled) || mOutput->isError()) {
+                reportDeviceError("Cannot write the stream", windowStart());
+                return false;
+            }
         }
     }
-    setWindow(mBlock, windowStart() + filled, static_cast<uint64_t>(mBlockSize));
+    setWindow(next, windowStart() + filled, static_cast<uint64_t>(mBlockSize));
     return true;
 }
 
 bool zuFileStream::flushWriteBuffer()
 {
-    if (!flushWindow())
+    if (!writeWindow())
         return false;
+    if (mWriter && !mWriter->finish()) {
+        reportDeviceError("Cannot write the stream", mWriter->failedOffset());
+        return false;
+    }
     if (!mOutput->flush()) {
         reportDeviceError("Cannot write the stream");
         return false;

@@ -8,11 +8,14 @@
 
 namespace zu {
 
+class zuBlockWriter;
 class zuIoDevice;
 
 // The stream container over an IO device, through a block buffer: records are written
 // into the block, which goes to the device whenever it is full, and read back block by
-// block. The block size is a multiple of 8.
+// block. The block size is a multiple of 8. A save of more than one block to a device that
+// may be written from any thread hands the full blocks to a writer thread, so that the
+// device's copy of one block runs while the next is filled.
 class zuFileStream : public zuStream {
 public:
     static constexpr int DEFAULT_BLOCK_SIZE = 1 << 20;
@@ -55,8 +58,17 @@ private:
     static constexpr uint64_t MAX_SPARSE_WINDOW = 64 << 10;
 
     uint64_t nextWindowSize();
+    // Blocks of at least this size go to a writer thread (smaller ones are written here: a
+    // hand-over per few bytes would cost more than it saves).
+    static constexpr int MIN_THREADED_BLOCK_SIZE = 1 << 16;
+    // Blocks beside the stream's own while a writer thread runs: one being written, one
+    // being filled, one to spare while the device is slow.
+    static constexpr int SPARE_BLOCKS = 2;
+    // Hands the window's bytes to the device and starts the next window.
+    bool writeWindow();
     void releaseDevice();
     void reportDeviceError(const char* what);
+    void reportDeviceError(const char* what, uint64_t offset);
 
     char* mBlock;
     int mBlockSize;
@@ -71,6 +83,7 @@ private:
     bool mDeviceFollows = true;  // the device's position is the end of the window
     zuIoDevice* mInput = nullptr;
     zuIoDevice* mOutput = nullptr;
+    std::unique_ptr<zuBlockWriter> mWriter;
     std::string mText;  // a header text gathered across blocks
 };
 
