@@ -1,11 +1,13 @@
 // The object pool: blocks of several sizes made and freed on two threads at once never
-// overlap, also when freed blocks are reused and emptied chunks go back and come anew.
+// overlap, also when freed blocks are reused and emptied chunks go back and come anew, and
+// while the pool's own thread makes chunks ready.
 
 #include <zuSceneGraph/objects/zuObjectPool.h>
 
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -35,11 +37,16 @@ void fillAndCheck(unsigned char seed, bool* ok)
 
 TEST(zuObjectPoolTest, ThreadsNeverShareBlocks)
 {
-    bool ok[2] = {true, true};
-    std::thread other(fillAndCheck, 2, &ok[1]);
-    fillAndCheck(1, &ok[0]);
-    other.join();
-    EXPECT_TRUE(ok[0] && ok[1]);
+    for (const bool prefilling : {false, true}) {
+        std::optional<zuObjectPool::Prefill> prefill;
+        if (prefilling)
+            prefill.emplace();
+        bool ok[2] = {true, true};
+        std::thread other(fillAndCheck, 2, &ok[1]);
+        fillAndCheck(1, &ok[0]);
+        other.join();
+        EXPECT_TRUE(ok[0] && ok[1]) << "prefilling " << prefilling;
+    }
 }
 
 } // namespace

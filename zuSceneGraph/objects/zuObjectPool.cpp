@@ -1,9 +1,12 @@
 #include <zuSceneGraph/objects/zuObjectPool.h>
 
 #include <algorithm>
+#include <atomic>
+#include <condition_variable>
 #include <cstdint>
 #include <mutex>
 #include <new>
+#include <thread>
 #include <vector>
 
 #include <sys/mman.h>
@@ -54,7 +57,23 @@ struct alignas(GRANULE) Chunk {
 // to the system (all but the first, which links it) and waits for reuse.
 class ChunkSource {
 public:
+    // Chunks whose pages the prefill thread made ahead, and how many it keeps at hand.
+    static constexpr size_t READY_TARGET = 32;
+
     void* take()
+    {
+        if (mReadyCount > 0) {
+            void* chunk = mReady[mReadyFirst];
+            mReadyFirst = (mReadyFirst + 1) % READY_TARGET;
+            --mReadyCount;
+            return chunk;
+        }
+        void* chunk = carve();
+        populate(chunk);
+        return chunk;
+    }
+    // A chunk whose pages are not made yet.
+    void* carve()
     {
         void* chunk;
         if (mSpare) {
@@ -66,8 +85,17 @@ public:
             chunk = mNext;
             mNext += CHUNK_SIZE;
         }
-        populate(chunk);
         return chunk;
+    }
+    // How many chunks the prefill thread may make ready now (some may be on their way).
+    size_t readyWanted() const { return READY_TARGET - mReadyCount - mReadyComing; }
+    size_t readyCount() const { return mReadyCount; }
+    void expectReady(size_t count) { mReadyComing += count; }
+    void addReady(void* chunk)
+    {
+        mReady[(mReadyFirst + mReadyCount) % READY_TARGET] = chunk;
+        ++mReadyCount;
+        --mReadyComing;
     }
     // Whether `address` lies in a chunk this source mapped.
     bool owns(const void* address) const
@@ -89,6 +117,7 @@ private:
 
     // A chunk handed out is about to be filled: its pages are made in one call rather than
     // by a fault each. Kernels without the advice fault them in as before.
+public:
     static void populate(void* chunk) noexcept
     {
 #ifndef MADV_POPULATE_WRITE
@@ -96,6 +125,8 @@ private:
 #endif
         ::madvise(chunk, CHUNK_SIZE, MADV_POPULATE_WRITE);
     }
+
+private:
 
     bool mapBatch()
     {
@@ -127,7 +158,14 @@ private:
     char* mNext = nullptr;
     char* mEnd = nullptr;
     void* mSpare = nullptr;
+    // A ring of the chunks made ready, oldest first (lower addresses are handed out first).
+    void* mReady[READY_TARGET] = {};
+    size_t mReadyFirst = 0;
+    size_t mReadyCount = 0;
+    size_t mReadyComing = 0;  // carved by the prefill thread, pages being made
 };
+
+void wakePrefill() noexcept;
 
 class Pool {
 public:
@@ -138,6 +176,8 @@ public:
         Chunk* chunk = mRoomy[index];
         if (!chunk) {
             chunk = new (mChunks.take()) Chunk;
+            if (mChunks.readyCount() < ChunkSource::READY_TARGET / 2)
+                wakePrefill();
             chunk->index = static_cast<uint32_t>(index);
             chunk->unused = reinterpret_cast<char*>(chunk + 1);
             link(index, chunk);
@@ -160,6 +200,29 @@ public:
     {
         const std::lock_guard<std::mutex> lock(mMutex);
         releaseLocked(block, index);
+    }
+
+    // Tops up the chunks made ready, making their pages outside the lock; true when it made
+    // any.
+    bool prefill() noexcept
+    {
+        void* chunks[ChunkSource::READY_TARGET];
+        size_t count = 0;
+        {
+            const std::lock_guard<std::mutex> lock(mMutex);
+            try {
+                for (size_t wanted = mChunks.readyWanted(); count < wanted; ++count)
+                    chunks[count] = mChunks.carve();
+            } catch (const std::bad_alloc&) {
+            }
+            mChunks.expectReady(count);
+        }
+        for (size_t i = 0; i < count; ++i)
+            ChunkSource::populate(chunks[i]);
+        const std::lock_guard<std::mutex> lock(mMutex);
+        for (size_t i = 0; i < count; ++i)
+            mChunks.addReady(chunks[i]);
+        return count > 0;
     }
 
     // A block of this pool is released and true returned; any other address gives false.
@@ -238,6 +301,88 @@ Pool& blockPool()
     return *instance;
 }
 
+// The thread that makes chunks ready while a Prefill lives: it tops up every pool, then
+// sleeps until a pool has handed out half of its ready chunks.
+class PrefillThread {
+public:
+    void begin()
+    {
+        const std::lock_guard<std::mutex> life(mLifeMutex);
+        if (mUsers++ > 0 || !POOLED || std::thread::hardware_concurrency() < 2)
+            return;
+        try {
+            mStop = false;
+            mWanted = true;
+            mThread = std::thread([this] { run(); });
+            mActive.store(true, std::memory_order_relaxed);
+        } catch (const std::system_error&) {
+            // No thread: the pools make their pages as they hand chunks out.
+        }
+    }
+    void end()
+    {
+        const std::lock_guard<std::mutex> life(mLifeMutex);
+        if (--mUsers > 0 || !mThread.joinable())
+            return;
+        mActive.store(false, std::memory_order_relaxed);
+        {
+            const std::lock_guard<std::mutex> lock(mMutex);
+            mStop = true;
+        }
+        mWake.notify_one();
+        mThread.join();
+    }
+    void wake() noexcept
+    {
+        if (!mActive.load(std::memory_order_relaxed))
+            return;
+        {
+            const std::lock_guard<std::mutex> lock(mMutex);
+            mWanted = true;
+        }
+        mWake.notify_one();
+    }
+
+private:
+    void run()
+    {
+        std::unique_lock<std::mutex> lock(mMutex);
+        while (!mStop) {
+            if (!mWanted) {
+                mWake.wait(lock);
+                continue;
+            }
+            mWanted = false;
+            lock.unlock();
+            // The pools' locks are never taken while this one is held: a pool wakes the
+            // thread under its own lock.
+            pool().prefill();
+            blockPool().prefill();
+            lock.lock();
+        }
+    }
+
+    std::mutex mLifeMutex;  // begin and end, whole
+    int mUsers = 0;
+    std::thread mThread;
+    std::atomic<bool> mActive{false};
+    std::mutex mMutex;  // the two flags
+    std::condition_variable mWake;
+    bool mWanted = false;
+    bool mStop = false;
+};
+
+PrefillThread& prefillThread()
+{
+    static PrefillThread* instance = new PrefillThread;
+    return *instance;
+}
+
+void wakePrefill() noexcept
+{
+    prefillThread().wake();
+}
+
 bool pooled(size_t size)
 {
     return POOLED && size > 0 && size <= zuObjectPool::MAX_POOLED_SIZE;
@@ -272,6 +417,16 @@ void* zuObjectPool::allocateBlock(size_t size) noexcept
     } catch (const std::bad_alloc&) {
         return nullptr;
     }
+}
+
+zuObjectPool::Prefill::Prefill()
+{
+    prefillThread().begin();
+}
+
+zuObjectPool::Prefill::~Prefill()
+{
+    prefillThread().end();
 }
 
 void zuObjectPool::releaseBlock(void* block) noexcept

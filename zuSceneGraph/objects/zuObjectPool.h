@@ -27,6 +27,18 @@ public:
     // block of 0 bytes is a distinct address, as new char[0] gives.
     static void* allocateBlock(size_t size) noexcept;
     static void releaseBlock(void* block) noexcept;
+
+    // While one of these lives (in any thread), a thread of the pool makes the pages of the
+    // next chunks of every size class before they are handed out, so that a large load
+    // spends its time reading and not waiting for the system to provide fresh memory. A
+    // machine with a single processor gets no thread.
+    class Prefill {
+    public:
+        Prefill();
+        ~Prefill();
+        Prefill(const Prefill&) = delete;
+        Prefill& operator=(const Prefill&) = delete;
+    };
 };
 
 } // namespace zu

@@ -1,6 +1,7 @@
 #include <zuSceneGraph/stream/zuBaseStream.h>
 
 #include <zuSceneGraph/math/zuGenericTransformation.h>
+#include <zuSceneGraph/objects/zuObjectPool.h>
 #include <zuSceneGraph/objects/zuRttiInterface.h>
 #include <zuSceneGraph/stream/zuDataStreamLoader.h>
 #include <zuSceneGraph/stream/zuRttiCustomInformation.h>
@@ -15,6 +16,7 @@
 #include <filesystem>
 #include <iostream>
 #include <new>
+#include <optional>
 #include <system_error>
 
 namespace zu {
@@ -422,13 +424,19 @@ void zuBaseStream::buildReferenceMap()
     // With every identifier defined once, record j has entry j. A record refers mostly to
     // the records written right after it (a mesh to its buffers, a node to its first
     // child), so the record after the last one found is tried before the hashed look-up;
-    // a guess counts only when the identifiers agree, whatever the file holds.
+    // then the record as far after the last one as that one was after the one before: the
+    // siblings of a node often hold subtrees of one size (leaves with their buffers). A
+    // guess counts only when the identifiers agree, whatever the file holds.
     const size_t definitions = mDefinitions.size();
     const bool guessing = mReferences.size() == definitions;
+    const auto defines = [&](size_t record, uint64_t identifier) {
+        return record < definitions && mDefinitions[record].first == identifier;
+    };
     mResolved.reserve(mReferenceCount);
     for (size_t i = 0; i < mLinkCount; ++i) {
         const zuLink* link = linkAt(i);
-        size_t guess = i + 1;
+        size_t last = i;
+        size_t stride = 1;
         for (int k = 0; k < link->getQuantity(); ++k) {
             const uint64_t identifier = link->getInterface(k);
             if (identifier == 0 && !mNullDefined) {
@@ -436,13 +444,16 @@ void zuBaseStream::buildReferenceMap()
                 continue;
             }
             uint32_t number;
-            if (guessing && guess < definitions && mDefinitions[guess].first == identifier)
-                number = static_cast<uint32_t>(guess);
+            if (guessing && defines(last + 1, identifier))
+                number = static_cast<uint32_t>(last + 1);
+            else if (guessing && defines(last + stride, identifier))
+                number = static_cast<uint32_t>(last + stride);
             else
                 number = mReferences.findOrInsertNumber(identifier);
             ++mReferences.entryAt(number).pending;
             mResolved.push_back(number);
-            guess = size_t(number) + 1;
+            stride = number > last ? number - last : 1;
+            last = number;
         }
     }
 }
@@ -594,6 +605,16 @@ void zuBaseStream::loadRecords(bool detailedFactoryMessage)
     // Progress counts every byte once, the header and the top-level markers included, so
     // that the steps of a complete load add up to the size of the stream.
     uint64_t reported = 0;
+    // A large stream makes many objects: the pool makes their memory ahead, on another core.
+    std::optional<zuObjectPool::Prefill> prefill;
+    if (GetRemaining() >= PREFILL_BYTES) {
+        prefill.emplace();
+        // The records' identifiers and references grow to millions of entries: room made
+        // at once, bounded by the bytes that remain, takes address space only, and the
+        // vectors are never copied (and their pages never made twice) as they grow.
+        mDefinitions.reserve(std::min<uint64_t>(GetRemaining() / MIN_RECORD_BYTES, MAX_RESERVED_ENTRIES));
+        mLinkReferences.reserve(std::min<uint64_t>(GetRemaining() / 8, MAX_RESERVED_ENTRIES));
+    }
     while (!mStreamError && GetRemaining() > 0) {
         const bool topLevel = readRecordName(name);
         if (mStreamError)
@@ -676,13 +697,10 @@ void zuBaseStream::clearStreamError()
     mErrorOffset = 0;
 }
 
-bool zuBaseStream::CheckCount(int64_t count, uint64_t elementSize)
+bool zuBaseStream::refuseCount()
 {
-    if (count < 0 || (elementSize && static_cast<uint64_t>(count) > GetRemaining() / elementSize)) {
-        setCorrupt("a count exceeds the data that remains");
-        return false;
-    }
-    return !mStreamError;
+    setCorrupt("a count exceeds the data that remains");
+    return false;
 }
 
 // ---------------------------------------------------------------------------------------

@@ -192,7 +192,13 @@ public:
     }
     // Checks, before anything is allocated, that `count` elements of `elementSize` bytes
     // can still be read; a negative or too large count sets the stream-error flag.
-    bool CheckCount(int64_t count, uint64_t elementSize);
+    // Inline, as every record checks a few counts: a product, not a division.
+    bool CheckCount(int64_t count, uint64_t elementSize)
+    {
+        if (count < 0 || static_cast<unsigned __int128>(count) * elementSize > GetRemaining())
+            return refuseCount();
+        return !mStreamError;
+    }
     // The bytes of the record being read that its size field (from 6.0) still announces
     // after the current position; before 6.0, where records carry no size, the bytes left.
     uint64_t GetRecordBytesLeft() const
@@ -376,6 +382,12 @@ protected:
 
 private:
     static constexpr unsigned LINK_CHUNK_SHIFT = 15;
+    // Streams from this size on have the object pool make memory ahead while they load.
+    static constexpr uint64_t PREFILL_BYTES = uint64_t(16) << 20;
+    // What a large load reserves for its bookkeeping: a record takes at least this many
+    // bytes (type name, size, identifier, name, controller count), a reference 8.
+    static constexpr uint64_t MIN_RECORD_BYTES = 25;
+    static constexpr uint64_t MAX_RESERVED_ENTRIES = uint64_t(1) << 23;
     static constexpr size_t LINK_CHUNK_SIZE = size_t(1) << LINK_CHUNK_SHIFT;
 
     template <class T> static constexpr bool isPlainPrimitive()
@@ -423,6 +435,7 @@ private:
     void readAcrossWindows(void* destination, int size, uint64_t count);
     void writeAcrossWindows(const void* source, int size, uint64_t count);
     // The steps of loadRecords.
+    bool refuseCount();
     bool readRecordName(std::string& name);
     bool loadRecord(zuRttiInterface* (*factory)(zuBaseStream&), bool topLevel);
     bool skipRecord(const std::string& name);

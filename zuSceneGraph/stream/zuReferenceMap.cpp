@@ -48,7 +48,8 @@ uint32_t zuReferenceMap::findOrInsertNumber(uint64_t identifier)
         takeKeyedHash();
     ++mLookups;
     const size_t mask = mCapacity - 1;
-    for (size_t slot = slotOf(identifier);; slot = (slot + 1) & mask, ++mProbes) {
+    size_t step = 0;
+    for (size_t slot = slotOf(identifier);; slot = (slot + ++step) & mask, ++mProbes) {
         const uint32_t number = mSlots[slot];
         if (number == 0) {
             mEntries.push_back(Entry{identifier, nullptr, 0});
@@ -67,7 +68,8 @@ zuReferenceMap::Entry* zuReferenceMap::find(uint64_t identifier)
     if (mEntries.empty())
         return nullptr;
     const size_t mask = mCapacity - 1;
-    for (size_t slot = slotOf(identifier);; slot = (slot + 1) & mask) {
+    size_t step = 0;
+    for (size_t slot = slotOf(identifier);; slot = (slot + ++step) & mask) {
         const uint32_t number = mSlots[slot];
         if (number == 0)
             return nullptr;
@@ -116,8 +118,9 @@ void zuReferenceMap::rebuild(bool doubling)
     mSlots = std::make_unique<uint32_t[]>(mCapacity);
     for (size_t i = 0; i < mEntries.size(); ++i) {
         size_t slot = slotOf(mEntries[i].identifier);
+        size_t step = 0;
         while (mSlots[slot] != 0) {
-            slot = (slot + 1) & mMask;
+            slot = (slot + ++step) & mMask;
             ++mProbes;
         }
         mSlots[slot] = static_cast<uint32_t>(i + 1);
