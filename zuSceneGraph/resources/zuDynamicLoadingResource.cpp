@@ -111,9 +111,13 @@ void zuDynamicLoadingResource::storeStreamInfo(zuBaseStream* stream) const
 {
     if (!stream)
         return;
-    stream->noteMovedResource(this, getStreamPosition());
+    // Asked first: the position holds a counted reference to the path, worth taking only
+    // when it is kept.
+    if (stream->isKeepingMovedResources())
+        stream->noteMovedResource(this, getStreamPosition());
     // Only a container has a path; a plain stream's is null.
-    mResourceFilePath = stream->GetSharedPath();
+    if (mResourceFilePath != stream->GetSharedPath())
+        mResourceFilePath = stream->GetSharedPath();
     mStreamOffset = stream->GetOffset();
     mStreamVersion = stream->GetVersion();
 }

@@ -177,6 +177,7 @@ public:
             mMovedResources.emplace_back(resource, std::move(previous));
     }
     const std::vector<MovedResource>& GetMovedResources() const { return mMovedResources; }
+    bool isKeepingMovedResources() const { return mKeepMovedResources; }
 
     // The path of the container's file, one string shared by every resource the stream
     // loads or saves (so that a resource need not copy it); null for a plain stream.
