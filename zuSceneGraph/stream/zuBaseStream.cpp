@@ -248,7 +248,8 @@ void zuBaseStream::finishPendingSize(uint64_t recordStart)
     if (!object || mStreamError)
         return;
     const uint64_t written = GetOffset() + mOverflow - recordStart;
-    if (mSizeSettled < 0 && written <= static_cast<uint64_t>(INT32_MAX)) {
+    if (mSizeSettled < 0) {
+        // No flush since the field was written: the record lies within one window.
         const int size = static_cast<int>(written);
         writeConverted(mBuffer + mSizeFieldAt, &size, 4, 1);
     } else if (static_cast<uint64_t>(mSizeSettled) != written) {
