@@ -34,6 +34,18 @@ TEST(HostileStream, ChosenIdentifiersMakeTheMapTakeItsKeyedHashOrdinaryOnesDoNot
         for (uint64_t k = 0; k < count; k += 997)
             ASSERT_TRUE(map.find(identifier(k)) && map.find(identifier(k))->pending == 2) << k;
         EXPECT_EQ(map.find(identifier(count)), nullptr);
+
+        // The same identifiers adopted as a load's records, the eighth saved again at the end:
+        // the entry of its first appearance takes the later object.
+        std::vector<zuReferenceMap::Entry> records;
+        for (uint64_t k = 0; k <= count; ++k)
+            records.push_back({identifier(k < count ? k : 7), reinterpret_cast<zuRttiInterface*>(k + 1), 0});
+        zuReferenceMap adopted;
+        EXPECT_FALSE(adopted.adopt(std::move(records)));
+        EXPECT_EQ(adopted.isKeyed(), keyed);
+        for (uint64_t k = 0; k < count; k += 7)
+            ASSERT_EQ(adopted.find(identifier(k)), &adopted.entryAt(static_cast<uint32_t>(k))) << k;
+        EXPECT_EQ(adopted.entryAt(7).object, reinterpret_cast<zuRttiInterface*>(count + 1));
     }
 }
 

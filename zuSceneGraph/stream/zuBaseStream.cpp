@@ -161,7 +161,7 @@ bool zuBaseStream::registerObject(const zuRttiInterface* object, uint32_t identi
 void zuBaseStream::clearObjectMap()
 {
     mRegistered.clear();
-    std::vector<std::pair<uint64_t, zuRttiInterface*>>().swap(mDefinitions);
+    std::vector<zuReferenceMap::Entry>().swap(mDefinitions);
     mReferenceCount = 0;
     mReferences.clear();
     std::vector<uint32_t>().swap(mResolved);
@@ -394,7 +394,7 @@ void zuBaseStream::deleteLinks()
 
 void zuBaseStream::registerLink(uint64_t identifier, zuLink* link)
 {
-    mDefinitions.emplace_back(identifier, link->getObject());
+    mDefinitions.push_back(zuReferenceMap::Entry{identifier, link->getObject(), 0});
     if (identifier == 0)
         mNullDefined = true;
 }
@@ -416,22 +416,20 @@ void zuBaseStream::buildReferenceMap()
     mResolved.clear();
     if (mReferenceCount == 0)
         return;
-    // Sized for the records: references mostly name them, and the few that name nothing
-    // in the stream grow the map as they come.
-    mReferences.reserve(mDefinitions.size() + 1);
-    // A later record saved under the same identifier replaces the earlier one.
-    for (const auto& [identifier, object] : mDefinitions)
-        mReferences.findOrInsert(identifier).object = object;
+    // The map takes the records' entries as they are (no copy), sized for them: references
+    // mostly name them, and the few that name nothing in the stream grow the map as they
+    // come. A later record saved under the same identifier replaces the earlier one.
+    const size_t definitions = mDefinitions.size();
+    const bool guessing = mReferences.adopt(std::move(mDefinitions));
+    mDefinitions = {};
     // With every identifier defined once, record j has entry j. A record refers mostly to
     // the records written right after it (a mesh to its buffers, a node to its first
     // child), so the record after the last one found is tried before the hashed look-up;
     // then the record as far after the last one as that one was after the one before: the
     // siblings of a node often hold subtrees of one size (leaves with their buffers). A
     // guess counts only when the identifiers agree, whatever the file holds.
-    const size_t definitions = mDefinitions.size();
-    const bool guessing = mReferences.size() == definitions;
     const auto defines = [&](size_t record, uint64_t identifier) {
-        return record < definitions && mDefinitions[record].first == identifier;
+        return record < definitions && mReferences.entryAt(static_cast<uint32_t>(record)).identifier == identifier;
     };
     mResolved.reserve(mReferenceCount);
     for (size_t i = 0; i < mLinkCount; ++i) {

@@ -480,7 +480,7 @@ private:
     // The identifier each loaded object was saved under, and how many references the
     // records read: the map from identifiers to objects is built from these when the link
     // pass starts, in one tight loop, and not at all when no record refers to another.
-    std::vector<std::pair<uint64_t, zuRttiInterface*>> mDefinitions;
+    std::vector<zuReferenceMap::Entry> mDefinitions;
     size_t mReferenceCount = 0;
     zuReferenceMap mReferences;
     // The entry of every reference the links read, in link order, found once when the map

@@ -1,5 +1,6 @@
 #include <zuSceneGraph/stream/zuReferenceMap.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <random>
@@ -61,6 +62,49 @@ uint32_t zuReferenceMap::findOrInsertNumber(uint64_t identifier)
     }
 }
 
+bool zuReferenceMap::adopt(std::vector<Entry>&& entries)
+{
+    clear();
+    mEntries = std::move(entries);
+    mCapacity = INITIAL_CAPACITY;
+    while (mCapacity < 2 * (mEntries.size() + 1))
+        mCapacity *= 2;
+    mMask = mCapacity - 1;
+    mSlots = std::make_unique<uint32_t[]>(mCapacity);
+    bool distinct = true;
+    while (!indexAdopted(distinct)) {
+        // Chosen identifiers: all of them again, under the keyed hash.
+        chooseKeys();
+        std::fill_n(mSlots.get(), mCapacity, 0u);
+    }
+    return distinct;
+}
+
+bool zuReferenceMap::indexAdopted(bool& distinct)
+{
+    distinct = true;
+    for (size_t i = 0; i < mEntries.size(); ++i) {
+        if (!mKeyed && mProbes > PROBES_PER_LOOKUP * mLookups + PROBES_ALLOWED)
+            return false;
+        ++mLookups;
+        const uint64_t identifier = mEntries[i].identifier;
+        size_t step = 0;
+        for (size_t slot = slotOf(identifier);; slot = (slot + ++step) & mMask, ++mProbes) {
+            const uint32_t number = mSlots[slot];
+            if (number == 0) {
+                mSlots[slot] = static_cast<uint32_t>(i + 1);
+                break;
+            }
+            if (mEntries[number - 1].identifier == identifier) {
+                mEntries[number - 1].object = mEntries[i].object;
+                distinct = false;
+                break;
+            }
+        }
+    }
+    return true;
+}
+
 zuReferenceMap::Entry* zuReferenceMap::find(uint64_t identifier)
 {
     // No probe count here: a look-up follows the path its identifier's insertion took, so
@@ -102,11 +146,16 @@ void zuReferenceMap::reserve(size_t count)
     }
 }
 
-void zuReferenceMap::takeKeyedHash()
+void zuReferenceMap::chooseKeys()
 {
     mKeyed = true;
     mKey0 = unpredictableBits();
     mKey1 = unpredictableBits() | 1;
+}
+
+void zuReferenceMap::takeKeyedHash()
+{
+    chooseKeys();
     rebuild(false);
 }
 

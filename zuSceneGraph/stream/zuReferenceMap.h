@@ -38,6 +38,10 @@ public:
     Entry& entryAt(uint32_t number) { return mEntries[number]; }
     // Null when absent.
     Entry* find(uint64_t identifier);
+    // Takes `entries` (nothing pending) as the map's first entries, in their order, and finds
+    // them; an identifier met again gives its object to the entry of its first appearance
+    // and is found there only. True when every identifier appeared once.
+    bool adopt(std::vector<Entry>&& entries);
     void clear();
     // Makes room for count entries, so that inserting them never grows the table.
     void reserve(size_t count);
@@ -67,6 +71,9 @@ private:
     // Rebuilds the slots of the present capacity (doubled with `doubling`).
     void rebuild(bool doubling);
     void takeKeyedHash();
+    void chooseKeys();
+    // Finds the adopted entries; false when they ask for the keyed hash first.
+    bool indexAdopted(bool& distinct);
 
     std::vector<Entry> mEntries;
     std::unique_ptr<uint32_t[]> mSlots;  // entry number + 1, or 0 for an empty slot
