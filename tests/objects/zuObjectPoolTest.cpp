@@ -39,8 +39,10 @@ TEST(zuObjectPoolTest, ThreadsNeverShareBlocks)
 {
     for (const bool prefilling : {false, true}) {
         std::optional<zuObjectPool::Prefill> prefill;
+        std::vector<char> ahead(1 << 20);
         if (prefilling)
             prefill.emplace();
+        zuObjectPool::prefault(ahead.data(), ahead.size());
         bool ok[2] = {true, true};
         std::thread other(fillAndCheck, 2, &ok[1]);
         fillAndCheck(1, &ok[0]);

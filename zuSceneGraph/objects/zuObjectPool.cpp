@@ -28,6 +28,14 @@ constexpr bool POOLED = true;
 constexpr bool POOLED = true;
 #endif
 
+// Makes the pages of a range as a write would, in one call; a kernel without the advice
+// refuses it, and the pages fault in when first written.
+#ifdef MADV_POPULATE_WRITE
+constexpr int POPULATE_WRITE = MADV_POPULATE_WRITE;
+#else
+constexpr int POPULATE_WRITE = 23;
+#endif
+
 constexpr size_t GRANULE = 16;
 constexpr size_t CLASS_QUANTITY = zuObjectPool::MAX_POOLED_SIZE / GRANULE;
 // Chunks are aligned to their size, so that a block finds its chunk by its address.
@@ -120,10 +128,7 @@ private:
 public:
     static void populate(void* chunk) noexcept
     {
-#ifndef MADV_POPULATE_WRITE
-        constexpr int MADV_POPULATE_WRITE = 23;
-#endif
-        ::madvise(chunk, CHUNK_SIZE, MADV_POPULATE_WRITE);
+        ::madvise(chunk, CHUNK_SIZE, POPULATE_WRITE);
     }
 
 private:
@@ -342,6 +347,19 @@ public:
         }
         mWake.notify_one();
     }
+    void prefault(const void* address, size_t bytes) noexcept
+    {
+        if (!mActive.load(std::memory_order_relaxed) || bytes == 0)
+            return;
+        {
+            const std::lock_guard<std::mutex> lock(mMutex);
+            if (mRangeCount == RANGES)
+                return;
+            mRanges[(mRangeFirst + mRangeCount++) % RANGES] = {static_cast<const char*>(address), bytes};
+            mWanted = true;
+        }
+        mWake.notify_one();
+    }
 
 private:
     void run()
@@ -353,6 +371,14 @@ private:
                 continue;
             }
             mWanted = false;
+            while (mRangeCount > 0) {
+                const Range range = mRanges[mRangeFirst];
+                mRangeFirst = (mRangeFirst + 1) % RANGES;
+                --mRangeCount;
+                lock.unlock();
+                populateRange(range);
+                lock.lock();
+            }
             lock.unlock();
             // The pools' locks are never taken while this one is held: a pool wakes the
             // thread under its own lock.
@@ -360,6 +386,19 @@ private:
             blockPool().prefill();
             lock.lock();
         }
+        mRangeCount = 0;
+    }
+
+    struct Range {
+        const char* begin;
+        size_t bytes;
+    };
+    static void populateRange(const Range& range) noexcept
+    {
+        constexpr uintptr_t PAGE = 4096;
+        const uintptr_t begin = reinterpret_cast<uintptr_t>(range.begin) & ~(PAGE - 1);
+        const uintptr_t end = reinterpret_cast<uintptr_t>(range.begin) + range.bytes;
+        ::madvise(reinterpret_cast<void*>(begin), end - begin, POPULATE_WRITE);
     }
 
     std::mutex mLifeMutex;  // begin and end, whole
@@ -370,6 +409,10 @@ private:
     std::condition_variable mWake;
     bool mWanted = false;
     bool mStop = false;
+    static constexpr size_t RANGES = 8;
+    Range mRanges[RANGES] = {};
+    size_t mRangeFirst = 0;
+    size_t mRangeCount = 0;
 };
 
 PrefillThread& prefillThread()
@@ -417,6 +460,11 @@ void* zuObjectPool::allocateBlock(size_t size) noexcept
     } catch (const std::bad_alloc&) {
         return nullptr;
     }
+}
+
+void zuObjectPool::prefault(const void* address, size_t bytes) noexcept
+{
+    prefillThread().prefault(address, bytes);
 }
 
 zuObjectPool::Prefill::Prefill()

@@ -39,6 +39,10 @@ public:
         Prefill(const Prefill&) = delete;
         Prefill& operator=(const Prefill&) = delete;
     };
+    // While a Prefill lives, its thread also makes the pages of this range soon: a hint for
+    // memory about to be written (the next part of a growing array), dropped when the
+    // thread has many waiting or none runs. The range must stay mapped while a Prefill lives.
+    static void prefault(const void* address, size_t bytes) noexcept;
 };
 
 } // namespace zu

@@ -363,10 +363,31 @@ void zuBaseStream::resetBufferState()
 // ---------------------------------------------------------------------------------------
 // Loading
 
+namespace {
+
+// On a large load, the pool's thread makes the pages of the next `step` elements after the
+// `step` that follow (called as the size reaches a multiple of `step`).
+template <class T>
+void prefaultAhead(const std::vector<T>& values, size_t step)
+{
+    const size_t from = values.size() + step;
+    if (from < values.capacity())
+        zuObjectPool::prefault(values.data() + from, std::min(step, values.capacity() - from) * sizeof(T));
+}
+
+} // namespace
+
 zuLink* zuBaseStream::newLink(zuRttiInterface* object)
 {
-    if ((mLinkCount >> LINK_CHUNK_SHIFT) == mLinkChunks.size())
-        mLinkChunks.push_back(static_cast<zuLink*>(::operator new(LINK_CHUNK_SIZE * sizeof(zuLink))));
+    if ((mLinkCount & (PREFAULT_STEP - 1)) == 0) {
+        // The chunks of the links up to two steps on, the pages of the second step made
+        // ahead on a large load.
+        const size_t chunks = ((mLinkCount + 2 * PREFAULT_STEP - 1) >> LINK_CHUNK_SHIFT) + 1;
+        while (mLinkChunks.size() < chunks)
+            mLinkChunks.push_back(static_cast<zuLink*>(::operator new(LINK_CHUNK_SIZE * sizeof(zuLink))));
+        if (mPrefaulting)
+            zuObjectPool::prefault(linkAt(mLinkCount + PREFAULT_STEP), PREFAULT_STEP * sizeof(zuLink));
+    }
     zuLink* link = new (linkAt(mLinkCount++)) zuLink(object, &mLinkReferences);
     // The link holds the new object until the load ends, so that an object nobody
     // references (its referrer was skipped, or the data broke) is freed, not leaked.
@@ -395,6 +416,8 @@ void zuBaseStream::deleteLinks()
 void zuBaseStream::registerLink(uint64_t identifier, zuLink* link)
 {
     mDefinitions.push_back(zuReferenceMap::Entry{identifier, link->getObject(), 0});
+    if (mPrefaulting && (mDefinitions.size() & (PREFAULT_STEP - 1)) == 0)
+        prefaultAhead(mDefinitions, PREFAULT_STEP);
     if (identifier == 0)
         mNullDefined = true;
 }
@@ -408,6 +431,8 @@ void zuBaseStream::addObjectReference(zuLink* link, uint64_t identifier)
     }
     link->addInterface(identifier);
     ++mReferenceCount;
+    if (mPrefaulting && (mLinkReferences.size() & (PREFAULT_STEP - 1)) == 0)
+        prefaultAhead(mLinkReferences, PREFAULT_STEP);
 }
 
 void zuBaseStream::buildReferenceMap()
@@ -613,6 +638,7 @@ void zuBaseStream::loadRecords(bool detailedFactoryMessage)
         // vectors are never copied (and their pages never made twice) as they grow.
         mDefinitions.reserve(std::min<uint64_t>(GetRemaining() / MIN_RECORD_BYTES, MAX_RESERVED_ENTRIES));
         mLinkReferences.reserve(std::min<uint64_t>(GetRemaining() / 8, MAX_RESERVED_ENTRIES));
+        mPrefaulting = true;
     }
     while (!mStreamError && GetRemaining() > 0) {
         const bool topLevel = readRecordName(name);
@@ -635,6 +661,7 @@ void zuBaseStream::loadRecords(bool detailedFactoryMessage)
             break;
     }
     mRecordType = nullptr;
+    mPrefaulting = false;
 }
 
 void zuBaseStream::finishLoad()

@@ -388,7 +388,11 @@ private:
     // bytes (type name, size, identifier, name, controller count), a reference 8.
     static constexpr uint64_t MIN_RECORD_BYTES = 25;
     static constexpr uint64_t MAX_RESERVED_ENTRIES = uint64_t(1) << 23;
+    // Links, identifiers and references whose pages the pool's thread makes ahead at once,
+    // on a large load (a power of two; at most a chunk of links).
+    static constexpr size_t PREFAULT_STEP = 8192;
     static constexpr size_t LINK_CHUNK_SIZE = size_t(1) << LINK_CHUNK_SHIFT;
+    static_assert(PREFAULT_STEP <= LINK_CHUNK_SIZE && (PREFAULT_STEP & (PREFAULT_STEP - 1)) == 0);
 
     template <class T> static constexpr bool isPlainPrimitive()
     {
@@ -473,6 +477,7 @@ private:
     // Raw storage: a link is constructed when an object takes it, so that a load of one
     // record touches one link, not a whole chunk.
     std::vector<zuLink*> mLinkChunks;
+    bool mPrefaulting = false;  // while a large load reads its records
     size_t mLinkCount = 0;
     // The references the links read, side by side in the order they were read (the link
     // pass then walks them in order), freed at once with the links.
