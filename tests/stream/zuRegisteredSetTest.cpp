@@ -38,11 +38,11 @@ TEST(RegisteredSet, EachObjectOnceInOrderWhateverItsIdentifier)
             ASSERT_TRUE(insert(i)) << c.what << " " << i;
         for (uint32_t i = 0; i < COUNT; ++i)
             ASSERT_FALSE(insert(i)) << c.what << " " << i;
-        ASSERT_EQ(set.ordered().size(), COUNT) << c.what;
+        ASSERT_EQ(set.size(), COUNT) << c.what;
         for (uint32_t i = 0; i < COUNT; ++i)
-            ASSERT_EQ(set.ordered()[i], fake(i)) << c.what;
+            ASSERT_EQ(set[i], fake(i)) << c.what;
         set.clear();
-        EXPECT_TRUE(set.ordered().empty() && insert(0)) << c.what;
+        EXPECT_TRUE(set.size() == 0 && insert(0)) << c.what;
     }
 }
 

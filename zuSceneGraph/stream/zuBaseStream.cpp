@@ -203,8 +203,9 @@ uint64_t zuBaseStream::computeSaveSize()
 {
     uint64_t total = static_cast<uint64_t>(TOP_LEVEL_MARKER_LENGTH + 4) * mTopLevel.size();
     mRecordSizes.clear();
-    mRecordSizes.reserve(mRegistered.ordered().size());
-    for (const zuRttiInterface* object : mRegistered.ordered()) {
+    mRecordSizes.reserve(mRegistered.size());
+    for (size_t i = 0; i < mRegistered.size(); ++i) {
+        const zuRttiInterface* object = mRegistered[i];
         mRecordSizes.push_back(object->GetDiskUsed(*this));
         total += static_cast<uint64_t>(mRecordSizes.back());
     }
@@ -213,7 +214,7 @@ uint64_t zuBaseStream::computeSaveSize()
 
 void zuBaseStream::WriteRecordSize(const zuRttiInterface* object)
 {
-    const bool current = mWritingRecord < mRegistered.ordered().size() && mRegistered.ordered()[mWritingRecord] == object;
+    const bool current = mWritingRecord < mRegistered.size() && mRegistered[mWritingRecord] == object;
     if (current && mWritingRecord < mRecordSizes.size()) {
         Write(mRecordSizes[mWritingRecord]);
         return;
@@ -248,7 +249,8 @@ void zuBaseStream::finishPendingSize(uint64_t recordStart)
     if (!object || mStreamError)
         return;
     const uint64_t written = GetOffset() + mOverflow - recordStart;
-    if (mSizeSettled < 0 && written <= static_cast<uint64_t>(INT32_MAX)) {
+    if (mSizeSettled < 0) {
+        // No flush since the field was written: the record lies within one window.
         const int size = static_cast<int>(written);
         writeConverted(mBuffer + mSizeFieldAt, &size, 4, 1);
     } else if (static_cast<uint64_t>(mSizeSettled) != written) {
@@ -261,9 +263,8 @@ void zuBaseStream::finishPendingSize(uint64_t recordStart)
 bool zuBaseStream::writeRecords()
 {
     bool complete = true;
-    const std::vector<const zuRttiInterface*>& ordered = mRegistered.ordered();
-    for (mWritingRecord = 0; mWritingRecord < ordered.size() && complete; ++mWritingRecord) {
-        const zuRttiInterface* object = ordered[mWritingRecord];
+    for (mWritingRecord = 0; mWritingRecord < mRegistered.size() && complete; ++mWritingRecord) {
+        const zuRttiInterface* object = mRegistered[mWritingRecord];
         if (mStreamError)
             break;
         if (IsTopLevel(object))
@@ -276,7 +277,7 @@ bool zuBaseStream::writeRecords()
             complete = !mProgress->isCancelRequested();
         }
     }
-    mWritingRecord = mRegistered.ordered().size();
+    mWritingRecord = mRegistered.size();
     return complete && !mStreamError;
 }
 

@@ -106,8 +106,8 @@ public:
     // pass: asked of the system once per save and string (the resources of one load share
     // one path string), so that a save of many blocks left on disk stays cheap.
     int64_t GetFileSizeForSave(const std::string& path);
-    int GetOrderedObjectCount() const { return static_cast<int>(mRegistered.ordered().size()); }
-    const zuRttiInterface* GetOrderedObjectAt(int i) const { return mRegistered.ordered()[static_cast<size_t>(i)]; }
+    int GetOrderedObjectCount() const { return static_cast<int>(mRegistered.size()); }
+    const zuRttiInterface* GetOrderedObjectAt(int i) const { return mRegistered[static_cast<size_t>(i)]; }
 
     // Load passes.
     // Creates the link of a newly built object (the stream owns it until the load ends).

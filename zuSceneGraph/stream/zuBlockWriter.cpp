@@ -2,13 +2,17 @@
 
 #include <zuSystem/zuIoDevice.h>
 
+#include <utility>
+
 namespace zu {
 
 zuBlockWriter::zuBlockWriter(zuIoDevice& device, size_t blockSize, int spareBlocks) : mDevice(device)
 {
     for (int i = 0; i < spareBlocks; ++i) {
-        mSpares.emplace_back(new char[blockSize]);
-        mFree.push_back(mSpares.back().get());
+        // Not zeroed: a block is written before it is read.
+        std::unique_ptr<char[]> block(new char[blockSize]);
+        mFree.push_back(block.get());
+        mSpares.push_back(std::move(block));
     }
     mThread = std::thread([this] { run(); });
 }

@@ -44,6 +44,7 @@ void zuFileStream::releaseDevice()
 {
     // Waits for the blocks still being written: the device is the caller's again after this.
     mWriter.reset();
+    mWriterRefused = false;
     resetBufferState();
     mInput = nullptr;
     mOutput = nullptr;
@@ -184,8 +185,14 @@ bool zuFileStream::writeWindow()
     const uint64_t filled = GetOffset() - windowStart();
     char* next = windowBuffer();
     if (filled > 0) {
-        if (!mWriter && mBlockSize >= MIN_THREADED_BLOCK_SIZE && mOutput->isWritableFromAnyThread())
-            mWriter = std::make_unique<zuBlockWriter>(*mOutput, static_cast<size_t>(mBlockSize), SPARE_BLOCKS);
+        if (!mWriter && !mWriterRefused && mBlockSize >= MIN_THREADED_BLOCK_SIZE && mOutput->isWritableFromAnyThread()) {
+            // Without memory for the spare blocks or a thread to run, this thread writes.
+            try {
+                mWriter = std::make_unique<zuBlockWriter>(*mOutput, static_cast<size_t>(mBlockSize), SPARE_BLOCKS);
+            } catch (...) {
+                mWriterRefused = true;
+            }
+        }
         if (mWriter) {
             next = mWriter->submit(windowBuffer(), filled, windowStart());
             if (mWriter->failed()) {

@@ -84,6 +84,7 @@ private:
     zuIoDevice* mInput = nullptr;
     zuIoDevice* mOutput = nullptr;
     std::unique_ptr<zuBlockWriter> mWriter;
+    bool mWriterRefused = false;  // no writer thread could be made for this save
     std::string mText;  // a header text gathered across blocks
 };
 

@@ -14,11 +14,11 @@ bool zuRegisteredSet::insert(const zuRttiInterface* object, uint32_t identifier)
         return insertByAddress(object);
     uint32_t& slot = mLastSlots[identifier & (PAGE_SLOTS - 1)];
     if (slot == 0) {
-        mOrdered.push_back(object);
-        slot = static_cast<uint32_t>(mOrdered.size());
+        append(object);
+        slot = static_cast<uint32_t>(mCount);
         return true;
     }
-    if (mOrdered[slot - 1] == object)
+    if ((*this)[slot - 1] == object)
         return false;
     // Another object holds this identifier.
     return insertByAddress(object);
@@ -35,8 +35,16 @@ bool zuRegisteredSet::insertByAddress(const zuRttiInterface* object)
     mByAddress.findOrInsert(reinterpret_cast<uintptr_t>(object));
     if (mByAddress.size() == known)
         return false;
-    mOrdered.push_back(object);
+    append(object);
     return true;
+}
+
+void zuRegisteredSet::append(const zuRttiInterface* object)
+{
+    if ((mCount >> CHUNK_SHIFT) == mChunks.size())
+        mChunks.emplace_back(new const zuRttiInterface*[CHUNK_SIZE]);
+    mChunks[mCount >> CHUNK_SHIFT][mCount & (CHUNK_SIZE - 1)] = object;
+    ++mCount;
 }
 
 uint32_t* zuRegisteredSet::pageOf(uint32_t page)
@@ -46,7 +54,7 @@ uint32_t* zuRegisteredSet::pageOf(uint32_t page)
         return found->second.get();
     if (mRefused.count(page) != 0)
         return nullptr;
-    if ((mPages.size() + 1) * PAGE_SLOTS > SLOTS_PER_OBJECT * mOrdered.size() + FREE_PAGES * PAGE_SLOTS) {
+    if ((mPages.size() + 1) * PAGE_SLOTS > SLOTS_PER_OBJECT * mCount + FREE_PAGES * PAGE_SLOTS) {
         mRefused.insert(page);
         return nullptr;
     }
@@ -56,7 +64,8 @@ uint32_t* zuRegisteredSet::pageOf(uint32_t page)
 
 void zuRegisteredSet::clear()
 {
-    std::vector<const zuRttiInterface*>().swap(mOrdered);
+    mChunks.clear();
+    mCount = 0;
     mPages.clear();
     mRefused.clear();
     mHaveLast = false;

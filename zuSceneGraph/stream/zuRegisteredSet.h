@@ -28,7 +28,9 @@ public:
     bool insert(const zuRttiInterface* object, uint32_t identifier);
     // The same for an object without an identifier.
     bool insert(const zuRttiInterface* object);
-    const std::vector<const zuRttiInterface*>& ordered() const { return mOrdered; }
+    // The registered objects in registration order.
+    size_t size() const { return mCount; }
+    const zuRttiInterface* operator[](size_t i) const { return mChunks[i >> CHUNK_SHIFT][i & (CHUNK_SIZE - 1)]; }
     void clear();
 
 private:
@@ -38,11 +40,18 @@ private:
     static constexpr size_t SLOTS_PER_OBJECT = 8;
     static constexpr size_t FREE_PAGES = 64;
 
+    // The order is kept in chunks, so that a large save neither copies it as it grows nor
+    // touches more memory than it fills.
+    static constexpr unsigned CHUNK_SHIFT = 13;
+    static constexpr size_t CHUNK_SIZE = size_t(1) << CHUNK_SHIFT;
+
     // The page of identifiers page << PAGE_SHIFT and up; null when none may be allocated.
     uint32_t* pageOf(uint32_t page);
     bool insertByAddress(const zuRttiInterface* object);
+    void append(const zuRttiInterface* object);
 
-    std::vector<const zuRttiInterface*> mOrdered;
+    std::vector<std::unique_ptr<const zuRttiInterface*[]>> mChunks;
+    size_t mCount = 0;
     std::unordered_map<uint32_t, std::unique_ptr<uint32_t[]>> mPages;
     // Pages once refused stay so until the set is cleared: their objects are in the hashed
     // set, and a page allocated later would not know them.
