@@ -95,6 +95,12 @@ public:
         }
         return chunk;
     }
+    // A chunk handed out is about to be filled: its pages are made in one call rather than
+    // by a fault each. Kernels without the advice fault them in as before.
+    static void populate(void* chunk) noexcept
+    {
+        ::madvise(chunk, CHUNK_SIZE, POPULATE_WRITE);
+    }
     // How many chunks the prefill thread may make ready now (some may be on their way).
     size_t readyWanted() const { return READY_TARGET - mReadyCount - mReadyComing; }
     size_t readyCount() const { return mReadyCount; }
@@ -122,16 +128,6 @@ public:
 private:
     static constexpr size_t BATCH_SIZE = 32 * CHUNK_SIZE;
     static constexpr size_t PAGE_SIZE = 4096;
-
-    // A chunk handed out is about to be filled: its pages are made in one call rather than
-    // by a fault each. Kernels without the advice fault them in as before.
-public:
-    static void populate(void* chunk) noexcept
-    {
-        ::madvise(chunk, CHUNK_SIZE, POPULATE_WRITE);
-    }
-
-private:
 
     bool mapBatch()
     {
@@ -306,8 +302,9 @@ Pool& blockPool()
     return *instance;
 }
 
-// The thread that makes chunks ready while a Prefill lives: it tops up every pool, then
-// sleeps until a pool has handed out half of its ready chunks.
+// The thread that makes chunks ready while a Prefill lives: it makes the pages of the ranges
+// it was given, tops up every pool, then sleeps until a pool has handed out half of its ready
+// chunks or a range comes.
 class PrefillThread {
 public:
     void begin()
@@ -405,7 +402,7 @@ private:
     int mUsers = 0;
     std::thread mThread;
     std::atomic<bool> mActive{false};
-    std::mutex mMutex;  // the two flags
+    std::mutex mMutex;  // the flags and the ranges
     std::condition_variable mWake;
     bool mWanted = false;
     bool mStop = false;
