@@ -72,8 +72,13 @@ void zuBlockWriter::run()
         lock.unlock();
         bool written = true;
         if (!failed) {
-            const int64_t size = static_cast<int64_t>(job.size);
-            written = mDevice.write(job.block, size) == size && !mDevice.isError();
+            // A device of the application's that throws fails the save, as a failed write.
+            try {
+                const int64_t size = static_cast<int64_t>(job.size);
+                written = mDevice.write(job.block, size) == size && !mDevice.isError();
+            } catch (...) {
+                written = false;
+            }
         }
         lock.lock();
         mWriting = false;
