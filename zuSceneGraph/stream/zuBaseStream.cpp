@@ -629,18 +629,22 @@ void zuBaseStream::loadRecords(bool detailedFactoryMessage)
     // Progress counts every byte once, the header and the top-level markers included, so
     // that the steps of a complete load add up to the size of the stream.
     uint64_t reported = 0;
-    // A large stream makes many objects: the pool makes their memory ahead, on another core.
+    // A stream of many records makes many objects: the pool makes their memory ahead, on
+    // another core. How many a stream holds shows once its first records are read: a few
+    // large blocks make few objects, and a thread would only slow their load.
     std::optional<zuObjectPool::Prefill> prefill;
-    if (GetRemaining() >= PREFILL_BYTES) {
-        prefill.emplace();
-        // The records' identifiers and references grow to millions of entries: room made
-        // at once, bounded by the bytes that remain, takes address space only, and the
-        // vectors are never copied (and their pages never made twice) as they grow.
-        mDefinitions.reserve(std::min<uint64_t>(GetRemaining() / MIN_RECORD_BYTES, MAX_RESERVED_ENTRIES));
-        mLinkReferences.reserve(std::min<uint64_t>(GetRemaining() / 8, MAX_RESERVED_ENTRIES));
-        mPrefaulting = true;
-    }
+    const uint64_t recordsStart = GetOffset();
+    size_t records = 0;
     while (!mStreamError && GetRemaining() > 0) {
+        if (records++ == PROBED_RECORDS && GetRemaining() / ((GetOffset() - recordsStart) / PROBED_RECORDS + 1) >= MANY_RECORDS) {
+            prefill.emplace();
+            // The records' identifiers and references grow to millions of entries: room
+            // made at once, bounded by the bytes that remain, takes address space only, and
+            // the vectors are never copied (and their pages never made twice) as they grow.
+            mDefinitions.reserve(mDefinitions.size() + std::min<uint64_t>(GetRemaining() / MIN_RECORD_BYTES, MAX_RESERVED_ENTRIES));
+            mLinkReferences.reserve(mLinkReferences.size() + std::min<uint64_t>(GetRemaining() / 8, MAX_RESERVED_ENTRIES));
+            mPrefaulting = true;
+        }
         const bool topLevel = readRecordName(name);
         if (mStreamError)
             break;

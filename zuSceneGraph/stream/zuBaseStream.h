@@ -382,8 +382,10 @@ protected:
 
 private:
     static constexpr unsigned LINK_CHUNK_SHIFT = 15;
-    // Streams from this size on have the object pool make memory ahead while they load.
-    static constexpr uint64_t PREFILL_BYTES = uint64_t(16) << 20;
+    // Streams whose first records promise this many more have the object pool make memory
+    // ahead while they load.
+    static constexpr size_t PROBED_RECORDS = 1024;
+    static constexpr uint64_t MANY_RECORDS = 65536;
     // What a large load reserves for its bookkeeping: a record takes at least this many
     // bytes (type name, size, identifier, name, controller count), a reference 8.
     static constexpr uint64_t MIN_RECORD_BYTES = 25;
