@@ -175,17 +175,20 @@ uint64_t zuFileStream::nextWindowSize()
 
 bool zuFileStream::flushWindow()
 {
-    return writeWindow();
+    return writeWindow(true);
 }
 
-bool zuFileStream::writeWindow()
+bool zuFileStream::writeWindow(bool moreToCome)
 {
     if (!mOutput)
         return false;
     const uint64_t filled = GetOffset() - windowStart();
     char* next = windowBuffer();
     if (filled > 0) {
-        if (!mWriter && !mWriterRefused && mBlockSize >= MIN_THREADED_BLOCK_SIZE && mOutput->isWritableFromAnyThread()) {
+        // A save that ends within its first block writes it here: a thread for one block
+        // would cost more than the write.
+        if (moreToCome && !mWriter && !mWriterRefused && mBlockSize >= MIN_THREADED_BLOCK_SIZE
+            && mOutput->isWritableFromAnyThread()) {
             // Without memory for the spare blocks or a thread to run, this thread writes.
             try {
                 mWriter = std::make_unique<zuBlockWriter>(*mOutput, static_cast<size_t>(mBlockSize), SPARE_BLOCKS);
@@ -213,7 +216,7 @@ bool zuFileStream::writeWindow()
 
 bool zuFileStream::flushWriteBuffer()
 {
-    if (!writeWindow())
+    if (!writeWindow(false))
         return false;
     if (mWriter && !mWriter->finish()) {
         reportDeviceError("Cannot write the stream", mWriter->failedOffset());

@@ -64,8 +64,9 @@ private:
     // Blocks beside the stream's own while a writer thread runs: one being written, one
     // being filled, one to spare while the device is slow.
     static constexpr int SPARE_BLOCKS = 2;
-    // Hands the window's bytes to the device and starts the next window.
-    bool writeWindow();
+    // Hands the window's bytes to the device and starts the next window; `moreToCome` when
+    // the window is full, not when the save flushes what it wrote.
+    bool writeWindow(bool moreToCome);
     void releaseDevice();
     void reportDeviceError(const char* what);
     void reportDeviceError(const char* what, uint64_t offset);
