@@ -35,6 +35,16 @@ constexpr int POPULATE_WRITE = MADV_POPULATE_WRITE;
 #else
 constexpr int POPULATE_WRITE = 23;
 #endif
+constexpr uintptr_t PAGE_SIZE = 4096;
+
+// Makes the pages of the range from `address` on, as writes would (from the page that holds
+// `address`).
+void populatePages(const void* address, size_t bytes) noexcept
+{
+    const uintptr_t begin = reinterpret_cast<uintptr_t>(address) & ~(PAGE_SIZE - 1);
+    const uintptr_t end = reinterpret_cast<uintptr_t>(address) + bytes;
+    ::madvise(reinterpret_cast<void*>(begin), end - begin, POPULATE_WRITE);
+}
 
 constexpr size_t GRANULE = 16;
 constexpr size_t CLASS_QUANTITY = zuObjectPool::MAX_POOLED_SIZE / GRANULE;
@@ -97,10 +107,7 @@ public:
     }
     // A chunk handed out is about to be filled: its pages are made in one call rather than
     // by a fault each. Kernels without the advice fault them in as before.
-    static void populate(void* chunk) noexcept
-    {
-        ::madvise(chunk, CHUNK_SIZE, POPULATE_WRITE);
-    }
+    static void populate(void* chunk) noexcept { populatePages(chunk, CHUNK_SIZE); }
     // How many chunks the prefill thread may make ready now (some may be on their way).
     size_t readyWanted() const { return READY_TARGET - mReadyCount - mReadyComing; }
     size_t readyCount() const { return mReadyCount; }
@@ -127,7 +134,6 @@ public:
 
 private:
     static constexpr size_t BATCH_SIZE = 32 * CHUNK_SIZE;
-    static constexpr size_t PAGE_SIZE = 4096;
 
     bool mapBatch()
     {
@@ -373,7 +379,7 @@ private:
                 mRangeFirst = (mRangeFirst + 1) % RANGES;
                 --mRangeCount;
                 lock.unlock();
-                populateRange(range);
+                populatePages(range.begin, range.bytes);
                 lock.lock();
             }
             lock.unlock();
@@ -390,13 +396,6 @@ private:
         const char* begin;
         size_t bytes;
     };
-    static void populateRange(const Range& range) noexcept
-    {
-        constexpr uintptr_t PAGE = 4096;
-        const uintptr_t begin = reinterpret_cast<uintptr_t>(range.begin) & ~(PAGE - 1);
-        const uintptr_t end = reinterpret_cast<uintptr_t>(range.begin) + range.bytes;
-        ::madvise(reinterpret_cast<void*>(begin), end - begin, POPULATE_WRITE);
-    }
 
     std::mutex mLifeMutex;  // begin and end, whole
     int mUsers = 0;

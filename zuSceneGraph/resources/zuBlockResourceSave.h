@@ -2,6 +2,7 @@
 
 #include <zuSceneGraph/resources/zuRendererInterface.h>
 
+#include <algorithm>
 #include <string>
 
 namespace zu {
@@ -31,11 +32,22 @@ public:
     // the block is not at hand; a readable block is found in this stream from now on.
     void writeBlock(zuBaseStream& stream, const char* data, int size) const;
 
+    // Asks the cache for the first lines of a block that a save writes after a few fields:
+    // the blocks of a large scene are long out of the cache. A hint; null is allowed.
+    static void PrefetchStart(const char* data, int size)
+    {
+        if (data)
+            for (int offset = 0; offset < std::min(size, PREFETCHED_BYTES); offset += 64)
+                __builtin_prefetch(data + offset);
+    }
+
     static void Check(zuBaseStream& stream, const zuDynamicLoadingResource& resource);
     // Refuses the save, naming the resource (type and object identifier) and the reason.
     static void Refuse(zuBaseStream& stream, const zuDynamicLoadingResource& resource, const std::string& reason);
 
 private:
+    static constexpr int PREFETCHED_BYTES = 1024;
+
     const zuDynamicLoadingResource& mResource;
     zuRendererInterface::ResidentScope mScope;
     bool mReadable;

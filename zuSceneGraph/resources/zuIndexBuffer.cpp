@@ -332,13 +332,7 @@ void zuIndexBuffer::checkSave(zuBaseStream& stream) const
 
 void zuIndexBuffer::Save(zuBaseStream& stream) const
 {
-    // The indices of a large scene are long out of the cache: their first lines are
-    // fetched while the fields before them are written.
-    if (mData) {
-        const int bytes = mIndexQuantity * (mIndexType == INDEX_32 ? 4 : 2);
-        for (int offset = 0; offset < std::min(bytes, 1024); offset += 64)
-            __builtin_prefetch(mData + offset);
-    }
+    zuBlockResourceSave::PrefetchStart(mData, mIndexQuantity * (mIndexType == INDEX_32 ? 4 : 2));
     zuUnnamedObject::Save(stream);
     const zuStreamVersion& version = stream.GetVersion();
     stream.Write(mIndexQuantity);

@@ -395,11 +395,7 @@ void zuVertexBuffer::checkSizesFit(zuBaseStream& stream) const
 
 void zuVertexBuffer::Save(zuBaseStream& stream) const
 {
-    // The block of a large scene is long out of the cache: its first lines are fetched
-    // while the fields before it are written.
-    if (mData)
-        for (int offset = 0; offset < std::min(GetDataSize(), 1024); offset += 64)
-            __builtin_prefetch(mData + offset);
+    zuBlockResourceSave::PrefetchStart(mData, GetDataSize());
     checkSizesFit(stream);
     zuUnnamedObject::Save(stream);
     // Up to 5.1 the sizes are counted in floats.

@@ -9,8 +9,6 @@ namespace zu {
 
 namespace {
 
-constexpr size_t LARGE_ENTRIES = 65536;
-
 // 64 bits that a file cannot know in advance. The random device may be missing (it then
 // throws); the clock and a counter still differ from run to run and from load to load.
 uint64_t unpredictableBits()
@@ -35,22 +33,14 @@ uint64_t unpredictableBits()
 
 uint32_t zuReferenceMap::findOrInsertNumber(uint64_t identifier)
 {
-    // Kept at most half full, so probe sequences stay short. A map that grows past
-    // LARGE_ENTRIES is most likely a large scene's registered set, which cannot know its
-    // size beforehand: it grows eightfold there, once, which saves it most of the rebuilds
-    // (and the copies of its entries) that doubling would make.
-    if (2 * (mEntries.size() + 1) > mCapacity) {
-        if (mEntries.size() >= LARGE_ENTRIES && mEntries.size() < 2 * LARGE_ENTRIES)
-            reserve(8 * mEntries.size());
-        else
-            rebuild(true);
-    }
+    // Kept at most half full, so probe sequences stay short.
+    if (2 * (mEntries.size() + 1) > mCapacity)
+        rebuild(true);
     if (mProbes > PROBES_PER_LOOKUP * mLookups + PROBES_ALLOWED && !mKeyed)
         takeKeyedHash();
     ++mLookups;
-    const size_t mask = mCapacity - 1;
     size_t step = 0;
-    for (size_t slot = slotOf(identifier);; slot = (slot + ++step) & mask, ++mProbes) {
+    for (size_t slot = slotOf(identifier);; slot = (slot + ++step) & mMask, ++mProbes) {
         const uint32_t number = mSlots[slot];
         if (number == 0) {
             mEntries.push_back(Entry{identifier, nullptr, 0});
@@ -66,9 +56,7 @@ bool zuReferenceMap::adopt(std::vector<Entry>&& entries)
 {
     clear();
     mEntries = std::move(entries);
-    mCapacity = INITIAL_CAPACITY;
-    while (mCapacity < 2 * (mEntries.size() + 1))
-        mCapacity *= 2;
+    mCapacity = capacityFor(mEntries.size(), INITIAL_CAPACITY);
     mMask = mCapacity - 1;
     mSlots = std::make_unique<uint32_t[]>(mCapacity);
     bool distinct = true;
@@ -111,9 +99,8 @@ zuReferenceMap::Entry* zuReferenceMap::find(uint64_t identifier)
     // the insertions' count bounds the look-ups' too.
     if (mEntries.empty())
         return nullptr;
-    const size_t mask = mCapacity - 1;
     size_t step = 0;
-    for (size_t slot = slotOf(identifier);; slot = (slot + ++step) & mask) {
+    for (size_t slot = slotOf(identifier);; slot = (slot + ++step) & mMask) {
         const uint32_t number = mSlots[slot];
         if (number == 0)
             return nullptr;
@@ -137,13 +124,18 @@ void zuReferenceMap::clear()
 void zuReferenceMap::reserve(size_t count)
 {
     mEntries.reserve(count);
-    size_t capacity = mCapacity ? mCapacity : INITIAL_CAPACITY;
-    while (capacity < 2 * (count + 1))
-        capacity *= 2;
+    const size_t capacity = capacityFor(count, mCapacity ? mCapacity : INITIAL_CAPACITY);
     if (capacity != mCapacity) {
         mCapacity = capacity / 2;
         rebuild(true);
     }
+}
+
+size_t zuReferenceMap::capacityFor(size_t count, size_t capacity)
+{
+    while (capacity < 2 * (count + 1))
+        capacity *= 2;
+    return capacity;
 }
 
 void zuReferenceMap::chooseKeys()

@@ -68,6 +68,8 @@ private:
         const uint64_t folded = (identifier >> 4) ^ (identifier >> 28) ^ (identifier >> 52);
         return static_cast<size_t>(folded) & mMask;
     }
+    // `capacity` doubled until `count` entries leave the table at most half full.
+    static size_t capacityFor(size_t count, size_t capacity);
     // Rebuilds the slots of the present capacity (doubled with `doubling`).
     void rebuild(bool doubling);
     void takeKeyedHash();
